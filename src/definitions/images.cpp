@@ -1,0 +1,98 @@
+// Constructors and destructors of the image records, and the small routines that only look at
+// samples one by one.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "definitions/assertion.h"
+#include "definitions/definitions.h"
+
+namespace {
+
+template <typename T>
+T* allocate(uint64_t w, uint64_t h) {
+  return static_cast<T*>(std::malloc(w * h * sizeof(T)));
+}
+
+template <typename T>
+T* allocateCleared(uint64_t w, uint64_t h) {
+  return static_cast<T*>(std::calloc(w * h, sizeof(T)));
+}
+
+// Prints consecutive samples in the shape of a rectangle, each in `format`.
+template <typename T>
+void printSamples(const T* sample, const char* format, int32_t x0, int32_t x1, int32_t y0,
+                  int32_t y1) {
+  for (int64_t y = y0; y <= y1; ++y) {
+    for (int64_t x = x0; x <= x1; ++x) std::printf(format, *sample++);
+    std::putchar('\n');
+  }
+}
+
+}  // namespace
+
+Image makeImage(uint64_t w, uint64_t h, uint8_t* data) {
+  return {w, h, data};
+}
+Image allocImage(uint64_t w, uint64_t h) {
+  return {w, h, allocate<uint8_t>(w, h)};
+}
+Image callocImage(uint64_t w, uint64_t h) {
+  return {w, h, allocateCleared<uint8_t>(w, h)};
+}
+void freeImage(Image* image) {
+  std::free(image->data);
+}
+
+Image32 makeImage32(uint64_t w, uint64_t h, int32_t* data) {
+  return {w, h, data};
+}
+Image32 allocImage32(uint64_t w, uint64_t h) {
+  return {w, h, allocate<int32_t>(w, h)};
+}
+Image32 callocImage32(uint64_t w, uint64_t h) {
+  return {w, h, allocateCleared<int32_t>(w, h)};
+}
+void freeImage32(Image32* image) {
+  std::free(image->data);
+}
+
+ImageDouble makeImageDouble(uint64_t w, uint64_t h, double* data) {
+  return {w, h, data};
+}
+ImageDouble allocImageDouble(uint64_t w, uint64_t h) {
+  return {w, h, allocate<double>(w, h)};
+}
+ImageDouble callocImageDouble(uint64_t w, uint64_t h) {
+  return {w, h, allocateCleared<double>(w, h)};
+}
+void freeImageDouble(ImageDouble* image) {
+  std::free(image->data);
+}
+
+int areEqual(const Image* a, const Image* b) {
+  if (a == b) return 1;
+  if (a->w != b->w || a->h != b->h) return 0;
+  const uint64_t n = a->w * a->h;
+  return a->data == b->data || n == 0 || std::memcmp(a->data, b->data, n) == 0;
+}
+
+void convU8toI32(const Image* src, Image32* dest) {
+  const uint64_t n = src->w * src->h;
+  ASSERT_AT(n == dest->w * dest->h, "src->w * src->h == dest->w *dest->h", "definitions", __LINE__);
+  for (uint64_t i = 0; i < n; ++i) dest->data[i] = src->data[i];
+}
+
+void convI32toU8(const Image32* src, Image* dest) {
+  const uint64_t n = src->w * src->h;
+  ASSERT_AT(n == dest->w * dest->h, "src->w * src->h == dest->w *dest->h", "definitions", __LINE__);
+  for (uint64_t i = 0; i < n; ++i) dest->data[i] = static_cast<uint8_t>(src->data[i]);
+}
+
+void printRange(const Image* image, int32_t x0, int32_t x1, int32_t y0, int32_t y1) {
+  printSamples(image->data, "%03i ", x0, x1, y0, y1);
+}
+
+void printRange32(const Image32* image, int32_t x0, int32_t x1, int32_t y0, int32_t y1) {
+  printSamples(image->data, "%i  ", x0, x1, y0, y1);
+}
