@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Installs what this machine lacks, with apt-get, and says what that is. Does nothing when all is there.
+#
+# usage: scripts/setup.sh GROUP...
+#   build   compile the analyser
+#   video   decode video files
+#   test    build and run all tests (includes the other two)
+set -euo pipefail
+
+build='g++ cmake ninja-build'
+video='ffmpeg'
+test="$build $video libgtest-dev clang clang-format clang-tidy valgrind"
+
+wanted=
+for group in "$@"; do
+  case $group in
+    build | video | test) wanted+=" ${!group}" ;;
+    *)
+      echo "setup.sh: unknown group \"$group\": build, video and test are known" >&2
+      exit 2
+      ;;
+  esac
+done
+
+missing=
+for package in $wanted; do
+  status=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
+  [[ $status == 'install ok installed' || $missing == *" $package"* ]] || missing+=" $package"
+done
+[[ -n $missing ]] || exit 0
+
+echo "setup.sh: installing$missing"
+as_root=
+[[ $(id -u) == 0 ]] || as_root=sudo
+export DEBIAN_FRONTEND=noninteractive
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! { $as_root apt-get update && $as_root apt-get install -y --no-install-recommends $missing; } \
+  > "$log" 2>&1; then
+  tail -n 20 "$log" >&2
+  echo "setup.sh: could not install$missing" >&2
+  exit 1
+fi

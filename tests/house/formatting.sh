@@ -1,0 +1,5 @@
+#!/bin/sh
+# Sources look as .clang-format says.
+set -eu
+cd "$1"
+find src tools tests -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
