@@ -166,6 +166,20 @@ TEST(Blur, walksDownwards_whereTheNextStepGoesDown) {
             4.0);
 }
 
+TEST(Blur, choosesTheWalkByTheNextStepOnly) {
+  // Steps of 20 into columns 37 to 39, 140 into column 40 and one of 20 down. Only column 40
+  // exceeds the threshold of 5217.
+  const auto hill = [](int descent) {
+    return frameOf(64, 64, [descent](int x, int) {
+      return x < 37 ? 0 : x < 40 ? 20 * (x - 36) : x < descent ? 200 : 180;
+    });
+  };
+  // Down in column 41: right end 41, no walk to the left of 40.
+  EXPECT_EQ(blurOf(hill(41)), 1.0);
+  // Down in column 42: right end 40, left end 36.
+  EXPECT_EQ(blurOf(hill(42)), 4.0);
+}
+
 TEST(Blur, takesVerticalMaximum_whateverTheDirection) {
   // Row 30 alone rises by 50 into columns 40 to 43. Each of the four is a maximum against the rows
   // above and below, although its change from the row above is as large or larger and its right
@@ -174,6 +188,20 @@ TEST(Blur, takesVerticalMaximum_whateverTheDirection) {
   LumaFrame frame(64, 64);
   for (int x = 40; x < 64; ++x)
     frame.at(x, 30) = static_cast<uint8_t>(x < 43 ? 50 * (x - 39) : 200);
+  fill(frame, 40, 50, 24, 1, 200);
+  EXPECT_EQ(blurOf(frame), (4.0 * 4.0 + 1.0) / 5.0);
+}
+
+TEST(Blur, takesVerticalMaximum_belowAnEquallyStrongRow) {
+  // Rows 30 and 31 both rise by 50 into columns 40 to 43: the four samples of row 31, equal to
+  // those above and above those below, are edges of width 4, those of row 30 none. A step of 200 in
+  // row 50 alone has width 1.
+  LumaFrame frame(64, 64);
+  for (int y : {30, 31}) {
+    for (int x = 40; x < 64; ++x) {
+      frame.at(x, y) = static_cast<uint8_t>(x < 43 ? 50 * (x - 39) : 200);
+    }
+  }
   fill(frame, 40, 50, 24, 1, 200);
   EXPECT_EQ(blurOf(frame), (4.0 * 4.0 + 1.0) / 5.0);
 }
@@ -227,6 +255,11 @@ TEST(BlurToMOS, isAbout4point96_onNoBlur) {
 TEST(BlurToMOS, isAbout4point54_whereTheExponentIsZero) {
   // e^0 / (1 + e^0) = 1 / 2 at 2.87 / 1.5; 2^-0.14 = 0.907519.
   EXPECT_NEAR(blurToMOS(2.87 / 1.5), 5.0 * std::exp2(-0.14), 1e-12);
+}
+
+TEST(BlurToMOS, isAbout0point915_onBlurOf10) {
+  // e^-12.13 / (1 + e^-12.13) is e^-12.130005; to the power of 0.14 it is e^-1.698201.
+  EXPECT_NEAR(blurToMOS(10.0), 5.0 * std::exp(-1.698201), 1e-5);
 }
 
 TEST(BlurToMOS, isZero_onVeryLargeBlur) {

@@ -75,8 +75,9 @@ TEST(Interlace, blockIsCombed_byAnyZigZag) {
 }
 
 TEST(Interlace, blockIsNotCombed_whereTwoLinesAreEqualOrGoOn) {
-  const Lines others[] = {{0, 0, 1, 0}, {1, 1, 0, 1}, {1, 0, 0, 1}, {0, 1, 1, 0}, {1, 0, 1, 1},
-                          {0, 1, 0, 0}, {3, 2, 1, 0}, {1, 0, 1, 2}, {1, 2, 3, 2}};
+  const Lines others[] = {{0, 0, 1, 0}, {1, 1, 0, 1}, {1, 0, 0, 1}, {0, 1, 1, 0},
+                          {1, 0, 1, 1}, {0, 1, 0, 0}, {3, 2, 1, 0}, {1, 0, 1, 2},
+                          {1, 2, 3, 2}, {5, 3, 3, 1}, {1, 3, 3, 5}};
   for (const Lines& lines : others) {
     EXPECT_EQ(interlaceOf(block(lines)), 0.0) << testing::PrintToString(lines);
   }
