@@ -168,19 +168,42 @@ void ramps(Luma* frame, uint64_t* random) {
   });
 }
 
+// Bright strokes of 10 to 14 samples along the 16 x 16 grid of a dark frame: runs around the length
+// from which they count.
+void gridStrokes(Luma* frame, uint64_t* random) {
+  const uint32_t seed = nextRandom(random);
+  fill(frame, [&](uint32_t x, uint32_t y) {
+    uint64_t cell = seedRandom(seed + x / 16 * 7919 + y / 16 * 104729);
+    if (below(8, &cell) != 0) return 20u;
+    const uint32_t length = 9 + below(5, &cell);
+    const bool isRow = below(2, &cell) == 0;
+    const uint32_t along = isRow ? x % 16 : y % 16;
+    const uint32_t across = isRow ? y % 16 : x % 16;
+    return across == 0 && along < length ? 220u : 20u;
+  });
+}
+
 struct Content {
   const char* name;
   void (*make)(Luma*, uint64_t*);
 };
 
 constexpr Content contents[] = {
-    {"flat", flat},     {"noise", noise},
-    {"scene", scene},   {"blackAndWhite", blackAndWhite},
-    {"tiles", tiles},   {"narrowNoise", narrowNoise},
-    {"slope", slope},   {"brightNoise", brightNoise},
-    {"combed", combed}, {"nearBlackout", nearBlackout},
-    {"barred", barred}, {"repeated", repeated},
-    {"sparse", sparse}, {"ramps", ramps},
+    {"flat", flat},
+    {"noise", noise},
+    {"scene", scene},
+    {"blackAndWhite", blackAndWhite},
+    {"tiles", tiles},
+    {"narrowNoise", narrowNoise},
+    {"slope", slope},
+    {"brightNoise", brightNoise},
+    {"combed", combed},
+    {"nearBlackout", nearBlackout},
+    {"barred", barred},
+    {"repeated", repeated},
+    {"sparse", sparse},
+    {"ramps", ramps},
+    {"gridStrokes", gridStrokes},
 };
 
 }  // namespace
@@ -202,7 +225,7 @@ Luma makeContent(int content, uint32_t w, uint32_t h, uint64_t* random) {
 Luma nextFrame(const Luma& previous, uint64_t* random) {
   Luma frame = previous;
   const uint32_t seed = nextRandom(random);
-  switch (below(5, random)) {
+  switch (below(6, random)) {
     case 0:
       break;
     case 1:
@@ -216,6 +239,12 @@ Luma nextFrame(const Luma& previous, uint64_t* random) {
       break;
     case 3:  // a temporal activity of exactly 1
       change(&frame, [](uint8_t level, uint32_t, uint32_t) { return level ^ 1; });
+      break;
+    case 4:  // the smallest change a block can have
+      change(&frame, [&](uint8_t level, uint32_t x, uint32_t y) {
+        uint64_t block = seedRandom(seed + x / 8 + y / 8 * 7919);
+        return x % 8 == 3 && y % 8 == 5 && below(2, &block) == 0 ? level ^ 1 : level;
+      });
       break;
     default:
       return makeContent(static_cast<int>(below(static_cast<uint32_t>(contentCount()), random)),

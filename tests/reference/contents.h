@@ -17,7 +17,8 @@ const char* contentName(int content);
 reference::Luma makeContent(int content, uint32_t w, uint32_t h, uint64_t* random);
 
 // What `previous` might look like a frame later: the same, a single sample changed, some blocks
-// changed, all samples moved by one level, or another frame.
+// changed much or by a single level of a single sample, all samples moved by one level, or another
+// frame.
 reference::Luma nextFrame(const reference::Luma& previous, uint64_t* random);
 
 #endif
