@@ -198,6 +198,14 @@ TEST(FrameAnalysis, freezingIsNotComputed_withoutTemporalActivity) {
   freeFrameImages(&images);
 }
 
+TEST(FrameAnalysis, freezingIsNotComputed_whenItIsNotRequested) {
+  FrameImages images = makeFrameImages(16, 16);
+  TemporalResults temporal = {};
+  analyseFrameSerially(TEMPORAL_ACTIVITY, 0.0, true, &images, &temporal);
+  EXPECT_FALSE(temporal.freezing);
+  freeFrameImages(&images);
+}
+
 TEST(FrameAnalysis, temporalValuesStay_onAFrameWithoutPrevious) {
   FrameImages images = makeFrameImages(16, 16);
   TemporalResults temporal = {1.5, true, 2.5};
