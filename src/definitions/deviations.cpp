@@ -1,40 +1,103 @@
 // Sample standard deviations of blocks: sqrt((Q - S * S / N) / (N - 1)), with S the total of a
 // block's N samples and Q the total of their squares.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
 #include "definitions/definitions.h"
+#include "definitions/kernels.h"
+
+namespace {
+
+// Adds the totals and the totals of squares of a row of blocks onto `sums` and `squareSums`.
+void addBlocks(const uint8_t* row, uint64_t w, uint64_t blocks, uint64_t blockW, uint64_t blockH,
+               int32_t* sums, int32_t* squareSums) {
+  for (uint64_t y = 0; y < blockH; ++y, row += w) {
+    for (uint64_t bx = 0; bx < blocks; ++bx) {
+      uint32_t sum = static_cast<uint32_t>(sums[bx]);
+      uint32_t squareSum = static_cast<uint32_t>(squareSums[bx]);
+      for (uint64_t x = bx * blockW; x < (bx + 1) * blockW; ++x) {
+        const uint32_t p = row[x];
+        sum += p;
+        squareSum += p * p;
+      }
+      sums[bx] = static_cast<int32_t>(sum);
+      squareSums[bx] = static_cast<int32_t>(squareSum);
+    }
+  }
+}
+
+// The block size of noise has a way of its own: the samples of each column are added, four
+// rows at a time, and then eight neighbours.
+constexpr uint64_t SIDE = BLOCKSIZE;
+constexpr uint64_t CHUNK_BLOCKS = 64;  // at a time, so that the column totals stay close
+
+// 255 * 255 fits 16 bits.
+inline uint32_t square(uint16_t p) {
+  return static_cast<uint16_t>(p * p);
+}
+
+MULTIVERSIONED
+void addSmallBlocks(const uint8_t* rows, uint64_t w, uint64_t blocks, int32_t* sums,
+                    int32_t* squareSums) {
+  for (uint64_t first = 0; first < blocks; first += CHUNK_BLOCKS) {
+    const uint64_t n = std::min(CHUNK_BLOCKS, blocks - first);
+    uint16_t columns[CHUNK_BLOCKS * SIDE] = {};
+    uint32_t squareColumns[CHUNK_BLOCKS * SIDE] = {};
+    for (uint64_t y = 0; y < SIDE; y += 4) {
+      const uint8_t* const a = rows + y * w + first * SIDE;
+      const uint8_t* const b = a + w;
+      const uint8_t* const c = b + w;
+      const uint8_t* const d = c + w;
+      for (uint64_t x = 0; x < n * SIDE; ++x) {  // vectorised
+        columns[x] = static_cast<uint16_t>(columns[x] + a[x] + b[x] + c[x] + d[x]);
+        squareColumns[x] += square(a[x]) + square(b[x]) + square(c[x]) + square(d[x]);
+      }
+    }
+    for (uint64_t k = 0; k < n; ++k) {
+      uint32_t sum = static_cast<uint32_t>(sums[first + k]);
+      uint32_t squareSum = static_cast<uint32_t>(squareSums[first + k]);
+      for (uint64_t x = k * SIDE; x < (k + 1) * SIDE; ++x) {
+        sum += columns[x];
+        squareSum += squareColumns[x];
+      }
+      sums[first + k] = static_cast<int32_t>(sum);
+      squareSums[first + k] = static_cast<int32_t>(squareSum);
+    }
+  }
+}
+
+// Deviations of a row of blocks of n samples each.
+MULTIVERSIONED
+void deviationsOf(const int32_t* sums, const int32_t* squareSums, uint64_t blocks, double n,
+                  double* stdDevs) {
+  const double d = n - 1.0;
+  for (uint64_t bx = 0; bx < blocks; ++bx) {  // vectorised
+    // The square wraps from a total of 46341 on; blur's values for bright blocks rest on it.
+    const uint32_t sum = static_cast<uint32_t>(sums[bx]);
+    const double squaredSum = static_cast<int32_t>(sum * sum);
+    stdDevs[bx] = std::sqrt((squareSums[bx] - squaredSum / n) / d);
+  }
+}
+
+}  // namespace
 
 void calculateStdDevs(const Image* src, Image32* sums, Image32* squareSums, ImageDouble* stdDevs,
                       uint64_t blockW, uint64_t blockH) {
-  const uint64_t blocksW = sums->w;
-  if (sums->h == 0 || blocksW == 0) return;
-  const double n = static_cast<double>(blockW * blockH);
-  const double d = n - 1.0;
-
-  const uint8_t* row = src->data;
+  const uint64_t blocks = sums->w;
+  if (sums->h == 0 || blocks == 0) return;
+  const bool isSmall = blockW == SIDE && blockH == SIDE;
   for (uint64_t by = 0; by < sums->h; ++by) {
-    int32_t* sumRow = sums->data + by * blocksW;
-    int32_t* squareRow = squareSums->data + by * blocksW;
-    for (uint64_t y = 0; y < blockH; ++y, row += src->w) {
-      for (uint64_t bx = 0; bx < blocksW; ++bx) {
-        uint32_t sum = static_cast<uint32_t>(sumRow[bx]);
-        uint32_t squareSum = static_cast<uint32_t>(squareRow[bx]);
-        for (uint64_t x = bx * blockW; x < (bx + 1) * blockW; ++x) {
-          const uint32_t p = row[x];
-          sum += p;
-          squareSum += p * p;
-        }
-        sumRow[bx] = static_cast<int32_t>(sum);
-        squareRow[bx] = static_cast<int32_t>(squareSum);
-      }
+    const uint8_t* rows = src->data + by * blockH * src->w;
+    int32_t* sumRow = sums->data + by * blocks;
+    int32_t* squareRow = squareSums->data + by * blocks;
+    if (isSmall) {
+      addSmallBlocks(rows, src->w, blocks, sumRow, squareRow);
+    } else {
+      addBlocks(rows, src->w, blocks, blockW, blockH, sumRow, squareRow);
     }
-    for (uint64_t bx = 0; bx < blocksW; ++bx) {
-      // The square wraps from a total of 46341 on; blur's values for bright blocks rest on it.
-      const uint32_t sum = static_cast<uint32_t>(sumRow[bx]);
-      const double squaredSum = static_cast<int32_t>(sum * sum);
-      stdDevs->data[by * blocksW + bx] = std::sqrt((squareRow[bx] - squaredSum / n) / d);
-    }
+    deviationsOf(sumRow, squareRow, blocks, static_cast<double>(blockW * blockH),
+                 stdDevs->data + by * blocks);
   }
 }
 

@@ -1,11 +1,13 @@
 // Finite differences. Each operator of the first group is one formula, put into the frame that they
 // share: row 0 and column 0 are 0, every other sample is computed from itself and its neighbours to
 // the left and above.
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
 #include "definitions/assertion.h"
 #include "definitions/definitions.h"
+#include "definitions/kernels.h"
 
 namespace {
 
@@ -20,25 +22,26 @@ bool sameSize(const Image* src, const Image* dest) {
 // Fills both outputs; output (x, y) is formula(p, stride, &X, &Y) for p the sample at column
 // x * skipX and row y * skipY of `src`.
 template <typename Formula>
-void differences(const Image* src, Image32* destX, Image32* destY, int64_t skipX, int64_t skipY,
-                 Formula formula) {
+inline void differences(const Image* src, Image32* destX, Image32* destY, int64_t skipX,
+                        int64_t skipY, Formula formula) {
   const int64_t stride = static_cast<int64_t>(src->w);
   const int64_t w = static_cast<int64_t>(destX->w);
   const int64_t h = static_cast<int64_t>(destX->h);
-  for (int64_t y = 0; y < h; ++y) {
-    int32_t* outX = destX->data + y * w;
-    int32_t* outY = destY->data + y * w;
-    for (int64_t x = 0; x < w; ++x) {
-      if (y == 0 || x == 0) {
-        outX[x] = outY[x] = 0;
-      } else {
-        formula(src->data + y * skipY * stride + x * skipX, stride, outX + x, outY + x);
-      }
+  if (w == 0 || h == 0) return;
+  std::fill_n(destX->data, w, 0);
+  std::fill_n(destY->data, w, 0);
+  for (int64_t y = 1; y < h; ++y) {
+    const uint8_t* const row = src->data + y * skipY * stride;
+    int32_t* const outX = destX->data + y * w;
+    int32_t* const outY = destY->data + y * w;
+    outX[0] = outY[0] = 0;
+    for (int64_t x = 1; x < w; ++x) {  // vectorised
+      formula(row + x * skipX, stride, outX + x, outY + x);
     }
   }
 }
 
-void robertsCross(const uint8_t* p, int64_t stride, int32_t* x, int32_t* y) {
+inline void robertsCross(const uint8_t* p, int64_t stride, int32_t* x, int32_t* y) {
   *x = p[-stride - 1] - p[0];
   *y = p[-stride] - p[-1];
 }
@@ -61,6 +64,7 @@ void sobelGradient(const uint8_t* p, int64_t stride, int32_t* x, int32_t* y) {
               (firstLine) + 1);                                                                \
   } while (false)
 
+MULTIVERSIONED
 void gradient(const Image* src, Image32* destX, Image32* destY) {
   ASSERT_SAME_SIZES(648);
   differences(src, destX, destY, 1, 1,
@@ -70,6 +74,7 @@ void gradient(const Image* src, Image32* destX, Image32* destY) {
               });
 }
 
+MULTIVERSIONED
 void absGradient(const Image* src, Image32* destX, Image32* destY) {
   ASSERT_SAME_SIZES(785);
   differences(src, destX, destY, 1, 1,
@@ -79,9 +84,13 @@ void absGradient(const Image* src, Image32* destX, Image32* destY) {
               });
 }
 
+MULTIVERSIONED
 void roberts(const Image* src, Image32* destX, Image32* destY) {
   ASSERT_SAME_SIZES(1151);
-  differences(src, destX, destY, 1, 1, robertsCross);
+  differences(src, destX, destY, 1, 1,
+              [](const uint8_t* p, int64_t stride, int32_t* x, int32_t* y) {
+                robertsCross(p, stride, x, y);
+              });
 }
 
 void robertsSkip(const Image* src, Image32* destX, Image32* destY, int32_t skipX, uint32_t skipY) {

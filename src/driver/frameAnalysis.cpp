@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <cstddef>
 #include <utility>
 
 #include "indicators/blackout.h"
@@ -26,6 +27,7 @@ namespace {
 using Entry = void* (*)(void*);
 
 constexpr int SPATIAL_INDICATORS = 12;
+constexpr size_t STACK_SIZE = 256 * 1024;  // bytes
 
 struct Worker {
   Entry entry;
@@ -81,6 +83,14 @@ void freeFrameImages(FrameImages* images) {
 
 void swapFrames(FrameImages* images) {
   std::swap(images->current.data, images->previous.data);
+}
+
+void useSmallStacks() {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, STACK_SIZE);
+  pthread_setattr_default_np(&attributes);
+  pthread_attr_destroy(&attributes);
 }
 
 void analyseFrame(IndicatorMask mask, double fps, bool hasPrevious, FrameImages* images,

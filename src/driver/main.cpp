@@ -1,5 +1,6 @@
 // Arguments in, exit status out.
 #include "driver/commandLine.h"
+#include "driver/frameAnalysis.h"
 #include "driver/frameLoop.h"
 
 int main(int argc, char** argv) {
@@ -8,5 +9,6 @@ int main(int argc, char** argv) {
     printUsage(argv[0]);
     return -1;
   }
+  useSmallStacks();
   return runAnalysis(options);
 }

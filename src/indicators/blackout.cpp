@@ -2,8 +2,12 @@
 // not matter: a white or grey frame counts as well as a black one.
 #include "indicators/blackout.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "definitions/assertion.h"
 #include "definitions/definitions.h"
+#include "definitions/kernels.h"
 #include "indicators/results.h"
 
 namespace {
@@ -12,13 +16,14 @@ constexpr double THRESHOLD_BLACKOUT = 4.0;  // luma levels between darkest and b
 
 }  // namespace
 
+MULTIVERSIONED
 void minmax(const int32_t* values, uint64_t size, int32_t* min, int32_t* max) {
   ASSERT_AT(size > 0, "size > 0", "blackout", 49);
   int32_t smallest = values[0];
   int32_t largest = values[0];
-  for (uint64_t i = 1; i < size; ++i) {
-    if (values[i] < smallest) smallest = values[i];
-    if (values[i] > largest) largest = values[i];
+  for (uint64_t i = 1; i < size; ++i) {  // vectorised
+    smallest = std::min(smallest, values[i]);
+    largest = std::max(largest, values[i]);
   }
   *min = smallest;
   *max = largest;
@@ -26,13 +31,26 @@ void minmax(const int32_t* values, uint64_t size, int32_t* min, int32_t* max) {
 
 void* blackout(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  const uint32_t blocksW = static_cast<uint32_t>(frame->w) / BLOCKSIZE;
+  const uint64_t w = frame->w;
+  const uint32_t blocksW = static_cast<uint32_t>(w) / BLOCKSIZE;
   const uint32_t blocksH = static_cast<uint32_t>(frame->h) / BLOCKSIZE;
-  Image32 totals = callocImage32(blocksW, blocksH);
-  blockSums(frame, &totals, BLOCKSIZE, BLOCKSIZE);
-  int32_t darkest;
-  int32_t brightest;
-  minmax(totals.data, totals.w * totals.h, &darkest, &brightest);
+
+  // The totals of one row of blocks at a time; of none when the frame has none, which minmax
+  // refuses.
+  Image32 totals = callocImage32(blocksW, std::min(blocksH, 1u));
+  int32_t darkest = INT32_MAX;
+  int32_t brightest = INT32_MIN;
+  uint64_t y = 0;
+  do {
+    const Image rows = makeImage(w, BLOCKSIZE, frame->data + y * BLOCKSIZE * w);
+    std::memset(totals.data, 0, totals.w * totals.h * sizeof *totals.data);
+    blockSums(&rows, &totals, BLOCKSIZE, BLOCKSIZE);
+    int32_t low;
+    int32_t high;
+    minmax(totals.data, totals.w * totals.h, &low, &high);
+    darkest = std::min(darkest, low);
+    brightest = std::max(brightest, high);
+  } while (++y < blocksH);
   freeImage32(&totals);
 
   const double spread = static_cast<double>(brightest - darkest) / (BLOCKSIZE * BLOCKSIZE);

@@ -1,110 +1,156 @@
 // Mean width of horizontal edges: finds the samples at which the horizontal gradient is strong and
 // at a local maximum, and walks from each along its row, to both sides, for as long as the gradient
 // keeps its sign and stays above a small local threshold.
+//
+// The local threshold is the deviation of the sample's 16 x 16 block divided by 1024. A block's
+// squares add up to less than 2^24 and the wrapped square of its sum to no less than -2^31, so that
+// its variance stays below (2^24 + 2^31 / 256) / 255 < 98700 and the threshold below 315 / 1024: a
+// gradient, which is an integer, is above it exactly when it is above 0. No deviation has to be
+// computed.
+//
+// A strong gradient is one whose square exceeds sixteen times the frame's mean. At most one sample
+// in sixteen can be; they are found many at a time, by the magnitude alone, and looked at one by
+// one.
 #include "indicators/blur.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <initializer_list>
+#include <cstdint>
+#include <cstring>
+#include <functional>
 
 #include "definitions/definitions.h"
+#include "definitions/kernels.h"
 #include "indicators/results.h"
 
 namespace {
 
-constexpr uint32_t BLUR_BLOCKSIZE = 16;        // samples; blocks of the local threshold
-constexpr double GLOBAL_FACTOR = 16.0;         // edges, in mean squared gradients of the frame
-constexpr double LOCAL_FACTOR = 0.0009765625;  // 1/1024 of the block's deviation
+constexpr int64_t BLUR_BLOCKSIZE = 16;  // samples; what is left beyond whole blocks has no edges
+constexpr double GLOBAL_FACTOR = 16.0;  // edges, in mean squared gradients of the frame
+constexpr int64_t CHUNK = 1024;         // columns at a time whose strong samples are marked
 
-// Horizontal and vertical differences and the square of the former, w samples to a row.
-struct Gradients {
-  const int32_t* x;
-  const int32_t* y;
-  const int32_t* squareX;
-  int64_t w;
+// Samples whose squared differences, 65025 at most each, are summed in 31 bits.
+constexpr int64_t SQUARES_CHUNK = 32768;
+
+// Sum of the squared horizontal differences; row 0 and column 0 have none.
+MULTIVERSIONED
+int64_t gradientEnergy(const uint8_t* data, int64_t w, int64_t h) {
+  int64_t energy = 0;
+  for (int64_t y = 1; y < h; ++y) {
+    const uint8_t* const row = data + y * w;
+    for (int64_t begin = 1; begin < w; begin += SQUARES_CHUNK) {
+      const int64_t end = std::min(begin + SQUARES_CHUNK, w);
+      int32_t squares = 0;
+      for (int64_t x = begin; x < end; ++x) {  // vectorised
+        const int16_t difference = static_cast<int16_t>(row[x] - row[x - 1]);
+        squares += difference * difference;
+      }
+      energy += squares;
+    }
+  }
+  return energy;
+}
+
+// Smallest magnitude whose square exceeds the threshold; 256 when no sample can.
+int32_t leastStrong(double threshold) {
+  int32_t magnitude = 0;
+  while (magnitude < 256 && !(magnitude * magnitude > threshold)) ++magnitude;
+  return magnitude;
+}
+
+// Magnitude of the horizontal gradient in column x; column 0 has none.
+uint8_t magnitude(const uint8_t* row, int64_t x) {
+  return x == 0 ? 0 : absoluteDifference(row[x], row[x - 1]);
+}
+
+// Whether a strong gradient, in column x of row y, is the crest of an edge. The test along the
+// column does not ask which direction the edge has: it is meant so.
+bool isCrest(const uint8_t* row, int64_t w, int64_t x, int64_t y) {
+  const uint8_t* const up = row - w;
+  const uint8_t* const down = row + w;
+  const uint8_t here = magnitude(row, x);
+  const bool inRow = here >= absoluteDifference(row[x], up[x]) && magnitude(row, x - 1) <= here &&
+                     here > magnitude(row, x + 1);
+  if (inRow) return true;
+  const uint8_t above = y == 1 ? 0 : magnitude(up, x);  // row 0 has no gradient
+  return above <= here && here > magnitude(down, x);
+}
+
+// Samples over which the edge with its crest in column x goes on. A walk to the right stops one
+// short of the row's end, one to the left in column 1.
+template <typename Order>
+int64_t edgeWidth(const uint8_t* row, int64_t w, int64_t x, Order goesOn) {
+  int64_t right = x;
+  while (right < w - 2 && goesOn(row[right], row[right + 1])) ++right;
+  int64_t left = x;
+  while (left > 1 && goesOn(row[left - 1], row[left])) --left;
+  return right - left;
+}
+
+struct Edges {
+  uint32_t width;  // summed; both are 32-bit
+  uint32_t count;
 };
 
-// Whether sample c is the crest of an edge. The vertical test does not ask which direction the edge
-// has: it is meant so.
-bool isEdge(const Gradients& g, int64_t c, double globalThreshold) {
-  const int32_t* square = g.squareX + c;
-  if (!(square[0] > globalThreshold)) return false;
-  const bool crestInRow =
-      std::abs(g.x[c]) >= std::abs(g.y[c]) && square[-1] <= square[0] && square[0] > square[1];
-  const bool crestInColumn = square[-g.w] <= square[0] && square[0] > square[g.w];
-  return crestInRow || crestInColumn;
+void addEdge(Edges* edges, const uint8_t* row, int64_t w, int64_t x) {
+  // An edge falls when its crest does, or the gradient right of it.
+  const bool falls = row[x] < row[x - 1] || row[x + 1] < row[x];
+  const int64_t width =
+      falls ? edgeWidth(row, w, x, std::greater<>()) : edgeWidth(row, w, x, std::less<>());
+  edges->width += static_cast<uint32_t>(width);
+  ++edges->count;
 }
 
-// Position of the last sample to the right, from c on, before the gradient falls to the threshold;
-// one less when the walk ends at the row's last sample.
-int64_t rightEnd(const Gradients& g, int64_t c, int64_t y, int32_t sign, double threshold) {
-  const int64_t end = (y + 1) * g.w - 2;
-  int64_t j = c;
-  while (sign * g.x[j + 1] > threshold && j < end) ++j;
-  return j;
+// Index, from `from` on, of the next mark; n when there is none.
+int64_t nextStrong(const uint8_t* strong, int64_t from, int64_t n) {
+  const void* next = std::memchr(strong + from, 1, static_cast<size_t>(n - from));
+  return next == nullptr ? n : static_cast<const uint8_t*>(next) - strong;
 }
 
-// Position of the first sample to the left that is not above the threshold; c itself when c is not.
-int64_t leftEnd(const Gradients& g, int64_t c, int64_t y, int32_t sign, double threshold) {
-  const int64_t start = y * g.w + 1;
-  int64_t i = c;
-  while (i > start && sign * g.x[i] > threshold) --i;
-  return i;
+// Edges with their crest in columns 1 to end - 1 of row y. `least` is the smallest strong
+// magnitude.
+MULTIVERSIONED
+void addEdgesOfRow(Edges* edges, const uint8_t* row, int64_t w, int64_t y, int64_t end,
+                   uint8_t least) {
+  for (int64_t begin = 1; begin < end; begin += CHUNK) {
+    const int64_t n = std::min(CHUNK, end - begin);
+    const uint8_t* const chunk = row + begin;
+    uint8_t strong[CHUNK];
+    for (int64_t i = 0; i < n; ++i) {  // vectorised
+      strong[i] = absoluteDifference(chunk[i], chunk[i - 1]) >= least ? 1 : 0;
+    }
+    for (int64_t i = nextStrong(strong, 0, n); i < n; i = nextStrong(strong, i + 1, n)) {
+      if (isCrest(row, w, begin + i, y)) addEdge(edges, row, w, begin + i);
+    }
+  }
 }
 
 }  // namespace
 
 void* blur(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  const uint64_t w = frame->w;
-  const uint64_t h = frame->h;
-  const uint64_t blocksW = w / BLUR_BLOCKSIZE;
-  const uint64_t blocksH = h / BLUR_BLOCKSIZE;
-  if (blocksW == 0 || blocksH == 0) {
+  const int64_t w = static_cast<int64_t>(frame->w);
+  const int64_t h = static_cast<int64_t>(frame->h);
+  if (w < BLUR_BLOCKSIZE || h < BLUR_BLOCKSIZE) {
     Results.blur = 0.0;
     return nullptr;
   }
 
-  Image32 sums = callocImage32(blocksW, blocksH);
-  Image32 squareSums = callocImage32(blocksW, blocksH);
-  ImageDouble stdDevs = callocImageDouble(blocksW, blocksH);
-  Image32 gradientX = callocImage32(w, h);
-  Image32 gradientY = callocImage32(w, h);
-  Image32 squares = callocImage32(w, h);
-
-  calculateStdDevs(frame, &sums, &squareSums, &stdDevs, BLUR_BLOCKSIZE, BLUR_BLOCKSIZE);
-  gradient(frame, &gradientX, &gradientY);
-  multiply(&gradientX, &gradientX, &squares);
-  const double meanSquare = static_cast<double>(sumPixels32(&squares)) /
+  const double meanSquare = static_cast<double>(gradientEnergy(frame->data, w, h)) /
                             (static_cast<double>(h) * static_cast<double>(w));
-  const double globalThreshold = meanSquare * GLOBAL_FACTOR;
-
-  const Gradients g = {gradientX.data, gradientY.data, squares.data, static_cast<int64_t>(w)};
-  uint32_t widthSum = 0;
-  uint32_t edges = 0;
-  for (uint64_t y = 1; y <= blocksH * BLUR_BLOCKSIZE - 2; ++y) {
-    const double* deviations = stdDevs.data + y / BLUR_BLOCKSIZE * blocksW;
-    for (uint64_t x = 1; x <= blocksW * BLUR_BLOCKSIZE - 2; ++x) {
-      const int64_t c = static_cast<int64_t>(y * w + x);
-      if (!isEdge(g, c, globalThreshold)) continue;
-      const int32_t sign = g.x[c] < 0 || g.x[c + 1] < 0 ? -1 : 1;
-      const double threshold = deviations[x / BLUR_BLOCKSIZE] * LOCAL_FACTOR;
-      const int64_t row = static_cast<int64_t>(y);
-      widthSum += static_cast<uint32_t>(rightEnd(g, c, row, sign, threshold) -
-                                        leftEnd(g, c, row, sign, threshold));
-      ++edges;
+  const int32_t least = leastStrong(meanSquare * GLOBAL_FACTOR);
+  Edges edges = {0, 0};
+  if (least < 256) {
+    // The last row and column of the last whole blocks have no crests.
+    const int64_t endY = h / BLUR_BLOCKSIZE * BLUR_BLOCKSIZE - 1;
+    const int64_t endX = w / BLUR_BLOCKSIZE * BLUR_BLOCKSIZE - 1;
+    for (int64_t y = 1; y < endY; ++y) {
+      addEdgesOfRow(&edges, frame->data + y * w, w, y, endX, static_cast<uint8_t>(least));
     }
   }
-
-  for (Image32* scratch : {&sums, &squareSums, &gradientX, &gradientY, &squares}) {
-    freeImage32(scratch);
-  }
-  freeImageDouble(&stdDevs);
-
-  // Both counts are signed 32-bit numbers.
-  Results.blur = widthSum == 0 ? 0.0
-                               : static_cast<double>(static_cast<int32_t>(widthSum)) /
-                                     static_cast<double>(static_cast<int32_t>(edges));
+  Results.blur = edges.width == 0 ? 0.0
+                                  : static_cast<double>(static_cast<int32_t>(edges.width)) /
+                                        static_cast<double>(static_cast<int32_t>(edges.count));
   return nullptr;
 }
 

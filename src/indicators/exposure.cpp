@@ -2,6 +2,8 @@
 #include "indicators/exposure.h"
 
 #include <algorithm>
+#include <cstring>
+#include <functional>
 #include <numeric>
 
 #include "definitions/definitions.h"
@@ -10,25 +12,15 @@
 namespace {
 
 constexpr int nBlSum = 4;  // blocks kept at each end
-constexpr double BLOCK_SAMPLES = BLOCKSIZE * BLOCKSIZE;
+constexpr int32_t BLOCK_SAMPLES = BLOCKSIZE * BLOCKSIZE;
 
-double blockTotal(const uint8_t* block, uint32_t stride) {
-  uint32_t sum = 0;
-  for (uint32_t y = 0; y < BLOCKSIZE; ++y) {
-    for (uint32_t x = 0; x < BLOCKSIZE; ++x) sum += block[y * stride + x];
-  }
-  return sum;
-}
-
-// Puts `sum` at its place among the nBlSum entries ordered by `before` and drops the last one; when
-// none comes after it, nothing changes.
+// Puts `sum` in the place of the last of nBlSum entries, which it comes before, and moves it up to
+// where it belongs.
 template <typename Order>
-void rank(double* list, double sum, Order before) {
-  double* end = list + nBlSum;
-  double* place = std::find_if(list, end, [&](double entry) { return !before(entry, sum); });
-  if (place == end) return;
-  std::copy_backward(place, end - 1, end);
-  *place = sum;
+void rank(int32_t* list, int32_t sum, Order before) {
+  int place = nBlSum - 1;
+  for (; place > 0 && before(sum, list[place - 1]); --place) list[place] = list[place - 1];
+  list[place] = sum;
 }
 
 }  // namespace
@@ -39,22 +31,28 @@ void* exposure(void* luma) {
   const uint32_t h = static_cast<uint32_t>(frame->h);
 
   // Entries that no block replaces stay in the mean.
-  double darkest[nBlSum];
-  double brightest[nBlSum];
-  std::fill_n(darkest, nBlSum, BLOCK_SAMPLES * 255.0);
-  std::fill_n(brightest, nBlSum, 0.0);
+  int32_t darkest[nBlSum];
+  int32_t brightest[nBlSum];
+  std::fill_n(darkest, nBlSum, BLOCK_SAMPLES * 255);
+  std::fill_n(brightest, nBlSum, 0);
 
-  // Strictly below: a block that ends at the frame's edge is never looked at. It is meant so.
-  for (uint32_t x = 0; x + BLOCKSIZE < w; x += BLOCKSIZE) {
-    for (uint32_t y = 0; y + BLOCKSIZE < h; y += BLOCKSIZE) {
-      const double sum = blockTotal(frame->data + y * w + x, w);
-      rank(darkest, sum, [](double a, double b) { return a < b; });
-      rank(brightest, sum, [](double a, double b) { return a > b; });
+  // A block that ends at the frame's edge is never looked at. It is meant so.
+  const uint32_t blocksW = w > BLOCKSIZE ? (w - 1) / BLOCKSIZE : 0;
+  Image32 totals = callocImage32(blocksW, 1);
+  for (uint64_t y = 0; y + BLOCKSIZE < h; y += BLOCKSIZE) {
+    const Image rows = makeImage(w, BLOCKSIZE, frame->data + y * w);
+    std::memset(totals.data, 0, blocksW * sizeof *totals.data);
+    blockSums(&rows, &totals, BLOCKSIZE, BLOCKSIZE);
+    for (uint32_t x = 0; x < blocksW; ++x) {
+      const int32_t total = totals.data[x];
+      if (total < darkest[nBlSum - 1]) rank(darkest, total, std::less<>());
+      if (total > brightest[nBlSum - 1]) rank(brightest, total, std::greater<>());
     }
   }
+  freeImage32(&totals);
 
-  const double bright = std::accumulate(brightest, brightest + nBlSum, 0.0);
-  const double dark = std::accumulate(darkest, darkest + nBlSum, 0.0);
+  const double bright = std::accumulate(brightest, brightest + nBlSum, 0);
+  const double dark = std::accumulate(darkest, darkest + nBlSum, 0);
   Results.exposure = (bright + dark) / (BLOCK_SAMPLES * 2 * nBlSum);
   return nullptr;
 }

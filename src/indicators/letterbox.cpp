@@ -1,18 +1,24 @@
 // Goes inwards from the top and bottom rows at once while both are each of one value.
 #include "indicators/letterbox.h"
 
+#include <cstring>
+
 #include "definitions/definitions.h"
 #include "indicators/results.h"
 #include "indicators/runTimeQuotient.h"
 
+namespace {
+
+// A row is of one value when it equals itself moved by one sample.
+bool isUniform(const uint8_t* row, uint32_t w) {
+  return w < 2 || std::memcmp(row, row + 1, w - 1) == 0;
+}
+
+}  // namespace
+
 bool checkLetterBar(const uint8_t* data, uint32_t w, uint32_t h, int32_t i) {
   const uint32_t row = static_cast<uint32_t>(i);
-  const uint8_t* top = data + row * w;
-  const uint8_t* bottom = data + (h - 1 - row) * w;
-  for (uint32_t x = 1; x < w; ++x) {
-    if (top[x - 1] != top[x] || bottom[x - 1] != bottom[x]) return false;
-  }
-  return true;
+  return isUniform(data + row * w, w) && isUniform(data + (h - 1 - row) * w, w);
 }
 
 void* letterbox(void* luma) {

@@ -2,14 +2,17 @@
 // detail. The mode of the 8 x 8 blocks' deviations gives the level, up to 1000 blocks of that level
 // are smoothed by a 3 x 3 Gaussian whose sigma is the level, and what the smoothing took away is
 // the noise.
+//
+// The blocks' deviations are computed row by row, for the mode and once more for the selection,
+// which seldom goes far: that costs less than to keep them all.
 #include "indicators/noise.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 #include <initializer_list>
 
 #include "definitions/definitions.h"
+#include "definitions/kernels.h"
 #include "indicators/results.h"
 #include "indicators/runTimeQuotient.h"
 #include "indicators/truncateToInt32.h"
@@ -30,17 +33,45 @@ int32_t floorToInt(double x) {
   return truncateToInt32(std::floor(x));
 }
 
+// Work space for the deviations of one row of blocks.
+struct BlockRow {
+  Image32 sums;
+  Image32 squareSums;
+  ImageDouble stdDevs;
+};
+
+BlockRow makeBlockRow(uint64_t blocks) {
+  return {callocImage32(blocks, 1), callocImage32(blocks, 1), callocImageDouble(blocks, 1)};
+}
+
+void freeBlockRow(BlockRow* row) {
+  freeImage32(&row->sums);
+  freeImage32(&row->squareSums);
+  freeImageDouble(&row->stdDevs);
+}
+
+// Standard deviations of the by-th row of blocks, valid until the next call.
+const double* deviationsOf(const Image* frame, uint64_t by, BlockRow* row) {
+  const Image lines = makeImage(frame->w, BLOCKSIZE, frame->data + by * BLOCKSIZE * frame->w);
+  for (Image32* sums : {&row->sums, &row->squareSums}) std::fill_n(sums->data, sums->w, 0);
+  calculateStdDevs(&lines, &row->sums, &row->squareSums, &row->stdDevs, BLOCKSIZE, BLOCKSIZE);
+  return row->stdDevs.data;
+}
+
 // The mean level of the histogram's mode and its two neighbours, weighted with their counts. NaN
 // when all three are empty. Counts are 16-bit and wrap.
-double typicalLevel(const ImageDouble& stdDevs) {
+double typicalLevel(const Image* frame, BlockRow* row) {
   uint16_t count[HISTOGRAM_ENTRIES + 1] = {};  // the last stays 0: above the highest level is none
   int32_t mode = 0;
-  for (uint64_t i = 0; i < stdDevs.w * stdDevs.h; ++i) {
-    int32_t level = roundHalfAway(stdDevs.data[i]);
-    if (level < 1) level = 0;
-    if (level > HISTOGRAM_ENTRIES - 1) level = HISTOGRAM_ENTRIES - 1;
-    ++count[level];
-    if (count[level] > count[mode]) mode = level;
+  for (uint64_t by = 0; by < frame->h / BLOCKSIZE; ++by) {
+    const double* stdDevs = deviationsOf(frame, by, row);
+    for (uint64_t bx = 0; bx < row->stdDevs.w; ++bx) {
+      // A deviation of 8 x 8 bytes is between 0 and 129, and so fits any integer.
+      const int32_t level =
+          std::min(static_cast<int32_t>(stdDevs[bx] + BELOW_HALF), HISTOGRAM_ENTRIES - 1);
+      ++count[level];
+      if (count[level] > count[mode]) mode = level;
+    }
   }
   const int32_t low = mode >= 1 ? mode - 1 : 0;
   const int32_t mid = low + 1;
@@ -49,96 +80,105 @@ double typicalLevel(const ImageDouble& stdDevs) {
   return runTimeQuotient(weighted, count[mid] + count[high] + count[low]);
 }
 
-// 3 x 3 Gaussian of the given sigma. Its coefficients do not add up to 1, and are not meant to.
-void fillGaussian(ImageDouble* kernel, double sigma) {
-  const double s = 2.0 * (sigma * sigma);
-  const double norm = 1.0 / (sigma * sigma * TWO_PI);
-  const double corner = norm * std::exp(-2.0 / s);
-  const double edge = norm * std::exp(-1.0 / s);
-  const double coefficients[] = {corner, edge, corner, edge, norm, edge, corner, edge, corner};
-  std::memcpy(kernel->data, coefficients, sizeof coefficients);
-}
-
-// Copies the frame's blocks of the typical level side by side into `container`, as many as it
-// holds, and returns how many there are. A level in the upper half of its integer is matched by
-// rounding, one in the lower half by truncation.
-uint16_t collectBlocks(const Image* frame, const ImageDouble& stdDevs, double typical,
-                       Image* container) {
-  const int32_t rounded = roundHalfAway(typical);
-  const int32_t floored = floorToInt(typical);
-  uint16_t taken = 0;
-  for (uint64_t i = 0; i < stdDevs.w * stdDevs.h && taken < MAX_CONTAINER_WIDTH; ++i) {
-    const double stdDev = stdDevs.data[i];
-    const bool matches =
-        floored != rounded ? roundHalfAway(stdDev) == rounded : floorToInt(stdDev) == floored;
-    if (!matches) continue;
-    const uint8_t* block =
-        frame->data + i / stdDevs.w * BLOCKSIZE * frame->w + i % stdDevs.w * BLOCKSIZE;
-    uint8_t* place = container->data + taken * BLOCKSIZE;
-    for (uint64_t y = 0; y < BLOCKSIZE; ++y) {
-      std::memcpy(place + y * container->w, block + y * frame->w, BLOCKSIZE);
+// Collects the first blocks of the typical level, up to MAX_CONTAINER_WIDTH, and returns how many
+// there are. A level in the upper half of its integer is matched by rounding, one in the lower half
+// by truncation.
+uint64_t collectBlocks(const Image* frame, double typical, BlockRow* row, const uint8_t** blocks) {
+  const int32_t level = floorToInt(typical);
+  const bool isUpperHalf = level != roundHalfAway(typical);
+  const int32_t wanted = isUpperHalf ? roundHalfAway(typical) : level;
+  const double offset = isUpperHalf ? BELOW_HALF : 0.0;
+  uint64_t taken = 0;
+  for (uint64_t by = 0; by < frame->h / BLOCKSIZE && taken < MAX_CONTAINER_WIDTH; ++by) {
+    const double* stdDevs = deviationsOf(frame, by, row);
+    for (uint64_t bx = 0; bx < row->stdDevs.w && taken < MAX_CONTAINER_WIDTH; ++bx) {
+      if (static_cast<int32_t>(stdDevs[bx] + offset) != wanted) continue;
+      blocks[taken++] = frame->data + by * BLOCKSIZE * frame->w + bx * BLOCKSIZE;
     }
-    ++taken;
   }
   return taken;
 }
 
-// Mean over the first n blocks of the deviation of container minus filtered; 0 / 0 without blocks.
-double meanResidualDeviation(const Image& container, const ImageDouble& filtered,
-                             const ImageDouble& kernel, uint16_t n) {
-  ImageDouble residual = callocImageDouble(uint64_t{n} * BLOCKSIZE, BLOCKSIZE);
-  ImageDouble sums = callocImageDouble(n, 1);
-  ImageDouble squareSums = callocImageDouble(n, 1);
-  ImageDouble stdDevs = callocImageDouble(n, 1);
-  for (uint64_t y = 0; y < residual.h; ++y) {
-    for (uint64_t x = 0; x < residual.w; ++x) {
-      residual.data[y * residual.w + x] =
-          container.data[y * container.w + x] - filtered.data[y * filtered.w + x];
+// 3 x 3 Gaussian of the given sigma. Its coefficients do not add up to 1, and are not meant to.
+struct Kernel {
+  double coefficients[GAUSSIAN_MASK_SIZE * GAUSSIAN_MASK_SIZE];
+};
+
+Kernel makeGaussian(double sigma) {
+  const double s = 2.0 * (sigma * sigma);
+  const double norm = 1.0 / (sigma * sigma * TWO_PI);
+  const double corner = norm * std::exp(-2.0 / s);
+  const double edge = norm * std::exp(-1.0 / s);
+  return {{corner, edge, corner, edge, norm, edge, corner, edge, corner}};
+}
+
+// Blocks that are smoothed side by side, each in a lane of its own and in its own order of
+// additions: the last digits depend on it.
+constexpr uint64_t LANES = 8;
+
+// Deviations of what the kernel takes away from the inner 6 x 6 samples of LANES blocks, whose rows
+// stand w samples apart.
+MULTIVERSIONED
+void residualDeviations(const uint8_t* const* blocks, uint64_t w, const Kernel& kernel,
+                        double* deviations) {
+  constexpr uint64_t SIDE = BLOCKSIZE;
+  constexpr uint64_t INNER = SIDE - 2;
+  constexpr double N = INNER * INNER;
+  double samples[SIDE * SIDE][LANES];
+  for (uint64_t i = 0; i < SIDE * SIDE; ++i) {
+    for (uint64_t lane = 0; lane < LANES; ++lane) {
+      samples[i][lane] = blocks[lane][i / SIDE * w + i % SIDE];
     }
   }
-  calculateStdDevsDouble_ommitZeros(&residual, &sums, &squareSums, &stdDevs, &kernel, BLOCKSIZE,
-                                    BLOCKSIZE);
-  double total = 0.0;
-  for (uint64_t i = 0; i < n; ++i) total += stdDevs.data[i];
-  for (ImageDouble* scratch : {&residual, &sums, &squareSums, &stdDevs}) freeImageDouble(scratch);
-  return runTimeQuotient(total, n);
+  double sums[LANES] = {};
+  double squareSums[LANES] = {};
+  for (uint64_t i = 0; i < INNER * INNER; ++i) {
+    const uint64_t corner = i / INNER * SIDE + i % INNER;  // of the 3 x 3 samples around the i-th
+    double smooth[LANES] = {};
+    for (uint64_t k = 0; k < GAUSSIAN_MASK_SIZE * GAUSSIAN_MASK_SIZE; ++k) {
+      const double* const sample =
+          samples[corner + k / GAUSSIAN_MASK_SIZE * SIDE + k % GAUSSIAN_MASK_SIZE];
+      for (uint64_t lane = 0; lane < LANES; ++lane) {  // vectorised
+        smooth[lane] += sample[lane] * kernel.coefficients[k];
+      }
+    }
+    const double* const centre = samples[corner + SIDE + 1];
+    for (uint64_t lane = 0; lane < LANES; ++lane) {  // vectorised
+      const double residual = centre[lane] - smooth[lane];
+      sums[lane] += residual;
+      squareSums[lane] += residual * residual;
+    }
+  }
+  for (uint64_t lane = 0; lane < LANES; ++lane) {  // vectorised
+    deviations[lane] = std::sqrt((squareSums[lane] - sums[lane] * sums[lane] / N) / (N - 1.0));
+  }
 }
 
 }  // namespace
 
 void* noise(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  const uint64_t blocksW = frame->w / BLOCKSIZE;
-  const uint64_t blocksH = frame->h / BLOCKSIZE;
-
-  Image32 sums = callocImage32(blocksW, blocksH);
-  Image32 squareSums = callocImage32(blocksW, blocksH);
-  ImageDouble stdDevs = callocImageDouble(blocksW, blocksH);
-  Image container = callocImage(MAX_CONTAINER_WIDTH * BLOCKSIZE, BLOCKSIZE);
-  ImageDouble filtered = callocImageDouble(MAX_CONTAINER_WIDTH * BLOCKSIZE, BLOCKSIZE);
-  ImageDouble kernel = callocImageDouble(GAUSSIAN_MASK_SIZE, GAUSSIAN_MASK_SIZE);
-
-  calculateStdDevs(frame, &sums, &squareSums, &stdDevs, BLOCKSIZE, BLOCKSIZE);
-  const double typical = typicalLevel(stdDevs);
+  BlockRow row = makeBlockRow(frame->w / BLOCKSIZE);
+  const double typical = typicalLevel(frame, &row);
   const int32_t sigma = roundHalfAway(typical);
-  double result = 0.0;
-  bool measured = false;
-  if (sigma != 0) {
-    const uint16_t n = collectBlocks(frame, stdDevs, typical, &container);
-    fillGaussian(&kernel, sigma);
-    measured = filter(&container, &filtered, &kernel, n, BLOCKSIZE, BLOCKSIZE) == 0;
-    if (measured) {
-      result = meanResidualDeviation(container, filtered, kernel, n);
-    } else {
-      std::printf("Cannot filter the selected blocks! ");
-      std::puts("Check the string above to see what is the problem.");
-    }
+  if (sigma == 0) {
+    freeBlockRow(&row);
+    Results.noise = 0.0;
+    return gaveUp();
   }
 
-  freeImage32(&sums);
-  freeImage32(&squareSums);
-  freeImage(&container);
-  for (ImageDouble* scratch : {&stdDevs, &filtered, &kernel}) freeImageDouble(scratch);
-  Results.noise = result;
-  return measured ? nullptr : gaveUp();
+  const uint8_t* blocks[MAX_CONTAINER_WIDTH + LANES];
+  const uint64_t n = collectBlocks(frame, typical, &row, blocks);
+  freeBlockRow(&row);
+  // The last batch is filled up with blocks whose deviations are not used.
+  std::fill_n(blocks + n, LANES, frame->data);
+  const Kernel kernel = makeGaussian(sigma);
+  double total = 0.0;
+  for (uint64_t first = 0; first < n; first += LANES) {
+    double deviations[LANES];
+    residualDeviations(blocks + first, frame->w, kernel, deviations);
+    for (uint64_t i = first; i < std::min(first + LANES, n); ++i) total += deviations[i - first];
+  }
+  Results.noise = runTimeQuotient(total, static_cast<double>(n));
+  return nullptr;
 }

@@ -3,35 +3,53 @@
 // upsets the balance that a natural picture keeps.
 #include "indicators/slice.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <initializer_list>
 
+#include "definitions/kernels.h"
 #include "indicators/results.h"
 
 namespace {
 
-constexpr uint32_t SLICE_BLOCKSIZE = 16;  // samples: height of a strip, and the distance compared
+constexpr uint64_t SLICE_BLOCKSIZE = 16;  // samples: height of a strip, and the distance compared
 constexpr uint64_t MIN_ROWS = 48;  // two strips of pairs, and the rows they are compared with
+constexpr uint64_t CHUNK = 1024;   // columns at a time
 
-// Share of set samples in every whole strip of `map`, which holds 0 and 1.
-ImageDouble stripShares(const Image& map) {
-  const uint64_t strips = map.h / SLICE_BLOCKSIZE;
-  Image32 counts = callocImage32(1, strips);
-  blockSums(&map, &counts, map.w, SLICE_BLOCKSIZE);
-  const double samples = static_cast<int32_t>(static_cast<uint32_t>(map.w) * SLICE_BLOCKSIZE);
-  ImageDouble shares = callocImageDouble(1, strips);
-  for (uint64_t i = 0; i < strips; ++i) shares.data[i] = counts.data[i] / samples;
-  freeImage32(&counts);
-  return shares;
+// Number of samples in columns 0 to w - 1 of the strip at `rows` that equal the one `shift`
+// positions further; rows stand `stride` samples apart.
+MULTIVERSIONED
+int32_t equalPairs(const uint8_t* rows, uint64_t stride, uint64_t w, uint64_t shift) {
+  uint32_t pairs = 0;
+  for (uint64_t left = 0; left < w; left += CHUNK) {
+    const uint64_t n = std::min(CHUNK, w - left);
+    uint8_t perColumn[CHUNK] = {};  // up to 16, one for each row
+    for (uint64_t y = 0; y < SLICE_BLOCKSIZE; ++y) {
+      const uint8_t* const row = rows + y * stride + left;
+      for (uint64_t x = 0; x < n; ++x) {  // vectorised
+        perColumn[x] = static_cast<uint8_t>(perColumn[x] + (row[x] == row[x + shift] ? 1 : 0));
+      }
+    }
+    for (uint64_t x = 0; x < n; ++x) pairs += perColumn[x];  // vectorised
+  }
+  return static_cast<int32_t>(pairs);
+}
+
+// Their share in a strip of w columns.
+double equalShare(const uint8_t* rows, uint64_t stride, uint64_t w, uint64_t shift) {
+  const double samples = static_cast<int32_t>(static_cast<uint32_t>(w) * SLICE_BLOCKSIZE);
+  return equalPairs(rows, stride, w, shift) / samples;
 }
 
 }  // namespace
 
+MULTIVERSIONED
 void compareShifted(const Image* src, Image* dest, int32_t shift) {
+  const uint64_t w = dest->w;
   for (uint64_t y = 0; y < dest->h; ++y) {
-    const uint8_t* row = src->data + y * src->w;
-    uint8_t* out = dest->data + y * dest->w;
-    for (uint64_t x = 0; x < dest->w; ++x) out[x] = row[x] == (row + x)[shift];
+    const uint8_t* const row = src->data + y * src->w;
+    const uint8_t* const shifted = row + shift;
+    uint8_t* const out = dest->data + y * w;
+    for (uint64_t x = 0; x < w; ++x) out[x] = row[x] == shifted[x] ? 1 : 0;  // vectorised
   }
 }
 
@@ -47,27 +65,20 @@ int compare_Double_asc(const void* a, const void* b) {
 
 void* slice(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  if (frame->h < MIN_ROWS || frame->w <= SLICE_BLOCKSIZE) return gaveUp();
+  const uint64_t w = frame->w;
+  if (frame->h < MIN_ROWS || w <= SLICE_BLOCKSIZE) return gaveUp();
 
-  Image vertical = callocImage(frame->w, frame->h - SLICE_BLOCKSIZE);
-  Image horizontal = callocImage(frame->w - SLICE_BLOCKSIZE, frame->h);
-  const uint32_t rowsBelow = SLICE_BLOCKSIZE * static_cast<uint32_t>(frame->w);
-  compareShifted(frame, &vertical, static_cast<int32_t>(rowsBelow));
-  compareShifted(frame, &horizontal, SLICE_BLOCKSIZE);
-
-  ImageDouble verticalShares = stripShares(vertical);
-  ImageDouble horizontalShares = stripShares(horizontal);
-  ImageDouble ratios = callocImageDouble(1, verticalShares.h);
-  divideDouble(&verticalShares, &horizontalShares, &ratios);
-  // NaN ratios compare as equal to all others; where they end up is the sort routine's affair.
-  std::qsort(ratios.data, static_cast<uint32_t>(ratios.h), sizeof(double), compare);
-  const double smallest = ratios.data[0];
-
-  freeImage(&vertical);
-  freeImage(&horizontal);
-  for (ImageDouble* scratch : {&verticalShares, &horizontalShares, &ratios}) {
-    freeImageDouble(scratch);
+  // The last strip has 16 rows below it to be compared with.
+  const uint64_t strips = frame->h / SLICE_BLOCKSIZE - 1;
+  ImageDouble ratios = callocImageDouble(1, strips);
+  for (uint64_t i = 0; i < strips; ++i) {
+    const uint8_t* rows = frame->data + i * SLICE_BLOCKSIZE * w;
+    ratios.data[i] = equalShare(rows, w, w, SLICE_BLOCKSIZE * w) /
+                     equalShare(rows, w, w - SLICE_BLOCKSIZE, SLICE_BLOCKSIZE);
   }
-  Results.slice = 1.0 / smallest;
+  // NaN ratios compare as equal to all others; where they end up is the sort routine's affair.
+  std::qsort(ratios.data, strips, sizeof(double), compare);
+  Results.slice = 1.0 / ratios.data[0];
+  freeImageDouble(&ratios);
   return nullptr;
 }

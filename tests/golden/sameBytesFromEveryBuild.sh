@@ -1,11 +1,11 @@
 #!/bin/sh
-# GCC and clang, -O0 and -O3, and one run and the next write the same bytes, on clips that lead to
-# ordinary values and to infinite and undefined ones.
+# GCC and clang, -O0 and -O3, with and without AVX2, and one run and the next write the same bytes, on
+# clips that lead to ordinary values and to infinite and undefined ones.
 set -eu
 source=$1
 build=$2
 cd "$source"
-for preset in clang unoptimised; do
+for preset in clang unoptimised portable; do
   cmake --preset "$preset" -DLUMAPROBE_TESTS=OFF > /dev/null
   cmake --build --preset "$preset" --target lumaprobe > /dev/null
 done
@@ -49,7 +49,8 @@ analyse_all "$build/lumaprobe" release
 analyse_all "$build/lumaprobe" again
 analyse_all "$source/build/clang/lumaprobe" clang
 analyse_all "$source/build/unoptimised/lumaprobe" unoptimised
-for other in again clang unoptimised; do diff -r release "$other"; done
+analyse_all "$source/build/portable/lumaprobe" portable
+for other in again clang unoptimised portable; do diff -r release "$other"; done
 # The clips do lead to what is printed differently when a compiler interferes.
 grep -q -e -nan release/3.console
 grep -q inf release/*.console

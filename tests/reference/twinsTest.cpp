@@ -1,4 +1,6 @@
-// Every indicator against its twin, bit for bit, over many sizes and contents.
+// Every indicator against its twins, bit for bit, over many sizes and contents: against the one
+// that was written from the definition alone, and against its own plain form, composed of the
+// operations.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,6 +9,7 @@
 #include <iterator>
 #include <string>
 
+#include "composed/composed.h"
 #include "contents.h"
 #include "indicators/blackout.h"
 #include "indicators/blockLoss.h"
@@ -26,6 +29,7 @@
 #include "indicators/temporalActivity.h"
 #include "reference.h"
 #include "support/frames.h"
+#include "support/guardedBuffer.h"
 
 namespace {
 
@@ -87,75 +91,120 @@ void forManyFrames(uint32_t rounds, uint32_t minSide, Check check) {
   }
 }
 
-// An indicator and its twin on many frames.
+using Entry = void* (*)(void*);
+
+// Runs an indicator on a copy of the frame that lies against an unreadable page, with its end and
+// with its start.
+void* runGuarded(Entry indicator, const Luma& frame, double FrameResults::*field) {
+  void* status = nullptr;
+  const double before = Results.*field;
+  for (GuardedBuffer buffer :
+       {allocAfterGuard(frame.samples.size()), allocBeforeGuard(frame.samples.size())}) {
+    std::copy(frame.samples.begin(), frame.samples.end(), buffer.data);
+    Image image = makeImage(frame.w, frame.h, buffer.data);
+    Results.*field = before;
+    status = indicator(&image);
+    freeGuardedBuffer(&buffer);
+  }
+  return status;
+}
+
+// An indicator, its plain form and its twin on one frame.
 template <typename Twin>
-void expectTwin(void* (*indicator)(void*), const double& field, Twin twin, uint32_t minSide = 1) {
-  forManyFrames(40, minSide, [&](const Luma& frame) {
-    Image image = imageOver(frame);
-    indicator(&image);
-    const double expected = twin(frame);
-    ASSERT_TRUE(isSame(field, expected)) << field << " is not " << expected;
-  });
+void expectSame(const Luma& frame, Entry indicator, Entry plainForm, double FrameResults::*field,
+                Twin twin) {
+  Image image = imageOver(frame);
+  void* const status = runGuarded(indicator, frame, field);
+  ASSERT_EQ(status, plainForm(&image));
+  const double value = Results.*field;
+  const double plain = composed::Results.*field;
+  const double expected = twin(frame);
+  ASSERT_TRUE(isSame(value, expected)) << value << " is not " << expected;
+  ASSERT_TRUE(isSame(value, plain)) << value << " is not " << plain;
+}
+
+// The same on many frames: of any size from minSide on, and of every width up to 80, at which
+// vector loops begin, end and leave remainders.
+template <typename Twin>
+void expectTwins(Entry indicator, Entry plainForm, double FrameResults::*field, Twin twin,
+                 uint32_t minSide = 1) {
+  const auto check = [&](const Luma& frame) {
+    expectSame(frame, indicator, plainForm, field, twin);
+  };
+  forManyFrames(40, minSide, check);
+  uint64_t random = seedRandom(7);
+  for (uint32_t w = minSide; w <= 80; ++w) {
+    for (int content = 0; content < contentCount(); ++content) {
+      const uint32_t h = minSide + nextRandom(&random) % (81 - minSide);
+      const Luma frame = makeContent(content, w, h, &random);
+      SCOPED_TRACE(describe(frame, content, w));
+      ASSERT_NO_FATAL_FAILURE(check(frame));
+    }
+  }
 }
 
 }  // namespace
 
 TEST(Twins, blockiness) {
-  expectTwin(blockiness, Results.blockiness, reference::blockiness);
+  expectTwins(blockiness, composed::blockiness, &FrameResults::blockiness, reference::blockiness);
 }
 
 TEST(Twins, spatialActivity) {
-  expectTwin(spatialActivity, Results.spatialActivity, reference::spatialActivity);
+  expectTwins(spatialActivity, composed::spatialActivity, &FrameResults::spatialActivity,
+              reference::spatialActivity);
 }
 
 TEST(Twins, letterbox) {
-  expectTwin(letterbox, Results.letterbox, reference::letterbox);
+  expectTwins(letterbox, composed::letterbox, &FrameResults::letterbox, reference::letterbox);
 }
 
 TEST(Twins, pillarbox) {
-  expectTwin(pillarbox, Results.pillarbox, reference::pillarbox);
+  expectTwins(pillarbox, composed::pillarbox, &FrameResults::pillarbox, reference::pillarbox);
 }
 
 TEST(Twins, blockLoss) {
-  expectTwin(blockLoss, Results.blockLoss, reference::blockLoss);
+  expectTwins(blockLoss, composed::blockLoss, &FrameResults::blockLoss, reference::blockLoss);
 }
 
 TEST(Twins, blockLoss_onFramesOfWholeRegions) {
-  expectTwin(blockLoss, Results.blockLoss, reference::blockLoss, 256);
+  expectTwins(blockLoss, composed::blockLoss, &FrameResults::blockLoss, reference::blockLoss, 256);
 }
 
 TEST(Twins, blur) {
-  expectTwin(blur, Results.blur, reference::blur);
+  expectTwins(blur, composed::blur, &FrameResults::blur, reference::blur);
 }
 
 TEST(Twins, exposure) {
-  expectTwin(exposure, Results.exposure, reference::exposure);
+  expectTwins(exposure, composed::exposure, &FrameResults::exposure, reference::exposure);
 }
 
 TEST(Twins, contrast) {
-  expectTwin(contrastRMS, Results.contrast, reference::contrast);
+  expectTwins(contrastRMS, composed::contrastRMS, &FrameResults::contrast, reference::contrast);
 }
 
 TEST(Twins, interlace) {
-  expectTwin(interlace, Results.interlace, reference::interlace);
+  expectTwins(interlace, composed::interlace, &FrameResults::interlace, reference::interlace);
 }
 
 TEST(Twins, noise) {
-  expectTwin(noise, Results.noise, reference::noise);
+  expectTwins(noise, composed::noise, &FrameResults::noise, reference::noise);
 }
 
 TEST(Twins, slice) {
-  Results.slice = 0.25;  // what frames too small to measure must leave in place at first
+  // What frames too small to measure must leave in place at first.
+  Results.slice = composed::Results.slice = 0.25;
   double before = Results.slice;
-  expectTwin(slice, Results.slice,
-             [&](const Luma& frame) { return before = reference::slice(frame, before); });
+  expectTwins(slice, composed::slice, &FrameResults::slice,
+              [&](const Luma& frame) { return before = reference::slice(frame, before); });
 }
 
 TEST(Twins, blackout) {
   forManyFrames(40, 8, [](const Luma& frame) {
     Image image = imageOver(frame);
     blackout(&image);
+    composed::blackout(&image);
     ASSERT_EQ(Results.blackout, reference::blackout(frame));
+    ASSERT_EQ(Results.blackout, composed::Results.blackout);
   });
 }
 
@@ -173,8 +222,10 @@ TEST(Twins, temporalActivity) {
     const Image currentImage = imageOver(current);
     const Image previousImage = imageOver(previous);
     const double value = temporalActivity(&currentImage, &previousImage);
+    const double plain = composed::temporalActivity(&currentImage, &previousImage);
     const double expected = reference::temporalActivity(current, previous);
     ASSERT_TRUE(isSame(value, expected)) << value << " is not " << expected;
+    ASSERT_TRUE(isSame(value, plain)) << value << " is not " << plain;
   });
 }
 
@@ -202,6 +253,8 @@ TEST(Twins, flickering) {
     const uint32_t h = anySide(MAX_H / 2, &random);
     Image switches = callocImage(w / 8, h / 8);
     Image states = callocImage(w / 8, h / 8);
+    Image plainSwitches = callocImage(w / 8, h / 8);
+    Image plainStates = callocImage(w / 8, h / 8);
     reference::FlickeringState state;
     Luma previous = makeContent(video % contentCount(), w, h, &random);
     for (int frame = 0; frame < 16; ++frame) {  // whole periods, for the next video's sake
@@ -209,12 +262,14 @@ TEST(Twins, flickering) {
       const Image currentImage = imageOver(current);
       const Image previousImage = imageOver(previous);
       const double value = flickering(&currentImage, &previousImage, &switches, &states);
+      const double plain =
+          composed::flickering(&currentImage, &previousImage, &plainSwitches, &plainStates);
       const double expected = reference::flickering(state, current, previous);
       ASSERT_TRUE(isSame(value, expected)) << value << " is not " << expected << ": " << w << " x "
                                            << h << ", video " << video << ", frame " << frame;
+      ASSERT_TRUE(isSame(value, plain)) << value << " is not " << plain << ", frame " << frame;
       previous = current;
     }
-    freeImage(&switches);
-    freeImage(&states);
+    for (Image* image : {&switches, &states, &plainSwitches, &plainStates}) freeImage(image);
   }
 }

@@ -1,0 +1,3 @@
+#include "composed/composed.h"
+
+FrameResults composed::Results = {};
