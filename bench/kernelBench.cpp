@@ -292,6 +292,7 @@ void addSchedules() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  useSmallStacks();  // as the program does
   addImages();
   addSums();
   addDeviations();

@@ -4,19 +4,21 @@
 # usage: scripts/setup.sh GROUP...
 #   build   compile the analyser
 #   video   decode video files
-#   test    build and run all tests (includes the other two)
+#   bench   measure it (includes the first two)
+#   test    build and run all tests (includes all others)
 set -euo pipefail
 
 build='g++ cmake ninja-build'
 video='ffmpeg'
-test="$build $video libgtest-dev clang clang-format clang-tidy valgrind"
+bench="$build $video libbenchmark-dev valgrind"
+test="$bench libgtest-dev clang clang-format clang-tidy"
 
 wanted=
 for group in "$@"; do
   case $group in
-    build | video | test) wanted+=" ${!group}" ;;
+    build | video | bench | test) wanted+=" ${!group}" ;;
     *)
-      echo "setup.sh: unknown group \"$group\": build, video and test are known" >&2
+      echo "setup.sh: unknown group \"$group\": build, video, bench and test are known" >&2
       exit 2
       ;;
   esac

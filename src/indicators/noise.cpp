@@ -138,12 +138,12 @@ void residualDeviations(const uint8_t* const* blocks, uint64_t w, const Kernel& 
     for (uint64_t k = 0; k < GAUSSIAN_MASK_SIZE * GAUSSIAN_MASK_SIZE; ++k) {
       const double* const sample =
           samples[corner + k / GAUSSIAN_MASK_SIZE * SIDE + k % GAUSSIAN_MASK_SIZE];
-      for (uint64_t lane = 0; lane < LANES; ++lane) {  // vectorised
+      for (uint64_t lane = 0; lane < LANES; ++lane) {
         smooth[lane] += sample[lane] * kernel.coefficients[k];
       }
     }
     const double* const centre = samples[corner + SIDE + 1];
-    for (uint64_t lane = 0; lane < LANES; ++lane) {  // vectorised
+    for (uint64_t lane = 0; lane < LANES; ++lane) {
       const double residual = centre[lane] - smooth[lane];
       sums[lane] += residual;
       squareSums[lane] += residual * residual;

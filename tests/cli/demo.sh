@@ -9,7 +9,7 @@ mkdir "$TMPDIR"
 
 "$source/scripts/demo.sh" > "$work/made.txt"
 test "$(grep -c 'frame [0-9]*$' "$work/made.txt")" = 13
-! grep 'NOT FOUND' "$work/made.txt"
+if grep 'NOT FOUND' "$work/made.txt"; then exit 1; fi
 
 "$2/makeClip" "$work/clip.yuv" > /dev/null
 ffmpeg -v error -f rawvideo -s 352x288 -r 25 -i "$work/clip.yuv" -c:v ffv1 "$work/a clip.mkv"

@@ -2,4 +2,4 @@
 # Sources look as .clang-format says.
 set -eu
 cd "$1"
-find src tools tests -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
+find src tools bench tests -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror

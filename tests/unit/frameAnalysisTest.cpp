@@ -153,6 +153,12 @@ TEST(FrameAnalysis, valuesAreTheSame_whenSomeThreadsCannotBeMade) {
   expectSame(values, expected);
 }
 
+TEST(FrameAnalysis, valuesAreTheSame_onSmallStacks) {
+  const std::vector<Values> expected = analyseVideo(analyseFrame, ALL);
+  useSmallStacks();
+  expectSame(analyseVideo(analyseFrame, ALL), expected);
+}
+
 TEST(FrameAnalysis, freezingSeesThePreviousFramesBlackoutFlag) {
   // Frames 11 and 12 are flat and equal. Frame 12 differs from 11 by nothing and follows a
   // blackout, frame 11 follows a picture.
