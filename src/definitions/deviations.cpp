@@ -27,14 +27,19 @@ void addBlocks(const uint8_t* row, uint64_t w, uint64_t blocks, uint64_t blockW,
   }
 }
 
-// The block size of noise has a way of its own: the samples of each column are added, four
-// rows at a time, and then eight neighbours.
+// The block size of noise has a way of its own: the samples of each column are added, and then
+// eight neighbours. Of the squares it adds those of level - 128, of which two fit 16 bits together,
+// and makes up for it in the block's total: level^2 = (level - 128)^2 + 256 level - 128^2.
 constexpr uint64_t SIDE = BLOCKSIZE;
 constexpr uint64_t CHUNK_BLOCKS = 64;  // at a time, so that the column totals stay close
 
-// 255 * 255 fits 16 bits.
-inline uint32_t square(uint16_t p) {
-  return static_cast<uint16_t>(p * p);
+inline uint16_t centredSquare(uint8_t level) {
+  const int16_t v = static_cast<int16_t>(level - 128);
+  return static_cast<uint16_t>(v * v);
+}
+
+inline uint16_t twoSquares(uint8_t a, uint8_t b) {
+  return static_cast<uint16_t>(centredSquare(a) + centredSquare(b));
 }
 
 MULTIVERSIONED
@@ -42,27 +47,27 @@ void addSmallBlocks(const uint8_t* rows, uint64_t w, uint64_t blocks, int32_t* s
                     int32_t* squareSums) {
   for (uint64_t first = 0; first < blocks; first += CHUNK_BLOCKS) {
     const uint64_t n = std::min(CHUNK_BLOCKS, blocks - first);
-    uint16_t columns[CHUNK_BLOCKS * SIDE] = {};
-    uint32_t squareColumns[CHUNK_BLOCKS * SIDE] = {};
-    for (uint64_t y = 0; y < SIDE; y += 4) {
-      const uint8_t* const a = rows + y * w + first * SIDE;
-      const uint8_t* const b = a + w;
-      const uint8_t* const c = b + w;
-      const uint8_t* const d = c + w;
-      for (uint64_t x = 0; x < n * SIDE; ++x) {  // vectorised
-        columns[x] = static_cast<uint16_t>(columns[x] + a[x] + b[x] + c[x] + d[x]);
-        squareColumns[x] += square(a[x]) + square(b[x]) + square(c[x]) + square(d[x]);
-      }
+    const uint8_t* const row = rows + first * SIDE;
+    uint16_t columns[CHUNK_BLOCKS * SIDE];
+    uint32_t squareColumns[CHUNK_BLOCKS * SIDE];
+    for (uint64_t x = 0; x < n * SIDE; ++x) {  // vectorised
+      const uint8_t* const p = row + x;
+      columns[x] = static_cast<uint16_t>(p[0] + p[w] + p[2 * w] + p[3 * w] + p[4 * w] + p[5 * w] +
+                                         p[6 * w] + p[7 * w]);
+      squareColumns[x] = uint32_t{twoSquares(p[0], p[w])} + twoSquares(p[2 * w], p[3 * w]) +
+                         twoSquares(p[4 * w], p[5 * w]) + twoSquares(p[6 * w], p[7 * w]);
     }
     for (uint64_t k = 0; k < n; ++k) {
-      uint32_t sum = static_cast<uint32_t>(sums[first + k]);
-      uint32_t squareSum = static_cast<uint32_t>(squareSums[first + k]);
+      uint32_t sum = 0;
+      uint32_t squareSum = 0;
       for (uint64_t x = k * SIDE; x < (k + 1) * SIDE; ++x) {
         sum += columns[x];
         squareSum += squareColumns[x];
       }
-      sums[first + k] = static_cast<int32_t>(sum);
-      squareSums[first + k] = static_cast<int32_t>(squareSum);
+      squareSum += 256 * sum - 128 * 128 * static_cast<uint32_t>(SIDE * SIDE);
+      sums[first + k] = static_cast<int32_t>(static_cast<uint32_t>(sums[first + k]) + sum);
+      squareSums[first + k] =
+          static_cast<int32_t>(static_cast<uint32_t>(squareSums[first + k]) + squareSum);
     }
   }
 }

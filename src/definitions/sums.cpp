@@ -23,29 +23,35 @@ bool isEmpty(const Image32* grid, uint64_t blockW, uint64_t blockH) {
 }
 
 // The block size that indicators use has a way of its own: the samples of each column are
-// added, four rows at a time in 16 bits, and then eight neighbours.
+// added in 16 bits, and then eight neighbours.
 constexpr uint64_t SIDE = BLOCKSIZE;
 constexpr uint64_t CHUNK_BLOCKS = 64;  // at a time, so that the column totals stay close
+
+// Total of eight 16-bit numbers, each up to 8 * 255: four at a time in one 64-bit number, whose
+// product gathers them in its highest 16 bits.
+uint32_t sumOfEight(const uint16_t* numbers) {
+  uint64_t low;
+  uint64_t high;
+  std::memcpy(&low, numbers, sizeof low);
+  std::memcpy(&high, numbers + 4, sizeof high);
+  return static_cast<uint32_t>((low + high) * 0x0001000100010001 >> 48);
+}
 
 // Adds the totals of `blocks` blocks of SIDE x SIDE onto `dest`; rows stand w samples apart.
 MULTIVERSIONED
 void addSmallBlocks(const uint8_t* rows, uint64_t w, uint64_t blocks, int32_t* dest) {
   for (uint64_t first = 0; first < blocks; first += CHUNK_BLOCKS) {
     const uint64_t n = std::min(CHUNK_BLOCKS, blocks - first);
-    uint16_t columns[CHUNK_BLOCKS * SIDE] = {};
-    for (uint64_t y = 0; y < SIDE; y += 4) {
-      const uint8_t* const a = rows + y * w + first * SIDE;
-      const uint8_t* const b = a + w;
-      const uint8_t* const c = b + w;
-      const uint8_t* const d = c + w;
-      for (uint64_t x = 0; x < n * SIDE; ++x) {  // vectorised
-        columns[x] = static_cast<uint16_t>(columns[x] + a[x] + b[x] + c[x] + d[x]);
-      }
+    const uint8_t* const row = rows + first * SIDE;
+    uint16_t columns[CHUNK_BLOCKS * SIDE];
+    for (uint64_t x = 0; x < n * SIDE; ++x) {  // vectorised
+      const uint8_t* const p = row + x;
+      columns[x] = static_cast<uint16_t>(p[0] + p[w] + p[2 * w] + p[3 * w] + p[4 * w] + p[5 * w] +
+                                         p[6 * w] + p[7 * w]);
     }
     for (uint64_t k = 0; k < n; ++k) {
-      uint32_t sum = static_cast<uint32_t>(dest[first + k]);
-      for (uint64_t x = 0; x < SIDE; ++x) sum += columns[k * SIDE + x];
-      dest[first + k] = asSigned(sum);
+      const uint32_t sum = static_cast<uint32_t>(dest[first + k]);
+      dest[first + k] = asSigned(sum + sumOfEight(columns + k * SIDE));
     }
   }
 }
@@ -118,24 +124,31 @@ void blockSums(const Image* src, Image32* dest, uint64_t blockW, uint64_t blockH
   }
 }
 
+// With v = level - 128, the sums of v^2 and of (v + 1)^2 say all: their difference is 2v + 1, and
+// level^2 = v^2 + 256 level - 128^2. Sums of signed squares are what the processor is fastest at.
 MULTIVERSIONED
 void sumAndSquareSum(const Image* image, int32_t* sum, int64_t* squareSum) {
-  constexpr int32_t CHUNK = 32768;  // samples whose squares fit 31 bits together
+  constexpr int32_t CHUNK = 65536;  // samples whose v^2, 128 * 128 at most, are summed in 31 bits
   const uint8_t* const data = image->data;
   const int32_t n = asSigned(static_cast<uint32_t>(image->w) * static_cast<uint32_t>(image->h));
-  uint32_t levels = 0;
+  int64_t levels = 0;
   int64_t squares = 0;
   for (int64_t begin = 0; begin < n; begin += CHUNK) {
     const int64_t end = std::min<int64_t>(begin + CHUNK, n);
-    int32_t chunk = 0;
+    int32_t here = 0;
+    int32_t above = 0;
     for (int64_t i = begin; i < end; ++i) {  // vectorised
-      const int16_t level = data[i];
-      levels += data[i];
-      chunk += level * level;
+      const int16_t v = static_cast<int16_t>(data[i] - 128);
+      const int16_t u = static_cast<int16_t>(data[i] - 127);
+      here += v * v;
+      above += u * u;
     }
-    squares += chunk;
+    const int64_t samples = end - begin;
+    const int64_t chunkLevels = (int64_t{above} - here - samples) / 2 + 128 * samples;
+    levels += chunkLevels;
+    squares += here + 256 * chunkLevels - 128 * 128 * samples;
   }
-  *sum = asSigned(levels);
+  *sum = asSigned(static_cast<uint32_t>(levels));
   *squareSum = squares;
 }
 
