@@ -51,10 +51,11 @@ struct TemporalResults {
   double flickering;
 };
 
-// Makes the stacks of all threads that the process starts from now on small. The C library keeps those
-// of ended threads for the next ones as long as they take up little: twelve of the usual size are given
-// back and fetched anew for every frame, which takes longer than to run the threads on a small picture.
-// Indicators need less than 16 KiB. For programs whose other threads do not need more than 256 KiB.
+// Makes the stacks of all threads that the process starts from now on small. The C library keeps
+// those of ended threads for the next ones as long as they take up little: twelve of the usual size
+// are given back and fetched anew for every frame, which takes longer than to run the threads on a
+// small picture. Indicators need less than 16 KiB. For programs whose other threads do not need
+// more than 256 KiB.
 void useSmallStacks();
 
 // Analyses the current frame: the requested spatial indicators write to `Results`, each on a thread

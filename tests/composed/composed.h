@@ -1,6 +1,6 @@
-// The indicators in their plainest form: composed of the operations of definitions.h one after another,
-// with a full image for every intermediate value. The fast forms in src/indicators are held to them bit
-// for bit. Freezing has no other form.
+// The indicators in their plainest form: composed of the operations of definitions.h one after
+// another, with a full image for every intermediate value. The fast forms in src/indicators are
+// held to them bit for bit. Freezing has no other form.
 #ifndef LUMAPROBE_TESTS_COMPOSED_H
 #define LUMAPROBE_TESTS_COMPOSED_H
 
