@@ -127,6 +127,7 @@ void residualDeviations(const uint8_t* const* blocks, uint64_t w, const Kernel& 
   double samples[SIDE * SIDE][LANES];
   for (uint64_t i = 0; i < SIDE * SIDE; ++i) {
     for (uint64_t lane = 0; lane < LANES; ++lane) {
+      // NOLINTNEXTLINE(bugprone-integer-division): the row, not a level
       samples[i][lane] = blocks[lane][i / SIDE * w + i % SIDE];
     }
   }
