@@ -123,8 +123,9 @@ void expectSame(const Luma& frame, Entry indicator, Entry plainForm, double Fram
   ASSERT_TRUE(isSame(value, plain)) << value << " is not " << plain;
 }
 
-// The same on many frames: of any size from minSide on, and of every width up to 80, at which
-// vector loops begin, end and leave remainders.
+// The same on many frames: of any size from minSide on; of every width up to 80, at which vector
+// loops begin, end and leave remainders; and of widths around those at which rows are taken in
+// pieces, which are multiples of 1024 and of 32768.
 template <typename Twin>
 void expectTwins(Entry indicator, Entry plainForm, double FrameResults::*field, Twin twin,
                  uint32_t minSide = 1) {
@@ -132,14 +133,25 @@ void expectTwins(Entry indicator, Entry plainForm, double FrameResults::*field, 
     expectSame(frame, indicator, plainForm, field, twin);
   };
   forManyFrames(40, minSide, check);
+
   uint64_t random = seedRandom(7);
-  for (uint32_t w = minSide; w <= 80; ++w) {
+  const auto checkWidth = [&](uint32_t w, uint32_t lowest, uint32_t highest) {
     for (int content = 0; content < contentCount(); ++content) {
-      const uint32_t h = minSide + nextRandom(&random) % (81 - minSide);
+      const uint32_t h = lowest + nextRandom(&random) % (highest - lowest + 1);
       const Luma frame = makeContent(content, w, h, &random);
       SCOPED_TRACE(describe(frame, content, w));
       ASSERT_NO_FATAL_FAILURE(check(frame));
     }
+  };
+  for (uint32_t w = minSide; w <= 80; ++w) {
+    ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, 80));
+  }
+  for (uint32_t w : {1023, 1024, 1025, 1026, 1027, 1031, 1032, 1033, 1039, 1040, 2050, 2064}) {
+    ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, minSide + 60));
+  }
+  for (uint32_t w : {32768, 32769, 32770, 32784}) {
+    if (minSide > 1 && w != 32770) continue;  // high frames take long
+    ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, minSide + 8));
   }
 }
 
@@ -249,7 +261,9 @@ TEST(Twins, freezing) {
 TEST(Twins, flickering) {
   uint64_t random = seedRandom(43);
   for (int video = 0; video < 40; ++video) {
-    const uint32_t w = anySide(MAX_W / 2, &random);
+    // Every fourth is around the width from which block rows are taken in pieces.
+    const uint32_t w =
+        video % 4 == 0 ? 1010 + nextRandom(&random) % 60 : anySide(MAX_W / 2, &random);
     const uint32_t h = anySide(MAX_H / 2, &random);
     Image switches = callocImage(w / 8, h / 8);
     Image states = callocImage(w / 8, h / 8);
