@@ -151,3 +151,12 @@ TEST(BlockLoss, writesOnlyItsField) {
   expectWritesOnly(blockLoss, rectangle(256, 256, 64, 64, 64, 64), &FrameResults::blockLoss);
   expectWritesOnly(blockLoss, texture(64, 64), &FrameResults::blockLoss);
 }
+
+TEST(BlockLoss, countsRunFromFirstRowOfALowerRegion) {
+  // Column 64 is strong from row 256 to 267, 12 samples below a line of 11, and row 272 along a
+  // line of 20: one run each way in the lower of two regions.
+  LumaFrame frame(256, 512);
+  fill(frame, 64, 256, 1, 11, 200);
+  fill(frame, 128, 272, 20, 1, 200);
+  EXPECT_EQ(blockLossOf(frame), 0.5);
+}

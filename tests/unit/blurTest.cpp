@@ -273,3 +273,13 @@ TEST(BlurToMOS, isZero_whereTheScoreIsNaN) {
   EXPECT_EQ(blurToMOS(-1000.0), 0.0);
   EXPECT_EQ(blurToMOS(std::nan("")), 0.0);
 }
+
+TEST(Blur, findsCrestInRowOne_belowAStrongerStepInRowZero) {
+  // Row 1 steps by 100 into column 8, where row 0 is 155 brighter: no crest along the row. Row 0
+  // has no gradient and row 2 none at this place, so that it is one along the column. Threshold 16
+  // * 100^2 / 1024, below 100^2.
+  LumaFrame frame(32, 32);
+  fill(frame, 8, 0, 24, 1, 255);
+  fill(frame, 8, 1, 24, 1, 100);
+  EXPECT_EQ(blurOf(frame), 1.0);
+}

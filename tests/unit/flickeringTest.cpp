@@ -292,3 +292,15 @@ TEST(CompareElements, sortsDescending) {
   std::qsort(values.data(), values.size(), 1, compareElements);
   EXPECT_EQ(values, (Bytes{255, 200, 128, 127, 3, 0}));
 }
+
+TEST(Flickering, followsEveryBlockOfAWideFrame) {
+  // Of 130 blocks the 3 most active count, 130 * 0.03 = 3.9. The only ones that switch, 8 times
+  // each, are at the right end: 24 / (3 * 8).
+  LumaFrame changed = row(130);
+  for (int block = 127; block < 130; ++block) changed.at(8 * block, 3) = 1;
+  Stream stream(8 * 130, 8);
+  for (int frame = 1; frame < 8; ++frame) {
+    stream.show(frame % 2 == 1 ? changed : row(130), row(130));
+  }
+  EXPECT_EQ(stream.show(row(130), row(130)), 1.0);
+}
