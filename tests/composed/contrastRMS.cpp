@@ -9,11 +9,15 @@ namespace composed {
 
 void* contrastRMS(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  int32_t sum;
-  int64_t squareSum;
-  sumAndSquareSum(frame, &sum, &squareSum);
-  const int32_t n =
-      static_cast<int32_t>(static_cast<uint32_t>(frame->w) * static_cast<uint32_t>(frame->h));
+  const int32_t n = static_cast<int32_t>(frame->w * frame->h);
+  uint32_t levels = 0;
+  int64_t squareSum = 0;
+  for (int32_t i = 0; i < n; ++i) {
+    const uint32_t level = frame->data[i];
+    levels += level;
+    squareSum += level * level;
+  }
+  const int32_t sum = static_cast<int32_t>(levels);
 
   // Q - S * S / n over n - 1, in just this order: every other one differs in the last digits, and
   // this one leaves a remainder below 0 for some flat frames.
