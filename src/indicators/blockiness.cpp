@@ -84,8 +84,7 @@ void verticalLines(const uint8_t* data, uint64_t w, uint64_t h, uint64_t lines, 
     for (uint64_t x = 0; x < n; ++x) {  // vectorised
       steps[x] = absoluteDifference(row[x], row[x + 1]);
     }
-    // Of the eight steps before a line's first sample behind it, the last is that across the line
-    // and the one before it the inner one.
+    // Of a block's eight steps the last leads across the line, the one before it is the inner one.
     for (uint64_t k = 0; k < lines; ++k) {  // vectorised
       uint64_t eight;
       std::memcpy(&eight, steps + k * BLOCKSIZE, sizeof eight);

@@ -35,7 +35,7 @@ uint32_t combedBlocks(const uint8_t* top, uint64_t w, uint64_t n) {
     const uint8_t d = bottom[x];
     const bool up = (a > b) & (c > b) & (c > d);
     const bool down = (a < b) & (c < b) & (c < d);
-    combed[x] = up | down ? 0xff : 0;
+    combed[x] = (up | down) ? 0xff : 0;
   }
   uint32_t count = 0;
   for (uint64_t k = 0; k < n; ++k) {  // vectorised

@@ -1,10 +1,12 @@
 // In every strip of 16 rows, compares how often a sample equals the one 16 rows below with how
 // often it equals the one 16 columns to its right. Lost slices are filled by repetition, which
 // upsets the balance that a natural picture keeps.
-#include "composed/composed.h"
+#include "indicators/slice.h"
 
 #include <cstdlib>
 #include <initializer_list>
+
+#include "composed/composed.h"
 
 namespace composed {
 
@@ -26,24 +28,6 @@ ImageDouble stripShares(const Image& map) {
 }
 
 }  // namespace
-
-void compareShifted(const Image* src, Image* dest, int32_t shift) {
-  for (uint64_t y = 0; y < dest->h; ++y) {
-    const uint8_t* row = src->data + y * src->w;
-    uint8_t* out = dest->data + y * dest->w;
-    for (uint64_t x = 0; x < dest->w; ++x) out[x] = row[x] == (row + x)[shift];
-  }
-}
-
-int compare(const void* a, const void* b) {
-  const double first = *static_cast<const double*>(a);
-  const double second = *static_cast<const double*>(b);
-  return (first > second) - (second > first);
-}
-
-int compare_Double_asc(const void* a, const void* b) {
-  return compare(a, b);
-}
 
 void* slice(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);

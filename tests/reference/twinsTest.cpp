@@ -146,10 +146,11 @@ void expectTwins(Entry indicator, Entry plainForm, double FrameResults::*field, 
   for (uint32_t w = minSide; w <= 80; ++w) {
     ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, 80));
   }
-  for (uint32_t w : {1023, 1024, 1025, 1026, 1027, 1031, 1032, 1033, 1039, 1040, 2050, 2064}) {
+  for (uint32_t w :
+       {1023u, 1024u, 1025u, 1026u, 1027u, 1031u, 1032u, 1033u, 1039u, 1040u, 2050u, 2064u}) {
     ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, minSide + 60));
   }
-  for (uint32_t w : {32768, 32769, 32770, 32784}) {
+  for (uint32_t w : {32768u, 32769u, 32770u, 32784u}) {
     if (minSide > 1 && w != 32770) continue;  // high frames take long
     ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, minSide + 8));
   }
