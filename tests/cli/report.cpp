@@ -79,7 +79,8 @@ TEST(Report, printsANoiseOf3_14159WithTwoDecimalsOnTheConsoleAndFourInTheFile) {
   // (57 * 3.1814059 + 16 * 2.9997313) / 73 = 3.1415868.
   std::string luma;
   for (size_t y = 0; y < 8; y++)
-    for (size_t x = 0; x < 584; x++) luma += (y + (x < 57 * 8 ? 0 : x)) % 2 == 0 ? 97 : 103;
+    for (size_t x = 0; x < 584; x++)
+      luma += (y + (x < 57 * 8 ? 0 : x)) % 2 == 0 ? char{97} : char{103};
   writeFile(directory.path + "/clip.yuv", frameOf(luma));
   const ProgramRun run = analyse(directory, {"clip.yuv", "584", "8", "0x1000"});
   EXPECT_EQ(run.out,

@@ -34,7 +34,8 @@ double interlace(const Luma& frame) {
     }
   }
   // Only whole blocks, although the others were looked at too. Both may be 0: divided at run time.
-  const volatile double blocks = (frame.h / 4) * (frame.w / 4);
+  const uint32_t wholeBlocks = (frame.h / 4) * (frame.w / 4);
+  const volatile double blocks = wholeBlocks;
   return combed / blocks;
 }
 

@@ -15,6 +15,7 @@ const double INF = std::numeric_limits<double>::infinity();
 std::vector<bool> flagsOf(const std::vector<double>& activities, double fps) {
   freezing(1, 0.0, 25.0);
   std::vector<bool> flags;
+  flags.reserve(activities.size());
   for (const double activity : activities) flags.push_back(freezing(0, activity, fps));
   return flags;
 }

@@ -46,8 +46,8 @@ static Gradients guardedGradientsOf(Operator op, GuardedBuffer (*alloc)(size_t),
   Image32 destX = {w, h, reinterpret_cast<int32_t*>(outputX.data)};
   Image32 destY = {w, h, reinterpret_cast<int32_t*>(outputY.data)};
   op(&src, &destX, &destY);
-  const Gradients result = {std::vector<int32_t>(destX.data, destX.data + w * h),
-                            std::vector<int32_t>(destY.data, destY.data + w * h)};
+  Gradients result = {std::vector<int32_t>(destX.data, destX.data + w * h),
+                      std::vector<int32_t>(destY.data, destY.data + w * h)};
   freeGuardedBuffer(&input);
   freeGuardedBuffer(&outputX);
   freeGuardedBuffer(&outputY);
