@@ -93,8 +93,9 @@ Workspace makeWorkspace(const Size& size) {
 
 Workspace& workspaceOf(const Size& size) {
   static std::map<int, Workspace> made;  // by width
-  if (made.count(size.w) == 0) made[size.w] = makeWorkspace(size);
-  return made[size.w];
+  const auto [place, isNew] = made.try_emplace(size.w);
+  if (isNew) place->second = makeWorkspace(size);
+  return place->second;
 }
 
 // Block images of edge x edge samples, zero-filled as the operations want them: part of their time.

@@ -11,7 +11,7 @@ set -euo pipefail
 build='g++ cmake ninja-build'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
-test="$bench libgtest-dev clang clang-format clang-tidy"
+test="$bench libgtest-dev clang clang-format clang-tidy cppcheck"
 
 wanted=
 for group in "$@"; do

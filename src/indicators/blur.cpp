@@ -53,9 +53,9 @@ int64_t gradientEnergy(const uint8_t* data, int64_t w, int64_t h) {
 
 // Smallest magnitude whose square exceeds the threshold; 256 when no sample can.
 int32_t leastStrong(double threshold) {
-  int32_t magnitude = 0;
-  while (magnitude < 256 && !(magnitude * magnitude > threshold)) ++magnitude;
-  return magnitude;
+  int32_t least = 0;
+  while (least < 256 && !(least * least > threshold)) ++least;
+  return least;
 }
 
 // Magnitude of the horizontal gradient in column x; column 0 has none.

@@ -71,11 +71,11 @@ struct Single {
     }
     const Image now = current.view();
     const Image before = previous.view();
-    Image count = switches.view();
-    Image state = states.view();
+    Image counts = switches.view();
+    Image flags = states.view();
     difference = 0.0;
     ImageDouble differences{1, 1, &difference};
-    return calculateFlickering(&now, &before, &count, &state, &differences, size, threshold);
+    return calculateFlickering(&now, &before, &counts, &flags, &differences, size, threshold);
   }
 
   int count() { return switches.at(0, 0); }
