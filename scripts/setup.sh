@@ -11,7 +11,8 @@ set -euo pipefail
 build='g++ cmake ninja-build'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
-test="$bench libgtest-dev clang clang-format clang-tidy cppcheck"
+# shellcheck disable=SC2034  # read by its name, as the others are
+test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck"
 
 wanted=
 for group in "$@"; do
@@ -37,6 +38,7 @@ as_root=
 export DEBIAN_FRONTEND=noninteractive
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
+# shellcheck disable=SC2086  # words of a list
 if ! { $as_root apt-get update && $as_root apt-get install -y --no-install-recommends $missing; } \
   > "$log" 2>&1; then
   tail -n 20 "$log" >&2

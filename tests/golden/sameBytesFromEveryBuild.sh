@@ -29,6 +29,7 @@ analyse_all() {
     n=0
     while read -r arguments; do
       n=$((n + 1))
+      # shellcheck disable=SC2086  # a line of words
       "$1" $arguments > "$n.console" || echo "status $?" >> "$n.console"
       mv metricsResultsCSV.csv "$n.report"
     done <<EOF

@@ -2,4 +2,5 @@
 # Sources look as .clang-format says.
 set -eu
 cd "$1"
-find src tools bench tests -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror
+find src tools bench tests \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  xargs -0 clang-format --dry-run -Werror

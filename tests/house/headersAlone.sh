@@ -2,6 +2,6 @@
 # Every header compiles without another one before it.
 set -eu
 cd "$1"
-for header in $(find src tools tests -name '*.h'); do
+find src tools tests -name '*.h' | while read -r header; do
   g++ -std=c++17 -fsyntax-only -Wall -Wextra -Isrc -Itests -x c++ "$header"
 done
