@@ -8,10 +8,9 @@
 #include <cerrno>
 #include <cstring>
 
-#include "indicators/flickering.h"
-#include "indicators/freezing.h"
 #include "indicators/results.h"
 #include "support/frames.h"
+#include "support/startAnew.h"
 
 // The linker sends the program's calls of pthread_create here.
 extern "C" {
@@ -63,15 +62,6 @@ std::vector<uint8_t> videoFrame(int k) {
 }
 
 using Schedule = void (*)(IndicatorMask, double, bool, FrameImages*, TemporalResults*);
-
-// Ends whatever run of still frames and period of flickering earlier tests have left.
-void restartTemporalIndicators() {
-  freezing(1, 0.0, 25.0);
-  FrameImages images = makeFrameImages(8, 8);
-  while (flickering(&images.current, &images.previous, &images.switches, &images.states) == -1.0) {
-  }
-  freeFrameImages(&images);
-}
 
 // The values of all frames of the test video under a schedule, from a fresh start.
 std::vector<Values> analyseVideo(Schedule schedule, IndicatorMask mask) {
