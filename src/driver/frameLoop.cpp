@@ -69,15 +69,13 @@ int runAnalysis(const RunOptions& options) {
   FILE* stream = std::fopen(options.inputName, "r");
   const int openError = errno;
   // Made before the input is looked at, so that a run that fails leaves an empty report rather than
-  // an old one. It is closed, and its last rows are written, when the process exits.
+  // an old one.
   FILE* report = openReport();
+  int status = FAILURE;
   if (stream == nullptr) {
     errno = openError;
     std::perror("Error opening file.\n\n");
-    return FAILURE;
-  }
-  int status = FAILURE;
-  if (isFrameSizeSupported(options.width, options.height)) {
+  } else if (isFrameSizeSupported(options.width, options.height)) {
     status = analyseStream(options, stream, report);
   } else {
     std::printf(
@@ -85,7 +83,8 @@ int runAnalysis(const RunOptions& options) {
         "and 3 * width * height at most 2147483647\n",
         options.width, options.height);
   }
-  std::fclose(stream);
+  if (stream != nullptr) std::fclose(stream);
   if (status == SUCCESS) std::puts("\nFile stream closed\n");
+  if (report != nullptr) std::fclose(report);
   return status;
 }
