@@ -5,7 +5,8 @@
 #   build   compile the analyser
 #   video   decode video files
 #   bench   measure it (includes the first two)
-#   test    build and run all tests (includes all others)
+#   test    build and run all tests (includes the three above)
+#   fuzz    look for new inputs for the fuzz targets (includes all others)
 set -euo pipefail
 
 build='g++ cmake ninja-build'
@@ -13,13 +14,15 @@ video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
 # shellcheck disable=SC2034  # read by its name, as the others are
 test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck"
+# shellcheck disable=SC2034
+fuzz="$test libclang-rt-14-dev"
 
 wanted=
 for group in "$@"; do
   case $group in
-    build | video | bench | test) wanted+=" ${!group}" ;;
+    build | video | bench | test | fuzz) wanted+=" ${!group}" ;;
     *)
-      echo "setup.sh: unknown group \"$group\": build, video, bench and test are known" >&2
+      echo "setup.sh: unknown group \"$group\": build, video, bench, test and fuzz are known" >&2
       exit 2
       ;;
   esac
