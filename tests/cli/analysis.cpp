@@ -68,6 +68,13 @@ Row flatRow(int64_t frame, int level, const std::string& temporalActivity) {
   return row;
 }
 
+Row levelRow(int64_t frame, int level, const std::string& step) {
+  Row row = zeroRow(frame);
+  row.exposure = std::to_string(level);
+  row.temporalActivity = step;
+  return row;
+}
+
 std::string startMessages(const std::string& input, int width, int height, const std::string& fps,
                           int64_t frames, int64_t start) {
   return "Video file " + input + " opened successfully!\n\nWidth = " + std::to_string(width) +
@@ -103,8 +110,8 @@ std::string reportRows(const std::vector<Row>& rows) {
 }
 
 ProgramRun analyse(const TemporaryDirectory& directory, const std::vector<std::string>& arguments,
-                   const std::string& standardInput) {
-  return runProgram(LUMAPROBE_BINARY, arguments, directory.path, standardInput);
+                   const std::string& standardInput, const std::function<void()>& prepare) {
+  return runProgram(LUMAPROBE_BINARY, arguments, directory.path, standardInput, prepare);
 }
 
 std::string readReport(const TemporaryDirectory& directory) {

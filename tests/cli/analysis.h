@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,11 @@ std::vector<Row> zeroRows(int64_t start, int64_t count);
 Row flatRow(int64_t frame, int level);
 Row flatRow(int64_t frame, int level, const std::string& temporalActivity);
 
+// Exposure (0x200) of a flat frame is its level, and temporal activity (0x40) the step from the
+// level of the frame before: together they show which samples were in the two buffers.
+constexpr char levelAndStep[] = "0x240";
+Row levelRow(int64_t frame, int level, const std::string& step = "0.00000");
+
 extern const std::string consoleHeader;
 extern const std::string reportHeader;
 extern const std::string closing;
@@ -49,9 +55,10 @@ std::string startMessages(const std::string& input, int width, int height, const
 std::string consoleRows(const std::vector<Row>& rows);
 std::string reportRows(const std::vector<Row>& rows);
 
-// Runs the program in `directory`.
-ProgramRun analyse(const TemporaryDirectory& directory, const std::vector<std::string>& arguments,
-                   const std::string& standardInput = "/dev/null");
+// Runs the program in `directory`; `prepare` is that of runProgram.
+ProgramRun analyse(
+    const TemporaryDirectory& directory, const std::vector<std::string>& arguments,
+    const std::string& standardInput = "/dev/null", const std::function<void()>& prepare = [] {});
 
 std::string readReport(const TemporaryDirectory& directory);
 

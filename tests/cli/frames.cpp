@@ -8,17 +8,6 @@
 
 namespace {
 
-// Exposure (0x200) of a flat 32x32 frame is its level, and temporal activity (0x40) the step from
-// the level of the frame before: together they show which samples were in the two buffers.
-const std::string levelAndStep = "0x240";
-
-Row levelRow(int64_t frame, int level, const std::string& step = "0.00000") {
-  Row row = zeroRow(frame);
-  row.exposure = std::to_string(level);
-  row.temporalActivity = step;
-  return row;
-}
-
 void expectLevels(const TemporaryDirectory& directory, const std::string& count,
                   const std::string& start, const std::vector<Row>& rows) {
   SCOPED_TRACE(count + " frames from " + start);

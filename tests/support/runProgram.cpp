@@ -2,6 +2,7 @@
 #include "runProgram.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,7 +34,8 @@ std::string takeOutput(FILE* file) {
 }  // namespace
 
 ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
-                      const std::string& directory, const std::string& standardInput) {
+                      const std::string& directory, const std::string& standardInput,
+                      const std::function<void()>& prepare) {
   std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
@@ -45,14 +47,22 @@ ProgramRun runProgram(const std::string& program, const std::vector<std::string>
   if (child == 0) {
     const int in = open(standardInput.c_str(), O_RDONLY);
     if (in >= 0 && dup2(in, 0) == 0 && dup2(fileno(out), 1) == 1 && dup2(fileno(err), 2) == 2 &&
-        chdir(directory.c_str()) == 0)
+        chdir(directory.c_str()) == 0) {
+      prepare();
       execv(argv[0], argv.data());
+    }
     _exit(127);
   }
 
+  ProgramRun run = {};
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
-  ProgramRun run;
+  for (;;) {
+    const pid_t changed = waitpid(child, &status, WUNTRACED);
+    if (changed < 0 && errno == EINTR) continue;
+    if (changed < 0 || !WIFSTOPPED(status)) break;
+    run.stops++;
+    kill(child, SIGCONT);
+  }
   run.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
   run.out = takeOutput(out);
   run.err = takeOutput(err);

@@ -2,20 +2,27 @@
 #ifndef LUMAPROBE_TESTS_RUNPROGRAM_H
 #define LUMAPROBE_TESTS_RUNPROGRAM_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
 // What a finished program left behind; a program killed by a signal has the status 128 + signal.
 struct ProgramRun {
   int status;
+  int stops;  // how often it was stopped; it was told to go on each time
   std::string out;
   std::string err;
 };
 
 // Runs `program` with `arguments` in the folder `directory` and waits for its end. The program
 // path is handed on as the program's own name. The status is 127 if it cannot be started.
-ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
-                      const std::string& directory, const std::string& standardInput = "/dev/null");
+//
+// prepare   what the new process does last before it becomes the program, with the folder and the
+//           three standard streams in place.
+ProgramRun runProgram(
+    const std::string& program, const std::vector<std::string>& arguments,
+    const std::string& directory, const std::string& standardInput = "/dev/null",
+    const std::function<void()>& prepare = [] {});
 
 // A fresh empty folder that goes away with everything in it when the record goes out of scope.
 struct TemporaryDirectory {
