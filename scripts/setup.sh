@@ -12,9 +12,8 @@ set -euo pipefail
 build='g++ cmake ninja-build'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
-# shellcheck disable=SC2034  # read by its name, as the others are
-test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck"
-# shellcheck disable=SC2034
+test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
+# shellcheck disable=SC2034  # read by its name
 fuzz="$test libclang-rt-14-dev"
 
 wanted=
