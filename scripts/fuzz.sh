@@ -53,15 +53,13 @@ mkdir -p findings logs
 # $1: target. Status lines begin with "#" and the number of executions; "cov:" are the edges that were
 # gone along, "ft:" features, which also tell how often.
 row() {
-  awk -v target="$1" -v merged="$(ls "merged/$1" | wc -l)" '
+  awk -v target="$1" -v seconds="$seconds" -v merged="$(ls "merged/$1" | wc -l)" '
     $1 ~ /^#[0-9]+$/ { for (i = 2; i < NF; ++i) value[$i] = $(i + 1) }
     $1 == "stat::number_of_executed_units:" { executions = $2 }
     $1 == "stat::average_exec_per_sec:" { rate = $2 }
-    $1 == "stat::new_units_added:" { added = $2 }
-    /inline 8-bit counters/ { sub(/.*modules +\(/, ""); edges = $1 }
     END {
-      printf "| %s | %d | %d | %d of %d | %d | %d | %d |\n", target, executions, rate, value["cov:"], edges,
-        value["ft:"], added, merged
+      printf "| `%s` | %d | %d | %d | %d | %d | %d |\n", target, seconds, executions, rate, value["cov:"],
+        value["ft:"], merged
     }' "logs/$1.log"
 }
 
@@ -84,7 +82,7 @@ for target in $targets; do
 done
 
 echo
-echo '| target | executions | per second | edges | features | new inputs | merged corpus |'
+echo '| target | seconds | executions | per second | edges | features | merged inputs |'
 echo '|---|--:|--:|--:|--:|--:|--:|'
 for target in $targets; do row "$target"; done
 [[ -z $failed ]] || { echo "fuzz.sh: findings of$failed are in $build/findings" >&2; exit 1; }

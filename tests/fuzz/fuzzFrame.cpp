@@ -46,10 +46,10 @@ struct Video {
   std::vector<Luma> frames;  // at least one
 };
 
-// Bounds that keep one input within milliseconds. A frame may have one whole region of block loss.
-constexpr uint32_t MAX_FRAME_SAMPLES = 70000;
-constexpr uint32_t MAX_VIDEO_SAMPLES = 40000;  // unless a single frame has more
-constexpr uint32_t MAX_FRAMES = 18;            // two periods of flickering, and one frame more
+// Bounds that keep one input within milliseconds. The samples are those of one frame with a whole
+// region of block loss, or of a period of flickering on frames of 1040 x 8.
+constexpr uint32_t MAX_SAMPLES = 75000;
+constexpr uint32_t MAX_FRAMES = 18;  // two periods of flickering, and one frame more
 
 // Mostly 1 to 100, now and then past the widths at which rows are taken in pieces.
 uint32_t chooseSide(uint32_t word) {
@@ -85,12 +85,12 @@ Video chooseVideo(InputBytes bytes) {
   constexpr double RATES[] = {25.0, 10.0, 30.0, 29.97, 50.0, 0.0, -5.0, 60.0};
   Video video;
   const uint32_t w = chooseSide(bytes.word());
-  const uint32_t h = std::min(chooseSide(bytes.word()), std::max(MAX_FRAME_SAMPLES / w, 1u));
+  const uint32_t h = std::min(chooseSide(bytes.word()), MAX_SAMPLES / w);
   video.mask = bytes.word();
   // Blackout ends the process when there is no whole block to look at.
   if (w < 8 || h < 8) video.mask &= ~IndicatorMask{BLACKOUT};
   const uint32_t content = bytes.byte() % static_cast<uint32_t>(contentCount() + 1);
-  const uint32_t count = std::clamp(MAX_VIDEO_SAMPLES / (w * h), 1u, 1 + bytes.byte() % MAX_FRAMES);
+  const uint32_t count = std::clamp(MAX_SAMPLES / (w * h), 1u, 1 + bytes.byte() % MAX_FRAMES);
   const uint8_t flags = bytes.byte();
   video.fps = RATES[flags % std::size(RATES)];
   video.usesThreads = (flags & 0x80) != 0;

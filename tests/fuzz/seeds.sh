@@ -27,6 +27,7 @@ commandLine signs lumaprobe a.yuv -352 +288 -1 -25 -7 -8
 commandLine whiteSpace lumaprobe a.yuv '	 352' ' 288 ' '  0x3' ' 30' ' -5' 0
 commandLine signedBounds lumaprobe a.yuv 9223372036854775807 -9223372036854775808 18446744073709551615 \
   9223372036854775808 -9223372036854775809 0
+commandLine maskAboveSignedNumbers lumaprobe a.yuv 1 1 9223372036854775873
 commandLine pastBounds lumaprobe a.yuv 4294967328 99999999999999999999 0xffffffffffffffffff 1e400 \
   -99999999999999999999 0
 commandLine halfNumbers lumaprobe a.yuv 0x10 32abc 0x 1e+ 3.9 0
@@ -73,6 +74,13 @@ video oneRow 40 1 $all 2 3 0 1
 video oneColumn 1 40 $all 2 3 0 1
 video narrowCombed 3 40 $all 9 3 1 1
 video byteTexture 24 24 $all 0 4 128 0 '\12\120\300\377\0\3\7'
+# Sixteen steps of 64 in 256 samples: the square of each is just sixteen times the mean, not above it.
+row='\0\0\0\0\0\0\0\0\100\100\100\100\100\100\100\100'
+rows=$row$row$row$row$row
+video stepsAtTheThreshold 16 16 $all 0 1 0 0 "$rows$rows$rows"'\0\0\0\0\0\0\0\0\100\100\100\100\0\0\0\0'
+video atTheEndOfBlackout 48 48 $all 10 1 0 2
+# Columns repeat after 5 and so do frames: nothing changes, but 1024 columns on all is another.
+video stillPastAThousand 1040 8 16384 0 9 0 0 '\1\2\3\4\5'
 video twoPeriods 48 48 $all 6 18 128 7
 video twoPeriodsThirtyThreeBlocks 88 24 $all 2 18 0 8
 video onlyTemporal 56 40 16704 14 18 1 9
@@ -98,8 +106,11 @@ run pastTheLastNumber '2 2 0 2 2147483647 0' "$text"
 run fromTheSmallestNumber '2 2 0x7f7f 2 -2147483648 0' "$text"
 run negativeCount '2 2 0x7f7f -1 0' "$text"
 run zeroWidth '0 8' "$text"
+run zeroHeight '8 0' "$text"
 run negativeHeight '8 -8' "$text"
 run gigantic '65536 65536' "$text"
+run barsAboveAndBelow '4 4' 'aaaabcdeefghbbbbchroma..'
+run barAtTheLeft '4 4' 'aaabccccddddeeefchroma..'
 run maskOfOne '8 8 0x400 25' "$text$text"
 run maskOfTemporal '8 8 0x4140 10' "$text$text$text$text$text"
 run stillAtTenFrames '2 2 0x140 10' 'aaaabbaaaabbaaaabbcccc'
