@@ -13,6 +13,7 @@ build='g++ cmake ninja-build'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
 test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
+test+=' g++-aarch64-linux-gnu qemu-user'
 # shellcheck disable=SC2034  # read by its name
 fuzz="$test libclang-rt-14-dev"
 
