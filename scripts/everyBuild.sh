@@ -95,6 +95,7 @@ writeAll() {
     name=$folder/${arguments// /_}
     status=0
     # The outer redirection hides the shell's own line about the run that aborts.
+    # shellcheck disable=SC2086  # a line of words
     { "$@" $arguments < /dev/null > "$name.console" 2> "$name.errors" || status=$?; } 2> /dev/null
     echo "$status" > "$name.status"
     if [[ -f metricsResultsCSV.csv ]]; then mv metricsResultsCSV.csv "$name.report"; fi

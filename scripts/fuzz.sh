@@ -23,10 +23,10 @@ fi
 root=$(realpath "$(dirname "$0")/..")
 corpus=$root/tests/fuzz/corpus
 build=$root/build/fuzz
-targets='fuzzCommandLine fuzzFrame fuzzRun'
+targets=(fuzzCommandLine fuzzFrame fuzzRun)
 
 if [[ $isMerge ]]; then
-  for target in $targets; do
+  for target in "${targets[@]}"; do
     if [[ ! -d $build/merged/$target ]]; then
       echo "fuzz.sh: nothing is merged for $target: run scripts/fuzz.sh first" >&2
       exit 1
@@ -41,7 +41,7 @@ fi
 cd "$root"
 scripts/setup.sh fuzz
 cmake --preset fuzz > /dev/null
-cmake --build --preset fuzz --target $targets > /dev/null
+cmake --build --preset fuzz --target "${targets[@]}" > /dev/null
 memory=
 [[ ! -w /dev/shm ]] || memory=/dev/shm
 TMPDIR=$(mktemp -d ${memory:+-p "$memory"})
@@ -53,7 +53,7 @@ mkdir -p findings logs
 # $1: target. Status lines begin with "#" and the number of executions; "cov:" are the edges that were
 # gone along, "ft:" features, which also tell how often.
 row() {
-  awk -v target="$1" -v seconds="$seconds" -v merged="$(ls "merged/$1" | wc -l)" '
+  awk -v target="$1" -v seconds="$seconds" -v merged="$(find "merged/$1" -type f | wc -l)" '
     $1 ~ /^#[0-9]+$/ { for (i = 2; i < NF; ++i) value[$i] = $(i + 1) }
     $1 == "stat::number_of_executed_units:" { executions = $2 }
     $1 == "stat::average_exec_per_sec:" { rate = $2 }
@@ -64,7 +64,7 @@ row() {
 }
 
 failed=
-for target in $targets; do
+for target in "${targets[@]}"; do
   mkdir -p "found/$target"
   echo "== $target, $seconds s"
   ./"$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=8192 -print_final_stats=1 \
@@ -84,5 +84,5 @@ done
 echo
 echo '| target | seconds | executions | per second | edges | features | merged inputs |'
 echo '|---|--:|--:|--:|--:|--:|--:|'
-for target in $targets; do row "$target"; done
+for target in "${targets[@]}"; do row "$target"; done
 [[ -z $failed ]] || { echo "fuzz.sh: findings of$failed are in $build/findings" >&2; exit 1; }

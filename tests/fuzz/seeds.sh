@@ -41,9 +41,11 @@ commandLine tinyRate lumaprobe a.yuv 1 1 0 4.9e-324
 # that follow; $6: frames, $7: number of the frame rate, and 128 for threads, $8: seed. Further
 # arguments are bytes, as printf takes them.
 cd "../fuzzFrame"
+# shellcheck disable=SC2059  # formats of bytes that are computed
 word() { printf "\\$(printf %o $(($1 & 255)))\\$(printf %o $(($1 >> 8)))"; }
 # The number that chooses a side of 1 to 1100.
 side() { if [ "$1" -le 100 ]; then word $(($1 - 1)); else word $((49500 + $1 - 1)); fi; }
+# shellcheck disable=SC2059
 byte() { printf "\\$(printf %o "$1")"; }
 video() {
   {
@@ -54,6 +56,7 @@ video() {
     byte $(($6 - 1))
     byte "$7"
     word "$8"
+    # shellcheck disable=SC2059
     [ $# -lt 9 ] || printf "$9"
   } > "$1"
 }
@@ -90,6 +93,7 @@ video whiteWhoseVarianceIsBelowZero 99 99 $all 0 1 0 0 '\377'
 
 # $1: name, $2: arguments, $3: the video, as printf takes it.
 cd "../fuzzRun"
+# shellcheck disable=SC2059
 run() { { echo "$2"; printf "$3"; } > "$1"; }
 text='The quick brown fox jumps over the lazy dog, and the lazy dog looks on. '
 run defaults '8 8' "$text$text$text"
