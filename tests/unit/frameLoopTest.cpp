@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <iterator>
 
+#include "indicators/results.h"
 #include "support/runProgram.h"
 
 namespace {
@@ -27,6 +28,7 @@ size_t reportSizeAfterRun(const char* input, int32_t height, int status) {
   options.width = 2;
   options.height = height;
   options.fps = 25.0;
+  Results = {};  // as in a new process
   testing::internal::CaptureStdout();
   const int64_t before = openDescriptors();
   EXPECT_EQ(runAnalysis(options), status);
