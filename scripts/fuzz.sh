@@ -39,7 +39,7 @@ if [[ $isMerge ]]; then
 fi
 
 cd "$root"
-scripts/setup.sh fuzz
+scripts/setup.sh long
 cmake --preset fuzz > /dev/null
 cmake --build --preset fuzz --target "${targets[@]}" > /dev/null
 memory=

@@ -6,7 +6,7 @@
 #   video   decode video files
 #   bench   measure it (includes the first two)
 #   test    build and run all tests (includes the three above)
-#   fuzz    look for new inputs for the fuzz targets (includes all others)
+#   long    run the long tiers: fuzzing, mutation, coverage (includes all others)
 set -euo pipefail
 
 build='g++ cmake ninja-build'
@@ -15,14 +15,14 @@ bench="$build $video libbenchmark-dev valgrind"
 test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
 test+=' g++-aarch64-linux-gnu qemu-user'
 # shellcheck disable=SC2034  # read by its name
-fuzz="$test libclang-rt-14-dev"
+long="$test libclang-rt-14-dev python3 gcovr"
 
 wanted=
 for group in "$@"; do
   case $group in
-    build | video | bench | test | fuzz) wanted+=" ${!group}" ;;
+    build | video | bench | test | long) wanted+=" ${!group}" ;;
     *)
-      echo "setup.sh: unknown group \"$group\": build, video, bench, test and fuzz are known" >&2
+      echo "setup.sh: unknown group \"$group\": build, video, bench, test and long are known" >&2
       exit 2
       ;;
   esac
