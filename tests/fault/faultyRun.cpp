@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <numeric>
 
 #include "../support/frames.h"
 
@@ -66,8 +67,8 @@ void expectRun(const ProgramRun& run, int status, const std::string& out, const 
 }
 
 void writeRisingClip(const TemporaryDirectory& directory, int frames) {
-  std::vector<int> levels;
-  for (int k = 0; k < frames; k++) levels.push_back(10 + k);
+  std::vector<int> levels(static_cast<size_t>(frames));
+  std::iota(levels.begin(), levels.end(), 10);
   writeFlatClip(directory, levels);
 }
 
@@ -77,6 +78,7 @@ std::string risingStart(int frames) {
 
 std::vector<Row> risingRows(int frames) {
   std::vector<Row> rows;
+  rows.reserve(static_cast<size_t>(frames));
   for (int k = 0; k < frames; k++)
     rows.push_back(levelRow(k, 10 + k, k == 0 ? "0.00000" : "1.00000"));
   return rows;

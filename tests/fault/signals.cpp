@@ -29,7 +29,7 @@ ProgramRun analyseWithSignal(
     const TemporaryDirectory& directory, int number, int before = BEFORE,
     const std::function<void()>& prepare = [] {}) {
   writeRisingClip(directory, FRAMES);
-  const ProgramRun run = analyseWithFaults(
+  ProgramRun run = analyseWithFaults(
       directory, risingArguments,
       {{"FAULTS_SIGNAL", std::to_string(before) + ":" + std::to_string(number)}}, prepare);
   EXPECT_EQ(faultsMade(directory), 1u);

@@ -132,6 +132,12 @@ void requireMeaning(const RunOptions& options, const std::vector<const char*>& a
           "a seventh makes the sixth the start");
 }
 
+std::vector<unsigned char> bytesOf(const RunOptions& options) {
+  std::vector<unsigned char> bytes(sizeof options);
+  std::memcpy(bytes.data(), &options, sizeof options);
+  return bytes;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -144,19 +150,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     argv.push_back(copies.back().get());
   }
 
-  constexpr unsigned char UNTOUCHED = 0xa5;
-  RunOptions options;
-  std::memset(&options, UNTOUCHED, sizeof options);
+  RunOptions options = {"untouched", -1, -2, 3, -4.0, true, -5, -6};
+  const std::vector<unsigned char> untouched = bytesOf(options);
   const bool isComplete = parseCommandLine(static_cast<int>(argv.size()), argv.data(), &options);
   require(isComplete == (argv.size() > 3), "three arguments are enough, and fewer are not");
   if (isComplete) {
     requireMeaning(options, argv);
   } else {
-    unsigned char bytes[sizeof options];
-    std::memcpy(bytes, &options, sizeof options);
-    for (const unsigned char byte : bytes) {
-      require(byte == UNTOUCHED, "options are left alone when arguments are missing");
-    }
+    require(bytesOf(options) == untouched, "options are left alone when arguments are missing");
   }
   return 0;
 }

@@ -238,6 +238,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::istringstream line(std::string(data, lineEnd));
   for (std::string text; line >> text;) texts.push_back(text);
   std::vector<const char*> argv;
+  argv.reserve(texts.size());
   for (const std::string& text : texts) argv.push_back(text.c_str());
 
   Run run;
