@@ -5,7 +5,6 @@
 
 int countSeqsH(const Image32* src, Image32* dest, uint64_t blockW, uint64_t blockH, uint32_t minLen,
                double threshold) {
-  if (dest->h == 0 || blockH == 0 || dest->w == 0 || blockW == 0) return 0;
   for (uint64_t y = 0; y < dest->h * blockH; ++y) {
     const int32_t* row = src->data + y * src->w;
     int32_t* counts = dest->data + y / blockH * dest->w;
@@ -22,7 +21,6 @@ int countSeqsH(const Image32* src, Image32* dest, uint64_t blockW, uint64_t bloc
 
 int countSeqsV(const Image32* src, Image32* dest, Image32* counters, uint64_t blockW,
                uint64_t blockH, uint32_t minLen, double threshold) {
-  if (dest->h == 0 || blockH == 0 || dest->w == 0 || blockW == 0) return 0;
   int32_t* lengths = counters->data;
   for (uint64_t y = 0; y < dest->h * blockH; ++y) {
     const int32_t* row = src->data + y * src->w;

@@ -18,10 +18,6 @@ int32_t asSigned(uint32_t value) {
   return static_cast<int32_t>(value);
 }
 
-bool isEmpty(const Image32* grid, uint64_t blockW, uint64_t blockH) {
-  return grid->w == 0 || grid->h == 0 || blockW == 0 || blockH == 0;
-}
-
 // The block size that indicators use has a way of its own: the samples of each column are
 // added in 16 bits, and then eight neighbours.
 constexpr uint64_t SIDE = BLOCKSIZE;
@@ -60,7 +56,7 @@ void addSmallBlocks(const uint8_t* rows, uint64_t w, uint64_t blocks, int32_t* d
 template <typename T>
 void cornerDifferences(const T* integral, uint64_t stride, Image32* dest, uint64_t blockW,
                        uint64_t blockH) {
-  if (isEmpty(dest, blockW, blockH)) return;
+  if (blockW == 0 || blockH == 0) return;
   for (uint64_t by = 0; by < dest->h; ++by) {
     for (uint64_t bx = 0; bx < dest->w; ++bx) {
       // The last sample of the block in column bx - 1 or bx, row by - 1 or by.
@@ -92,8 +88,8 @@ uint32_t sumPixels(const Image* image) {
 }
 
 uint32_t sumH(const uint8_t* data, uint32_t a, uint32_t b) {
-  const int32_t count = asSigned(a * b);
-  return count < 1 ? 0 : total(data, static_cast<uint64_t>(count));
+  const int32_t count = std::max(asSigned(a * b), 0);
+  return total(data, static_cast<uint64_t>(count));
 }
 
 uint32_t sumV(const uint8_t* data, int32_t w, int32_t h) {
@@ -105,7 +101,6 @@ uint32_t sumV(const uint8_t* data, int32_t w, int32_t h) {
 }
 
 void blockSums(const Image* src, Image32* dest, uint64_t blockW, uint64_t blockH) {
-  if (isEmpty(dest, blockW, blockH)) return;
   const uint8_t* row = src->data;
   int32_t* blockRow = dest->data;
   if (blockW == SIDE && blockH == SIDE) {
@@ -154,7 +149,7 @@ void sumAndSquareSum(const Image* image, int32_t* sum, int64_t* squareSum) {
 
 void integrate(const Image* src, Image32* dest) {
   const uint64_t w = src->w;
-  if (w == 0 || src->h == 0) return;
+  if (src->h == 0) return;
   // The first row stays without running total, unlike in a textbook integral image.
   for (uint64_t x = 0; x < w; ++x) dest->data[x] = src->data[x];
   for (uint64_t y = 1; y < src->h; ++y) {

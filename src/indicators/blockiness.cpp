@@ -48,7 +48,7 @@ void addLine(RunningTotals* totals, Steps line) {
 
 // Number of grid lines across a side: those with a whole block behind them.
 uint32_t gridLines(uint32_t side) {
-  return side < 2 * BLOCKSIZE ? 0 : side / BLOCKSIZE - 1;
+  return std::max(side / BLOCKSIZE, 1u) - 1;
 }
 
 MULTIVERSIONED
@@ -126,6 +126,5 @@ void* blockiness(void* luma) {
 }
 
 double blockToMOS(double blockiness) {
-  const double score = (blockiness * 17.86 + -10.38) * 0.5;
-  return score > 0.0 ? score : 0.0;
+  return std::max(0.0, (blockiness * 17.86 + -10.38) * 0.5);  // 0 of NaN, too
 }

@@ -131,17 +131,13 @@ void* blur(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
   const int64_t w = static_cast<int64_t>(frame->w);
   const int64_t h = static_cast<int64_t>(frame->h);
-  if (w < BLUR_BLOCKSIZE || h < BLUR_BLOCKSIZE) {
-    Results.blur = 0.0;
-    return nullptr;
-  }
-
   const double meanSquare = static_cast<double>(gradientEnergy(frame->data, w, h)) /
                             (static_cast<double>(h) * static_cast<double>(w));
   const int32_t least = leastStrong(meanSquare * GLOBAL_FACTOR);
   Edges edges = {0, 0};
   if (least < 256) {
-    // The last row and column of the last whole blocks have no crests.
+    // The last row and column of the last whole blocks have no crests; without blocks there are
+    // none.
     const int64_t endY = h / BLUR_BLOCKSIZE * BLUR_BLOCKSIZE - 1;
     const int64_t endX = w / BLUR_BLOCKSIZE * BLUR_BLOCKSIZE - 1;
     for (int64_t y = 1; y < endY; ++y) {
@@ -156,6 +152,5 @@ void* blur(void* luma) {
 
 double blurToMOS(double blur) {
   const double e = std::exp(-1.5 * blur + 2.87);
-  const double score = 5.0 * std::pow(e / (1.0 + e), 0.14);
-  return score > 0.0 ? score : 0.0;
+  return std::max(0.0, 5.0 * std::pow(e / (1.0 + e), 0.14));  // 0 of NaN, too
 }

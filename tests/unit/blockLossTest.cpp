@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <utility>
+
 #include "support/lumaFrames.h"
 
 namespace {
@@ -27,6 +30,38 @@ LumaFrame rectangle(int w, int h, int x0, int y0, int width, int height) {
 LumaFrame stripes(int steps) {
   return frameOf(765, 256,
                  [steps](int x, int) { return (x < steps ? x : steps) % 2 == 0 ? 0 : 30; });
+}
+
+int64_t energyOf(LumaFrame frame) {
+  const auto square = [](int difference) { return int64_t{difference} * difference; };
+  int64_t energy = 0;
+  for (int y = 1; y < frame.h; ++y) {
+    for (int x = 1; x < frame.w; ++x) {
+      energy += square(frame.at(x - 1, y - 1) - frame.at(x, y)) +
+                square(frame.at(x, y - 1) - frame.at(x - 1, y));
+    }
+  }
+  return energy;
+}
+
+// A frame of 256 x 256, flat at its right end, below its top and in its upper corners, with samples
+// raised there until the squares of all its diagonal differences add up to `energy`. A sample has
+// four differences, one in the top row two and one in a corner one.
+LumaFrame withEnergy(LumaFrame frame, int64_t energy) {
+  int64_t missing = energy - energyOf(frame);
+  const auto raise = [&](int x, int y, int differences) {
+    int step = 0;
+    while (step < 100 && differences * (step + 1) * (step + 1) <= missing) ++step;
+    frame.at(x, y) = static_cast<uint8_t>(frame.at(x, y) + step);
+    missing -= int64_t{differences} * step * step;
+  };
+  for (int y = 34; y < 256 && missing >= 4; y += 4) {
+    for (int x = 194; x < 256 && missing >= 4; x += 4) raise(x, y, 4);
+  }
+  raise(8, 0, 2);
+  raise(0, 0, 1);
+  EXPECT_EQ(energyOf(frame), energy);
+  return frame;
 }
 
 }  // namespace
@@ -159,4 +194,48 @@ TEST(BlockLoss, countsRunFromFirstRowOfALowerRegion) {
   fill(frame, 64, 256, 1, 11, 200);
   fill(frame, 128, 272, 20, 1, 200);
   EXPECT_EQ(blockLossOf(frame), 0.5);
+}
+
+TEST(BlockLoss, countsARunThatBeginsInRowOne_onlyIfRowZeroHasTheEdgeToo) {
+  // A threshold of 6, of strengths 8 along a side and 4 at its ends. A rectangle from row 1 on has
+  // a side of one row less than its height above the end of 4, and its top end in row 1.
+  const auto fromRowOne = [](int height) {
+    LumaFrame frame(256, 256, 100);
+    fill(frame, 64, 1, 20, height, 102);
+    fill(frame, 129, 64, 20, 5, 110);  // a run along row 64
+    return withEnergy(frame, 65536);
+  };
+  EXPECT_EQ(blockLossOf(fromRowOne(12)), 0.0);
+  EXPECT_EQ(blockLossOf(fromRowOne(13)), 1.0);
+}
+
+TEST(BlockLoss, comparesStrengthWithTheThresholdExactly) {
+  // Strengths of 2 and 8, one of them along grid rows and the other along grid columns. 21845
+  // make a threshold of 6 * 21845 / 65536, just below 2, and 21846 one just above.
+  const auto edges = [](int alongRows, int alongColumns, int64_t energy) {
+    LumaFrame frame(256, 256, 100);
+    fill(frame, 65, 64, 20, 5, 100 + alongRows);
+    fill(frame, 128, 129, 5, 20, 100 + alongColumns);
+    return withEnergy(frame, energy);
+  };
+  for (auto [alongRows, alongColumns] : {std::pair{1, 1}, std::pair{1, 2}, std::pair{2, 1}}) {
+    EXPECT_EQ(blockLossOf(edges(alongRows, alongColumns, 21845)), 1.0);
+    EXPECT_EQ(blockLossOf(edges(alongRows, alongColumns, 21846)), 0.0);
+  }
+  EXPECT_EQ(blockLossOf(edges(2, 2, 21846)), 1.0);
+}
+
+TEST(BlockLoss, takesMeanOverWholeRows_howeverWide) {
+  // A square of strength 800 in the left region of 128, and 50 lines of 130050 behind column 32768:
+  // more than 100 * 254 of them among 32868 * 256 make a threshold above 6 * 390.
+  LumaFrame frame = rectangle(32868, 256, 64, 64, 64, 64);
+  for (uint8_t& sample : frame.samples) sample = sample == 0 ? 0 : 20;
+  EXPECT_EQ(blockLossOf(frame), 4.0 / 128.0);
+  for (int x = 32769; x < 32868; x += 2) fill(frame, x, 0, 1, 256, 255);
+  EXPECT_EQ(blockLossOf(frame), 0.0);
+}
+
+TEST(BlockLoss, isZero_onWideFrameOfLines) {
+  // 33200 squares of 255 in each direction are more than fit 31 bits.
+  EXPECT_EQ(blockLossOf(frameOf(33201, 256, [](int x, int) { return x % 2 == 0 ? 0 : 255; })), 0.0);
 }

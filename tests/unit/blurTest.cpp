@@ -283,3 +283,32 @@ TEST(Blur, findsCrestInRowOne_belowAStrongerStepInRowZero) {
   fill(frame, 8, 1, 24, 1, 100);
   EXPECT_EQ(blurOf(frame), 1.0);
 }
+
+TEST(Blur, countsStepsWhoseSquareIsAboveTheThreshold_butNotThoseAtIt) {
+  // 16 x 16: the threshold is a sixteenth of the sum of squares. Steps of 2 in 15 rows make 60, and
+  // as many of 1 at the right end as there are `odd` rows.
+  const auto stepsOfTwo = [](int odd) {
+    return frameOf(16, 16, [odd](int x, int y) {
+      return 100 + (y > 0 && x >= 8 ? 2 : 0) + (y > 0 && y <= odd && x == 15 ? 1 : 0);
+    });
+  };
+  EXPECT_EQ(blurOf(stepsOfTwo(3)), 1.0);  // 4 > 63 / 16
+  EXPECT_EQ(blurOf(stepsOfTwo(4)), 0.0);  // 4 = 64 / 16
+}
+
+TEST(Blur, countsStepsOf255_whenNothingLessIsStrong) {
+  // 15 squares of 255 and one of 240 make a threshold of 64560.9, above the square of 254.
+  EXPECT_EQ(blurOf(frameOf(16, 16,
+                           [](int x, int y) {
+                             return y == 0 || x < 8 ? 0 : y == 15 && x == 15 ? 15 : 255;
+                           })),
+            1.0);
+}
+
+TEST(Blur, isZero_onFramesWithoutABlock) {
+  for (const LumaFrame& frame :
+       {step(15, 64, 8), step(64, 15, 8), step(15, 15, 8), step(1, 1, 0)}) {
+    EXPECT_EQ(blurOf(frame), 0.0) << frame.w << " x " << frame.h;
+    EXPECT_TRUE(returnsNull(blur, frame));
+  }
+}

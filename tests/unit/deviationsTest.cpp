@@ -207,7 +207,8 @@ static void expectBlock(const std::vector<uint8_t>& frame, uint64_t w, uint64_t 
 }
 
 TEST(CalculateStdDevs, agreesWithEachBlockByItself_andReadsNothingBeyondTheLast) {
-  const FrameSize blocks[] = {{16, 16}, {8, 8}, {1, 1}, {2, 1}, {3, 5}, {40, 40}, {33, 7}};
+  const FrameSize blocks[] = {{16, 16}, {8, 8},  {1, 1}, {2, 1}, {3, 5},
+                              {40, 40}, {33, 7}, {8, 5}, {5, 8}};
   for (auto [w, h] : oddSizes()) {
     for (auto [blockW, blockH] : blocks) {
       const uint64_t blocksX = w / blockW, blocksY = h / blockH;

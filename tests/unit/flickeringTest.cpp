@@ -293,6 +293,13 @@ TEST(CompareElements, sortsDescending) {
   EXPECT_EQ(values, (Bytes{255, 200, 128, 127, 3, 0}));
 }
 
+TEST(Flickering, isZero_onAWideFrameThatStandsStill) {
+  Stream stream(8 * 300, 8);
+  const LumaFrame frame = texture(8 * 300, 8);
+  for (int k = 1; k < 8; ++k) stream.show(frame, frame);
+  EXPECT_EQ(stream.show(frame, frame), 0.0);
+}
+
 TEST(Flickering, followsEveryBlockOfAWideFrame) {
   // Of 130 blocks the 3 most active count, 130 * 0.03 = 3.9. The only ones that switch, 8 times
   // each, are at the right end: 24 / (3 * 8).

@@ -154,6 +154,16 @@ TEST(FrameAnalysis, valuesAreTheSameAndAllThreadsMade_onSmallStacks) {
   EXPECT_EQ(failures, 0);
 }
 
+TEST(FrameAnalysis, smallStacksAreSmall) {
+  useSmallStacks();
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_getattr_default_np(&attributes), 0);
+  size_t size = 0;
+  ASSERT_EQ(pthread_attr_getstacksize(&attributes, &size), 0);
+  pthread_attr_destroy(&attributes);
+  EXPECT_LE(size, 2u << 20);  // of the 8 MiB that are usual
+}
+
 TEST(FrameAnalysis, freezingSeesThePreviousFramesBlackoutFlag) {
   // Frames 11 and 12 are flat and equal. Frame 12 differs from 11 by nothing and follows a
   // blackout, frame 11 follows a picture.
@@ -231,8 +241,10 @@ TEST(FrameAnalysis, swapExchangesSamplesAndKeepsSizes) {
 
 TEST(FrameAnalysis, imagesStartBlack_withOneElementPerWholeBlock) {
   FrameImages images = makeFrameImages(23, 16);
-  EXPECT_EQ(images.switches.w, 2u);
-  EXPECT_EQ(images.states.h, 2u);
+  for (const Image& image : {images.switches, images.states}) {
+    EXPECT_EQ(image.w, 2u);
+    EXPECT_EQ(image.h, 2u);
+  }
   for (int i = 0; i < 23 * 16; ++i) {
     EXPECT_EQ(images.current.data[i], 0);
     EXPECT_EQ(images.previous.data[i], 0);

@@ -160,6 +160,21 @@ TEST(GradientOperators, areZero_onSourceOfWidthOrHeightOne) {
   }
 }
 
+TEST(GradientOperators, writeNothing_whenASideIsZero) {
+  for (const auto op : {gradient, absGradient, roberts}) {
+    for (const FrameSize& size : {FrameSize{0, 5}, FrameSize{5, 0}, FrameSize{0, 0}}) {
+      std::vector<int32_t> x(5, SENTINEL);
+      std::vector<int32_t> y(5, SENTINEL);
+      const Image src = {size.w, size.h, nullptr};
+      Image32 destX = imageOver(x, size.w, size.h);
+      Image32 destY = imageOver(y, size.w, size.h);
+      op(&src, &destX, &destY);
+      EXPECT_EQ(x, std::vector<int32_t>(5, SENTINEL)) << size.w << " x " << size.h;
+      EXPECT_EQ(y, x) << size.w << " x " << size.h;
+    }
+  }
+}
+
 TEST(GradientOperators, areZero_onFlatFrame) {
   for (auto [w, h] : oddSizes()) {
     for (auto op : OPERATORS) {

@@ -105,6 +105,16 @@ TEST(CheckPillarBar, comparesColumnWithTheNext) {
   }
 }
 
+TEST(CheckPillarBar, looksAtEveryRowOfBothHalves) {
+  for (int row = 0; row < 8; ++row) {
+    LumaFrame frame = frameOf(16, 8, [](int, int y) { return 20 * y; });
+    frame.at(5, row) = 255;
+    for (int column = 0; column < 15; ++column) {
+      EXPECT_EQ(isBar(frame, column), column == 4 || column == 5 ? 0 : 1) << column << " " << row;
+    }
+  }
+}
+
 TEST(CheckPillarBar, leavesOutMiddleRow_ofOddHeight) {
   LumaFrame frame(4, 5, 50);
   frame.at(1, 2) = 0;

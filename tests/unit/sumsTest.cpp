@@ -182,7 +182,8 @@ TEST(BlockSums, totalsStrips_ifABlockIsAsWideAsTheSource) {
 
 // Every block by itself, on copies that end with the last sample of the last block.
 TEST(BlockSums, isTheTotalOfEachBlock_andReadsNothingBeyondTheLast) {
-  const FrameSize blocks[] = {{1, 1}, {3, 2}, {2, 5}, {8, 8}, {16, 16}, {7, 1}, {1, 9}};
+  const FrameSize blocks[] = {{1, 1}, {3, 2}, {2, 5}, {8, 8}, {16, 16},
+                              {7, 1}, {1, 9}, {8, 5}, {5, 8}};
   for (auto [w, h] : oddSizes()) {
     for (auto [blockW, blockH] : blocks) {
       const uint64_t blocksX = w / blockW, blocksY = h / blockH;
@@ -330,6 +331,14 @@ TEST(Integrate, doesNothing_withoutColumns) {
   SUCCEED() << "an access would have been one through a null pointer";
 }
 
+TEST(Integrate, doesNothing_withoutRows) {
+  std::vector<int32_t> integral(2, -7);
+  const Image src = {2, 0, nullptr};
+  Image32 dest = imageOver(integral, 2, 0);
+  integrate(&src, &dest);
+  EXPECT_EQ((std::vector<int32_t>{-7, -7}), integral);
+}
+
 TEST(Integrate, writesTheFirstRowOnly_ifThatIsAll) {
   std::vector<uint8_t> frame = {4, 5, 6, 7};
   std::vector<int32_t> integral(4, -7);
@@ -469,4 +478,16 @@ TEST(BlockSumsInteg, leavesTheOutput_ifThatIsEmpty) {
   blockSumsInteg2(&src2, &noColumns, 2, 2);
   blockSumsInteg2(&src2, &noRows, 2, 2);
   SUCCEED() << "an access would have been one through a null pointer";
+}
+
+TEST(BlockSumsInteg, leavesTheOutput_ifBlocksAreEmpty) {
+  const Image32 src = {4, 4, nullptr};
+  const Image src2 = {4, 4, nullptr};
+  std::vector<int32_t> sums(4, -7);
+  Image32 dest = imageOver(sums, 2, 2);
+  for (auto [blockW, blockH] : {FrameSize{0, 2}, FrameSize{2, 0}, FrameSize{0, 0}}) {
+    blockSumsInteg(&src, &dest, blockW, blockH);
+    blockSumsInteg2(&src2, &dest, blockW, blockH);
+    EXPECT_EQ(std::vector<int32_t>(4, -7), sums) << blockW << " x " << blockH;
+  }
 }
