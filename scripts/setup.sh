@@ -6,16 +6,16 @@
 #   video   decode video files
 #   bench   measure it (includes the first two)
 #   test    build and run all tests (includes the three above)
-#   long    run the long tiers: fuzzing, mutation, coverage (includes all others)
+#   long    run the long tiers: fuzzing, coverage (includes all others)
 set -euo pipefail
 
 build='g++ cmake ninja-build'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
 test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
-test+=' g++-aarch64-linux-gnu qemu-user'
+test+=' g++-aarch64-linux-gnu qemu-user python3'
 # shellcheck disable=SC2034  # read by its name
-long="$test libclang-rt-14-dev python3 gcovr"
+long="$test libclang-rt-14-dev gcovr"
 
 wanted=
 for group in "$@"; do
