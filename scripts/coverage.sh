@@ -16,7 +16,8 @@ cmake --preset coverage > /dev/null
 cmake --build --preset coverage
 # Counters add up from run to run, and those of sources that were built anew do not fit.
 find build/coverage -name '*.gcda' -delete
-ctest --preset coverage --no-tests=error -j "$(nproc)" --progress
+# One test runs the program as a user who may not write counters, which then says so among its messages.
+ctest --preset coverage --no-tests=error -j "$(nproc)" --progress -E whenTheUserMayHaveNoThreads
 
 count() { gcovr --root . --filter src/ --exclude-throw-branches "$@" build/coverage; }
 count --json build/coverage/counts.json
