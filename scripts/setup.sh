@@ -3,16 +3,18 @@
 #
 # usage: scripts/setup.sh GROUP...
 #   build   compile the analyser
+#   scan    compile lumascan as well (includes the first)
 #   video   decode video files
-#   bench   measure it (includes the first two)
-#   test    build and run all tests (includes the three above)
+#   bench   measure it (includes build and video)
+#   test    build and run all tests (includes all above)
 #   long    run the long tiers: fuzzing, coverage (includes all others)
 set -euo pipefail
 
 build='g++ cmake ninja-build'
+scan="$build pkg-config libavformat-dev libavcodec-dev libavutil-dev libswscale-dev"
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
-test="$bench libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
+test="$bench $scan libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
 test+=' g++-aarch64-linux-gnu qemu-user python3'
 # shellcheck disable=SC2034  # read by its name
 long="$test libclang-rt-14-dev gcovr"
@@ -20,9 +22,9 @@ long="$test libclang-rt-14-dev gcovr"
 wanted=
 for group in "$@"; do
   case $group in
-    build | video | bench | test | long) wanted+=" ${!group}" ;;
+    build | scan | video | bench | test | long) wanted+=" ${!group}" ;;
     *)
-      echo "setup.sh: unknown group \"$group\": build, video, bench, test and long are known" >&2
+      echo "setup.sh: unknown group \"$group\": build, scan, video, bench, test and long are known" >&2
       exit 2
       ;;
   esac

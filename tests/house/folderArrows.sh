@@ -1,6 +1,6 @@
 #!/bin/sh
-# Includes point one way: driver -> indicators -> definitions. A folder names only itself and what
-# stands after it.
+# Includes point one way: scan -> driver -> indicators -> definitions. A folder names only itself and
+# what stands after it.
 set -eu
 cd "$1/src"
 status=0
@@ -12,8 +12,9 @@ forbid() {
     status=1
   fi
 }
-forbid definitions 'indicators|driver'
-forbid indicators 'driver'
+forbid definitions 'indicators|driver|scan'
+forbid indicators 'driver|scan'
+forbid driver 'scan'
 
 # The schedule of one frame knows neither files nor printing.
 if grep -nE '<cstdio>|<iostream>|videoInput|reportOutput|commandLine' driver/frameAnalysis.*; then

@@ -2,6 +2,6 @@
 # Every header compiles without another one before it.
 set -eu
 cd "$1"
-find src tools tests -name '*.h' | while read -r header; do
-  g++ -std=c++17 -fsyntax-only -Wall -Wextra -Isrc -Itests -x c++ "$header"
+find src scan tools tests -name '*.h' | while read -r header; do
+  g++ -std=c++17 -fsyntax-only -Wall -Wextra -I. -Isrc -Itests -x c++ "$header"
 done

@@ -3,4 +3,4 @@
 set -eu
 cd "$1"
 # Sources that are no target of this build are not in its compile database.
-find src tools bench tests -name '*.cpp' -print0 | xargs -0 -P 2 -n 4 clang-tidy --quiet -p "$2"
+find src scan tools bench tests -name '*.cpp' -print0 | xargs -0 -P 2 -n 4 clang-tidy --quiet -p "$2"

@@ -1,0 +1,33 @@
+// FFmpeg's libraries for C++: their headers, owners of what they allocate, their words for errors.
+#ifndef LUMASCAN_FFMPEG_H
+#define LUMASCAN_FFMPEG_H
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+#include <libswscale/swscale.h>
+}
+
+#include <memory>
+#include <string>
+
+struct FfmpegDeleter {
+  void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+  void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
+  void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+  void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+  void operator()(SwsContext* context) const { sws_freeContext(context); }
+};
+
+template <typename T>
+using FfmpegOwner = std::unique_ptr<T, FfmpegDeleter>;
+
+inline std::string ffmpegError(int code) {
+  char text[AV_ERROR_MAX_STRING_SIZE] = {};
+  av_strerror(code, text, sizeof text);
+  return text;
+}
+
+#endif

@@ -1,0 +1,287 @@
+// Frames of files of many kinds against those that the ffmpeg program decodes from them.
+#include "scan/videoReader.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <vector>
+
+#include "scan/luma.h"
+#include "support/runProgram.h"
+
+// FFmpeg's own threads are not compiled for the thread sanitizer, which cannot see how they take
+// turns.
+extern "C" const char* __tsan_default_suppressions() {
+  return "called_from_lib:libavcodec\ncalled_from_lib:libavutil\n";
+}
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+void ffmpeg(const TemporaryDirectory& directory, const Arguments& arguments) {
+  Arguments all = {"-nostdin", "-v", "error", "-y"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  const ProgramRun run = runProgram("/usr/bin/ffmpeg", all, directory.path);
+  ASSERT_EQ(run.status, 0) << run.err;
+}
+
+// A clip of FFmpeg's moving test picture, 25 frames in a second, encoded as `encoding` says.
+constexpr const char* SOURCE = "testsrc2=size=128x80:rate=25:duration=1";
+
+void makeClip(const TemporaryDirectory& directory, const std::string& name,
+              const Arguments& encoding, const std::string& source = SOURCE) {
+  Arguments all = {"-f", "lavfi", "-i", source};
+  all.insert(all.end(), encoding.begin(), encoding.end());
+  all.push_back(name);
+  ffmpeg(directory, all);
+}
+
+struct Reading {
+  std::string openError;
+  std::string readError;
+  std::string luma;  // of all frames, one after the other
+  std::vector<double> times;
+  int64_t decodeErrors = 0;
+  int corrupt = 0;
+};
+
+Reading readAll(const std::string& path, int threads = 1) {
+  av_log_set_level(AV_LOG_QUIET);
+  Reading reading;
+  VideoReader reader;
+  reading.openError = openVideo(path, threads, &reader);
+  if (!reading.openError.empty()) return reading;
+  LumaConverter converter;
+  while (readFrame(&reader, &reading.readError) == ReadResult::FRAME) {
+    const AVFrame& picture = *reader.picture;
+    std::vector<uint8_t> luma(static_cast<size_t>(picture.width) *
+                              static_cast<size_t>(picture.height));
+    EXPECT_TRUE(convertToLuma(&picture, &converter, luma.data()));
+    reading.luma.append(luma.begin(), luma.end());
+    reading.times.push_back(presentationTime(reader));
+    reading.corrupt += isCorrupt(picture) ? 1 : 0;
+  }
+  reading.decodeErrors = reader.decodeErrors;
+  return reading;
+}
+
+// The luma of all frames of a clip of w x h, as the program decodes it.
+std::string lumaByProgram(const TemporaryDirectory& directory, const std::string& name, size_t w,
+                          size_t h) {
+  ffmpeg(directory,
+         {"-flags", "output_corrupt", "-noautorotate", "-i", name, "-map", "0:v:0", "-fps_mode",
+          "passthrough", "-pix_fmt", "yuv420p", "-f", "rawvideo", "decoded.yuv"});
+  const std::string all = readFile(directory.path + "/decoded.yuv");
+  const size_t frame = w * h + 2 * ((w + 1) / 2) * ((h + 1) / 2);
+  std::string luma;
+  for (size_t start = 0; start + frame <= all.size(); start += frame) {
+    luma += all.substr(start, w * h);
+  }
+  return luma;
+}
+
+void expectFrames(const TemporaryDirectory& directory, const std::string& name, size_t frames,
+                  size_t w = 128, size_t h = 80) {
+  const std::string expected = lumaByProgram(directory, name, w, h);
+  ASSERT_EQ(expected.size(), frames * w * h);
+  for (const int threads : {1, 0}) {
+    SCOPED_TRACE(threads);
+    const Reading reading = readAll(directory.path + "/" + name, threads);
+    EXPECT_EQ(reading.openError, "");
+    EXPECT_EQ(reading.readError, "");
+    EXPECT_EQ(reading.decodeErrors, 0);
+    EXPECT_EQ(reading.corrupt, 0);
+    ASSERT_EQ(reading.times.size(), frames);
+    EXPECT_TRUE(reading.luma == expected);
+  }
+}
+
+std::string openError(const std::string& path) {
+  return readAll(path).openError;
+}
+
+}  // namespace
+
+TEST(VideoReader, givesTheFramesOfMPEG4InAVI) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mpeg4", "-q:v", "5"});
+  expectFrames(directory, "clip.avi", 25);
+}
+
+TEST(VideoReader, givesTheFramesOfH264InTheOrderOfTheirDisplay) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mp4", {"-c:v", "libx264", "-bf", "3", "-pix_fmt", "yuv420p"});
+  expectFrames(directory, "clip.mp4", 25);
+  const Reading reading = readAll(directory.path + "/clip.mp4");
+  for (size_t k = 0; k < reading.times.size(); ++k) {
+    EXPECT_NEAR(reading.times[k], static_cast<double>(k) / 25.0, 1e-9);
+  }
+}
+
+TEST(VideoReader, givesTheFramesOfVP9InWebM) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.webm", {"-c:v", "libvpx-vp9", "-deadline", "realtime", "-b:v", "300k"});
+  expectFrames(directory, "clip.webm", 25);
+}
+
+TEST(VideoReader, givesLumaOfAnyChromaFormatAndOddSizes) {
+  const TemporaryDirectory directory;
+  for (const char* const format : {"yuv420p", "yuv422p", "yuv444p", "yuva420p"}) {
+    SCOPED_TRACE(format);
+    makeClip(directory, "clip.mkv", {"-c:v", "ffv1", "-pix_fmt", format},
+             "testsrc=size=33x17:rate=25:duration=0.2");
+    expectFrames(directory, "clip.mkv", 5, 33, 17);
+  }
+}
+
+TEST(VideoReader, givesLumaOfRGBAndGreyAsTheProgramConvertsIt) {
+  const TemporaryDirectory directory;
+  for (const char* const format : {"bgr0", "gray"}) {
+    SCOPED_TRACE(format);
+    makeClip(directory, "clip.mkv", {"-c:v", "ffv1", "-pix_fmt", format});
+    ffmpeg(directory, {"-i", "clip.mkv", "-sws_flags", "bicubic+accurate_rnd+bitexact",
+                       "-sws_dither", "none", "-pix_fmt", "yuv420p", "-c:v", "ffv1", "same.mkv"});
+    const Reading reading = readAll(directory.path + "/clip.mkv");
+    EXPECT_EQ(reading.times.size(), 25u);
+    EXPECT_TRUE(reading.luma == lumaByProgram(directory, "same.mkv", 128, 80));
+  }
+}
+
+TEST(VideoReader, takesTheTimesOfVariableFrameRate) {
+  const TemporaryDirectory directory;
+  // Every frame is shown for as many fortieths of a second as its number says, starting with one.
+  makeClip(directory, "clip.mkv",
+           {"-vf", "settb=1/1000,setpts=25*N*(N+1)/2", "-fps_mode", "passthrough", "-enc_time_base",
+            "1:1000", "-c:v", "ffv1"},
+           "testsrc2=size=64x64:rate=25:duration=0.4");
+  const Reading reading = readAll(directory.path + "/clip.mkv");
+  ASSERT_EQ(reading.times.size(), 10u);
+  for (int k = 0; k < 10; ++k) {
+    EXPECT_NEAR(reading.times[static_cast<size_t>(k)], k * (k + 1) / 80.0, 0.0011) << k;
+  }
+}
+
+TEST(VideoReader, knowsTheAverageFrameRate) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mkv", {"-c:v", "ffv1"},
+           "testsrc2=size=64x64:rate=30000/1001:duration=1");
+  VideoReader reader;
+  ASSERT_EQ(openVideo(directory.path + "/clip.mkv", 1, &reader), "");
+  EXPECT_NEAR(averageFrameRate(reader), 30000.0 / 1001.0, 1e-6);
+}
+
+TEST(VideoReader, choosesTheVideoAmongOtherStreams) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "cover.png", {"-frames:v", "1"}, "testsrc2=size=640x480");
+  makeClip(directory, "clip.mp4",
+           {"-f",
+            "lavfi",
+            "-i",
+            "sine=duration=1",
+            "-i",
+            "cover.png",
+            "-map",
+            "2",
+            "-map",
+            "1",
+            "-map",
+            "0",
+            "-c:v:0",
+            "png",
+            "-disposition:v:0",
+            "attached_pic",
+            "-c:v:1",
+            "mpeg4",
+            "-c:a",
+            "aac"});
+  const Reading reading = readAll(directory.path + "/clip.mp4");
+  EXPECT_EQ(reading.openError, "");
+  EXPECT_EQ(reading.times.size(), 25u);
+  EXPECT_EQ(reading.luma.size(), 25u * 128 * 80);
+}
+
+TEST(VideoReader, saysWhyThereIsNothingToRead) {
+  const TemporaryDirectory directory;
+  EXPECT_EQ(openError(directory.path + "/missing.mp4"), "No such file or directory");
+  writeFile(directory.path + "/notes.mp4", "no video at all, whatever its name says\n");
+  EXPECT_EQ(openError(directory.path + "/notes.mp4"), "Invalid data found when processing input");
+  writeFile(directory.path + "/empty.mp4", "");
+  EXPECT_EQ(openError(directory.path + "/empty.mp4"), "Invalid data found when processing input");
+  ffmpeg(directory, {"-f", "lavfi", "-i", "sine=duration=1", "sound.wav"});
+  EXPECT_EQ(openError(directory.path + "/sound.wav"), "there is no video in it");
+  makeClip(directory, "cover.png", {"-frames:v", "1"});
+  ffmpeg(directory, {"-i", "sound.wav", "-i", "cover.png", "-map", "0", "-map", "1", "-c:v", "copy",
+                     "cover.mp3"});
+  EXPECT_EQ(openError(directory.path + "/cover.mp3"), "there is no video in it");
+}
+
+TEST(VideoReader, takesNamesThatLookLikeAddresses) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mpeg4"});
+  std::filesystem::current_path(directory.path);
+  for (const char* const name : {"http:clip,%d \"1\"\n.avi", "-", "pipe:0", "concat:a|b"}) {
+    std::filesystem::rename("clip.avi", name);
+    EXPECT_EQ(readAll(name).times.size(), 25u) << name;
+    std::filesystem::rename(name, "clip.avi");
+  }
+  std::filesystem::current_path("/");
+}
+
+TEST(VideoReader, givesWhatIsLeftOfATruncatedFile) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mpeg4", "-g", "5"});
+  const std::string whole = readFile(directory.path + "/clip.avi");
+  size_t frames = 0;
+  for (size_t tenth = 1; tenth <= 10; ++tenth) {
+    writeFile(directory.path + "/part.avi", whole.substr(0, whole.size() * tenth / 10));
+    const Reading reading = readAll(directory.path + "/part.avi");
+    EXPECT_GE(reading.times.size(), frames) << tenth;
+    frames = reading.times.size();
+  }
+  EXPECT_EQ(frames, 25u);
+}
+
+TEST(VideoReader, goesOnBehindDamage) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mpeg4", "-g", "5"});
+  std::string bytes = readFile(directory.path + "/clip.avi");
+  for (size_t at = bytes.size() / 3; at < bytes.size() / 2; at += 97) bytes[at] = 'x';
+  writeFile(directory.path + "/damaged.avi", bytes);
+  const Reading reading = readAll(directory.path + "/damaged.avi");
+  EXPECT_EQ(reading.openError, "");
+  EXPECT_GT(reading.times.size(), 15u);
+  EXPECT_GT(reading.corrupt + reading.decodeErrors, 0);
+}
+
+TEST(VideoReader, passesOverPicturesThatTheDecoderRefuses) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "png"});
+  std::string bytes = readFile(directory.path + "/clip.avi");
+  int pictures = 0;
+  for (size_t at = 0; (at = bytes.find("\x89PNG", at)) != std::string::npos; ++at) {
+    if (pictures++ % 5 == 2) bytes[at] = 'x';
+  }
+  ASSERT_EQ(pictures, 25);
+  writeFile(directory.path + "/damaged.avi", bytes);
+  for (const int threads : {1, 0}) {
+    const Reading reading = readAll(directory.path + "/damaged.avi", threads);
+    // A picture without its first byte takes the one behind it along.
+    EXPECT_EQ(reading.times.size(), 15u);
+    EXPECT_EQ(reading.decodeErrors, 5);
+    EXPECT_EQ(reading.readError, "");
+  }
+}
+
+TEST(VideoReader, givesAndMarksFramesWhoseReferencesAreMissing) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.ts",
+           {"-c:v", "libx264", "-g", "10", "-bf", "0", "-pix_fmt", "yuv420p"});
+  // Without the first three packets the stream starts with seven frames that refer to them.
+  ffmpeg(directory, {"-i", "clip.ts", "-c", "copy", "-bsf:v", "noise=drop=lt(n\\,3)", "cut.ts"});
+  const Reading reading = readAll(directory.path + "/cut.ts");
+  EXPECT_EQ(reading.times.size(), 22u);
+  EXPECT_EQ(reading.corrupt, 7);
+  EXPECT_TRUE(reading.luma == lumaByProgram(directory, "cut.ts", 128, 80));
+}
