@@ -5,6 +5,7 @@
 
 namespace {
 
+constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
 constexpr double USUAL_FRAME_RATE = 25.0;  // frames per second
 // Errors in a row, once all packets are sent, at which the decoder is taken to be at its end. It
 // holds back fewer pictures than this.
@@ -100,8 +101,14 @@ ReadResult readFrame(VideoReader* reader, std::string* error) {
 
 double presentationTime(const VideoReader& reader) {
   const int64_t timestamp = reader.picture->best_effort_timestamp;
-  if (timestamp == AV_NOPTS_VALUE) return std::numeric_limits<double>::quiet_NaN();
+  if (timestamp == AV_NOPTS_VALUE) return UNKNOWN;
   return static_cast<double>(timestamp) * av_q2d(streamOf(reader).time_base);
+}
+
+double presentationDuration(const VideoReader& reader) {
+  const int64_t duration = reader.picture->pkt_duration;
+  if (duration <= 0) return UNKNOWN;
+  return static_cast<double>(duration) * av_q2d(streamOf(reader).time_base);
 }
 
 bool isCorrupt(const AVFrame& picture) {

@@ -34,6 +34,9 @@ ReadResult readFrame(VideoReader* reader, std::string* error);
 // none.
 double presentationTime(const VideoReader& reader);
 
+// Seconds for which the picture is shown; NaN when the file does not say.
+double presentationDuration(const VideoReader& reader);
+
 // Whether the decoder found damage in the picture.
 bool isCorrupt(const AVFrame& picture);
 

@@ -37,17 +37,26 @@ FILE* openReport() {
   return std::fopen("metricsResultsCSV.csv", "w");
 }
 
+void printReportHeader(FILE* report) {
+  std::fwrite(REPORT_HEADER, 1, sizeof REPORT_HEADER - 1, report);
+}
+
+void printReportRow(FILE* report, int32_t frame, const FrameResults& spatial,
+                    const TemporalResults& temporal) {
+  printRow(report, REPORT_ROW, frame, spatial, temporal);
+}
+
 void printHeaders(FILE* report) {
   std::puts(CONSOLE_HEADER);
   if (report == nullptr) {
     std::puts("\n\n Could not create a log file\n");
   } else {
-    std::fwrite(REPORT_HEADER, 1, sizeof REPORT_HEADER - 1, report);
+    printReportHeader(report);
   }
 }
 
 void printRows(FILE* report, int32_t frame, const FrameResults& spatial,
                const TemporalResults& temporal) {
   printRow(stdout, CONSOLE_ROW, frame, spatial, temporal);
-  if (report != nullptr) printRow(report, REPORT_ROW, frame, spatial, temporal);
+  if (report != nullptr) printReportRow(report, frame, spatial, temporal);
 }

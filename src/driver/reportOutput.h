@@ -12,6 +12,11 @@
 // Creates "metricsResultsCSV.csv" in the current directory, or empties it; null when that fails.
 FILE* openReport();
 
+// The header and a row of the report alone.
+void printReportHeader(FILE* report);
+void printReportRow(FILE* report, int32_t frame, const FrameResults& spatial,
+                    const TemporalResults& temporal);
+
 // Both headers. Without a report (null) says so on standard output instead.
 void printHeaders(FILE* report);
 

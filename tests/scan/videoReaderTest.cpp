@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <vector>
 
+#include "clips.h"
 #include "scan/luma.h"
-#include "support/runProgram.h"
 
 // FFmpeg's own threads are not compiled for the thread sanitizer, which cannot see how they take
 // turns.
@@ -17,26 +17,6 @@ extern "C" const char* __tsan_default_suppressions() {
 }
 
 namespace {
-
-using Arguments = std::vector<std::string>;
-
-void ffmpeg(const TemporaryDirectory& directory, const Arguments& arguments) {
-  Arguments all = {"-nostdin", "-v", "error", "-y"};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  const ProgramRun run = runProgram("/usr/bin/ffmpeg", all, directory.path);
-  ASSERT_EQ(run.status, 0) << run.err;
-}
-
-// A clip of FFmpeg's moving test picture, 25 frames in a second, encoded as `encoding` says.
-constexpr const char* SOURCE = "testsrc2=size=128x80:rate=25:duration=1";
-
-void makeClip(const TemporaryDirectory& directory, const std::string& name,
-              const Arguments& encoding, const std::string& source = SOURCE) {
-  Arguments all = {"-f", "lavfi", "-i", source};
-  all.insert(all.end(), encoding.begin(), encoding.end());
-  all.push_back(name);
-  ffmpeg(directory, all);
-}
 
 struct Reading {
   std::string openError;
@@ -65,21 +45,6 @@ Reading readAll(const std::string& path, int threads = 1) {
   }
   reading.decodeErrors = reader.decodeErrors;
   return reading;
-}
-
-// The luma of all frames of a clip of w x h, as the program decodes it.
-std::string lumaByProgram(const TemporaryDirectory& directory, const std::string& name, size_t w,
-                          size_t h) {
-  ffmpeg(directory,
-         {"-flags", "output_corrupt", "-noautorotate", "-i", name, "-map", "0:v:0", "-fps_mode",
-          "passthrough", "-pix_fmt", "yuv420p", "-f", "rawvideo", "decoded.yuv"});
-  const std::string all = readFile(directory.path + "/decoded.yuv");
-  const size_t frame = w * h + 2 * ((w + 1) / 2) * ((h + 1) / 2);
-  std::string luma;
-  for (size_t start = 0; start + frame <= all.size(); start += frame) {
-    luma += all.substr(start, w * h);
-  }
-  return luma;
 }
 
 void expectFrames(const TemporaryDirectory& directory, const std::string& name, size_t frames,
