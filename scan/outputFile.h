@@ -1,0 +1,27 @@
+// Files that appear under their name only when they are whole.
+#ifndef LUMASCAN_OUTPUT_FILE_H
+#define LUMASCAN_OUTPUT_FILE_H
+
+#include <cstdio>
+#include <string>
+
+// Written beside its name, with ".part" and the process's number behind it.
+struct OutputFile {
+  FILE* stream;
+  std::string path;
+  std::string temporaryPath;
+};
+
+// Starts a file. False, with errno set, when it cannot be created.
+bool openOutput(const std::string& path, OutputFile* file);
+
+// Sees that all is on the disk, then gives the file its name, in place of what had it before.
+// False, with errno set, when a write to the stream (EIO) or a step here has failed: there is no
+// trace of the file then, and what had its name is still there. The folder is seen to last; when
+// that fails, the file is in place but may not outlive a loss of power.
+bool commitOutput(OutputFile* file);
+
+// Gives the file up. Nothing is left of it.
+void discardOutput(OutputFile* file);
+
+#endif
