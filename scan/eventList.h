@@ -1,0 +1,26 @@
+// Events as files have them.
+#ifndef LUMASCAN_EVENT_LIST_H
+#define LUMASCAN_EVENT_LIST_H
+
+#include <cstdio>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "scan/event.h"
+
+// Seconds from the event's start to its end; NaN: unknown.
+double durationOf(const Event& event);
+
+// An array with an object for every event, as docs/results.md has it. NaN is null.
+nlohmann::ordered_json eventsJson(const std::vector<Event>& events);
+
+// The names of an event's columns, and their texts, separated by commas; neither ends the line.
+extern const char* const EVENT_COLUMNS;
+std::string eventColumns(const Event& event);
+
+// RFC 4180: a header, then one row per event, CR LF behind each. Numbers as shortestText() has
+// them, NaN empty; flags are 0 or 1.
+void writeEventsCsv(const std::vector<Event>& events, FILE* out);
+
+#endif

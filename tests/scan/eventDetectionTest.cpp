@@ -1,0 +1,426 @@
+// Events of small tables of frames, each a tenth of a second long.
+#include "scan/eventDetection.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+
+#include "tables.h"
+
+namespace {
+
+using Values = std::vector<double>;
+
+const double NONE = std::nan("");
+constexpr StreamFindings WHOLE = {10.0, false, false};
+
+// Levels that are easy to compute with; all other types are off.
+Thresholds only(const std::string& type, double enter, double leave, double minSeconds) {
+  Thresholds thresholds = DEFAULT_THRESHOLDS;
+  for (Threshold& threshold : thresholds) threshold.isEnabled = false;
+  Threshold& threshold = thresholds.at(eventTypeNamed(type));
+  threshold.enter = enter;
+  threshold.leave = leave;
+  threshold.minSeconds = minSeconds;
+  threshold.isEnabled = true;
+  if (!std::isnan(threshold.mad)) threshold.mad = 0.0;
+  return thresholds;
+}
+
+Thresholds only(const std::string& type) {
+  Thresholds thresholds = only(type, 0.0, 0.0, 0.0);
+  thresholds.at(eventTypeNamed(type)) = DEFAULT_THRESHOLDS.at(eventTypeNamed(type));
+  return thresholds;
+}
+
+// "first-last" of every event.
+std::string stretches(const std::vector<Event>& events) {
+  std::string text;
+  for (const Event& event : events) {
+    if (!text.empty()) text += ' ';
+    text += std::to_string(event.firstFrame) + '-' + std::to_string(event.lastFrame);
+  }
+  return text;
+}
+
+// Of blur, which is worse above, from 8 on and until below 6.
+std::string blurStretches(const Values& values, double minSeconds) {
+  return stretches(detectEvents(tableOf("blur", values), only("blur", 8, 6, minSeconds), WHOLE));
+}
+
+}  // namespace
+
+TEST(Stretches, beginAtTheThreshold_andEndBelowTheOtherOne) {
+  EXPECT_EQ(blurStretches({1, 7.9, 8, 6, 7, 5.9, 1}, 0), "2-4");
+  EXPECT_EQ(blurStretches({1, 6, 7, 7.9, 1}, 0), "");
+  EXPECT_EQ(blurStretches({8, 1, 9, 7, 1, 8}, 0), "0-0 2-3 5-5");
+}
+
+TEST(Stretches, ofLowValuesAreTheSameTheOtherWayRound) {
+  const FrameTable table = tableOf("contrast", {60, 21, 20, 30, 29, 31, 60});
+  EXPECT_EQ(stretches(detectEvents(table, only("low_contrast", 20, 30, 0), WHOLE)), "2-4");
+}
+
+TEST(Stretches, areEventsWhenTheThresholdIsHeldForLongEnough) {
+  // Three frames take 0.3 s. What lies between the two levels does not help a run to begin.
+  EXPECT_EQ(blurStretches({1, 8, 8, 8, 1}, 0.3), "1-3");
+  EXPECT_EQ(blurStretches({1, 8, 8, 1}, 0.3), "");
+  EXPECT_EQ(blurStretches({1, 8, 8, 7, 8, 8, 1}, 0.3), "");
+  EXPECT_EQ(blurStretches({1, 8, 8, 7, 8, 8, 8, 7, 1}, 0.3), "4-7");
+}
+
+TEST(Stretches, ofOneFrameAreFound_whenNoTimeIsAsked) {
+  EXPECT_EQ(blurStretches({1, 8, 1}, 0), "1-1");
+  EXPECT_EQ(blurStretches({8}, 0), "0-0");
+}
+
+TEST(Stretches, endWithTheFile) {
+  const std::vector<Event> events =
+      detectEvents(tableOf("blur", {9, 9, 1, 9, 9}), only("blur", 8, 6, 0), WHOLE);
+  ASSERT_EQ(stretches(events), "0-1 3-4");
+  EXPECT_TRUE(events[0].isAtStart);
+  EXPECT_FALSE(events[0].isAtEnd);
+  EXPECT_FALSE(events[1].isAtStart);
+  EXPECT_TRUE(events[1].isAtEnd);
+}
+
+TEST(Stretches, endWhereAValueIsUndefined) {
+  EXPECT_EQ(blurStretches({9, 9, NONE, 9, NONE, NONE}, 0), "0-1 3-3");
+  EXPECT_EQ(blurStretches({9, 9, NONE, 9, 9}, 0.4), "");
+}
+
+TEST(Stretches, knowTheirWorstFrame_theFirstOfEquals) {
+  const std::vector<Event> high =
+      detectEvents(tableOf("blur", {1, 8, 11, 9, 11, 1}), only("blur", 8, 6, 0), WHOLE);
+  ASSERT_EQ(high.size(), 1u);
+  EXPECT_EQ(high[0].peakFrame, 2);
+  EXPECT_EQ(high[0].peakValue, 11.0);
+  EXPECT_EQ(high[0].threshold, 8.0);
+  const std::vector<Event> low =
+      detectEvents(tableOf("contrast", {60, 9, 5, 7, 5}), only("low_contrast", 9, 9, 0), WHOLE);
+  ASSERT_EQ(low.size(), 1u);
+  EXPECT_EQ(low[0].peakFrame, 2);
+  EXPECT_EQ(low[0].peakValue, 5.0);
+}
+
+TEST(Stretches, tellWhenTheyAreShown) {
+  FrameTable table = tableOf("blur", {1, 9, 9, 1});
+  table.firstFrame = 100;
+  table.time = {20.0, 20.5, 20.6, 20.7};
+  const Event event = detectEvents(table, only("blur", 8, 6, 0), WHOLE).at(0);
+  EXPECT_EQ(event.id, 1);
+  EXPECT_EQ(event.type, "blur");
+  EXPECT_EQ(event.severity, Severity::WARN);
+  EXPECT_EQ(event.firstFrame, 101);
+  EXPECT_EQ(event.lastFrame, 102);
+  EXPECT_EQ(event.peakFrame, 101);
+  EXPECT_DOUBLE_EQ(event.startTime, 20.5);
+  EXPECT_DOUBLE_EQ(event.endTime, 20.7);
+}
+
+TEST(Stretches, areMeasuredInPresentationTime_notInFrames) {
+  // Two frames that stay for 0.5 s each.
+  FrameTable table = tableOf("blur", {1, 9, 9, 1});
+  table.time = {0.0, 0.1, 0.6, 1.1};
+  table.duration = {0.1, 0.5, 0.5, 0.1};
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 1.0), WHOLE)), "1-2");
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 1.1), WHOLE)), "");
+}
+
+TEST(Stretches, areLongEnough_whenTimesAreRoundedToMilliseconds) {
+  // Fifteen of thirty frames a second take half a second; 0.033 * 15 would not.
+  FrameTable table = tableOf("blur", Values(15, 9.0));
+  for (size_t i = 0; i < 15; ++i) {
+    table.time[i] = std::round(static_cast<double>(i) / 30 * 1000) / 1000;
+    table.duration[i] = 0.033;
+  }
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.5), WHOLE)), "0-14");
+}
+
+TEST(Stretches, areSpacedByTheFrameRate_whenTimesAreUnknown) {
+  FrameTable table = tableOf("blur", {1, 9, 9, 1});
+  table.time.assign(4, NONE);
+  table.duration.assign(4, NONE);
+  const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0.5), {4, false, false});
+  ASSERT_EQ(stretches(events), "1-2");
+  EXPECT_EQ(events[0].startTime, 0.25);
+  EXPECT_EQ(events[0].endTime, 0.75);
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.6), {4, false, false})), "");
+}
+
+TEST(Stretches, areAlwaysLongEnough_whenTimesAndRateAreUnknown) {
+  FrameTable table = tableOf("blur", {1, 9, 9, 1});
+  table.time.assign(4, NONE);
+  table.duration.assign(4, NONE);
+  const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 5.0), {0, false, false});
+  ASSERT_EQ(stretches(events), "1-2");
+  EXPECT_TRUE(std::isnan(events[0].startTime));
+  EXPECT_TRUE(std::isnan(events[0].endTime));
+}
+
+TEST(Stretches, areNotShortened_byTimestampsThatJumpBack) {
+  FrameTable table = tableOf("blur", {9, 9, 9, 9});
+  table.time = {5.0, 5.1, 0.0, 0.1};
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.4), WHOLE)), "0-3");
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.5), WHOLE)), "");
+}
+
+TEST(Stretches, ofUniformFramesAreBlackOnes_andNothingElse) {
+  FrameTable table = tableOf("letterbox", {0, 1, 1, 0.5, 0});
+  column(&table, "blackout") = {0, 1, 1, 0, 0};
+  Thresholds thresholds = only("letterbox", 0.1, 0.1, 0);
+  thresholds.at(eventTypeNamed("black")).isEnabled = true;
+  thresholds.at(eventTypeNamed("black")).minSeconds = 0.2;
+  const std::vector<Event> events = detectEvents(table, thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "1-2 3-3");
+  EXPECT_EQ(events[0].type, "black");
+  EXPECT_EQ(events[1].type, "letterbox");
+}
+
+TEST(RelativeLevels, followTheFilesOwnMedian) {
+  // Median 3; deviations 0 0 0 1 1 1 4 4, whose median is 1.
+  const Values values = {2, 3, 4, 7, 3, 2, 7, 3};
+  Thresholds thresholds = only("blur", 20, 10, 0);
+  thresholds.at(eventTypeNamed("blur")).mad = 3.0;
+  thresholds.at(eventTypeNamed("blur")).least = 0.5;
+  const std::vector<Event> events = detectEvents(tableOf("blur", values), thresholds, WHOLE);
+  // Three of them above the median: from 6 on.
+  ASSERT_EQ(stretches(events), "3-3 6-6");
+  EXPECT_EQ(events[0].threshold, 6.0);
+  thresholds.at(eventTypeNamed("blur")).mad = 4.5;  // from 7.5 on
+  EXPECT_EQ(stretches(detectEvents(tableOf("blur", values), thresholds, WHOLE)), "");
+}
+
+TEST(RelativeLevels, leaveAtThreeQuartersOfTheWay) {
+  // Median 1, all deviations 0: from 1 + 4 on, and down to 1 + 3.
+  Thresholds thresholds = only("blur", 20, 10, 0);
+  thresholds.at(eventTypeNamed("blur")).mad = 6.0;
+  thresholds.at(eventTypeNamed("blur")).least = 4.0;
+  const Values values = {1, 1, 1, 1, 1, 1, 1, 4.9, 5, 4, 3.9};
+  EXPECT_EQ(stretches(detectEvents(tableOf("blur", values), thresholds, WHOLE)), "8-9");
+}
+
+TEST(RelativeLevels, areUsedOnlyWhereTheyAreMetSooner) {
+  Thresholds thresholds = only("blur", 3, 2, 0);
+  thresholds.at(eventTypeNamed("blur")).mad = 6.0;
+  thresholds.at(eventTypeNamed("blur")).least = 4.0;
+  const std::vector<Event> events =
+      detectEvents(tableOf("blur", {1, 1, 1, 3, 2, 1}), thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "3-4");
+  EXPECT_EQ(events[0].threshold, 3.0);
+}
+
+TEST(RelativeLevels, lieBelowTheMedian_whereLowIsWorse) {
+  // Median 1, all deviations 0: from 1 - 0.4 on, and up to 1 - 0.3.
+  Thresholds thresholds = only("blockiness", 0.1, 0.2, 0);
+  thresholds.at(eventTypeNamed("blockiness")).mad = 6.0;
+  thresholds.at(eventTypeNamed("blockiness")).least = 0.4;
+  const Values values = {1, 1, 1, 1, 1, 1, 0.65, 0.59, 0.69, 0.71};
+  EXPECT_EQ(stretches(detectEvents(tableOf("blockiness", values), thresholds, WHOLE)), "7-8");
+}
+
+TEST(RelativeLevels, leaveOutUndefinedValues) {
+  Thresholds thresholds = only("blur", 20, 10, 0);
+  thresholds.at(eventTypeNamed("blur")).mad = 6.0;
+  thresholds.at(eventTypeNamed("blur")).least = 4.0;
+  const Values values = {NONE, NONE, NONE, NONE, 1, 1, 1, 5};
+  EXPECT_EQ(stretches(detectEvents(tableOf("blur", values), thresholds, WHOLE)), "7-7");
+  EXPECT_EQ(stretches(detectEvents(tableOf("blur", {NONE, NONE}), thresholds, WHOLE)), "");
+}
+
+TEST(Freeze, beginsWhereThePictureStopped) {
+  // At 25 frames per second the flag rises with the third still frame.
+  FrameTable table = tableOf("freezing", {NONE, 0, 0, 0, 0, 1, 1, 0});
+  column(&table, "temporal_activity") = {NONE, 9, 9, 1, 0, 0, 0, 9};
+  const std::vector<Event> events = detectEvents(table, only("freeze", 1, 1, 0), WHOLE);
+  ASSERT_EQ(stretches(events), "3-6");
+  EXPECT_EQ(events[0].peakFrame, 3);
+  EXPECT_EQ(events[0].peakValue, 1.0);
+}
+
+TEST(Freeze, goesBackToTheFirstComparisonOrToABlackPicture) {
+  FrameTable table = tableOf("freezing", {NONE, 0, 0, 1, 1});
+  column(&table, "temporal_activity") = {NONE, 0, 0, 0, 0};
+  EXPECT_EQ(stretches(detectEvents(table, only("freeze", 1, 1, 0), WHOLE)), "1-4");
+  // Still frames count from the second one behind a black one on: frame 1 is compared with black.
+  column(&table, "blackout") = {1, 0, 0, 0, 0};
+  EXPECT_EQ(stretches(detectEvents(table, only("freeze", 1, 1, 0), WHOLE)), "2-4");
+}
+
+TEST(Freeze, isMeasuredFromItsTrueStart) {
+  FrameTable table = tableOf("freezing", {NONE, 0, 0, 0, 1, 0});
+  column(&table, "temporal_activity") = {NONE, 9, 0, 0, 0, 9};
+  EXPECT_EQ(stretches(detectEvents(table, only("freeze", 1, 1, 0.3), WHOLE)), "2-4");
+  EXPECT_EQ(stretches(detectEvents(table, only("freeze", 1, 1, 0.4), WHOLE)), "");
+}
+
+TEST(Flicker, coversTheComparisonsThatItIsTheMeanOf) {
+  // Spoken with frames 8, 16 and 24; the last value holds until the end.
+  Values values(28, NONE);
+  values[8] = 0.0;
+  values[16] = 0.9;
+  values[24] = 0.0;
+  EXPECT_EQ(
+      stretches(detectEvents(tableOf("flickering", values), only("flicker", 0.5, 0.4, 0), WHOLE)),
+      "9-16");
+  values[24] = 0.8;
+  EXPECT_EQ(
+      stretches(detectEvents(tableOf("flickering", values), only("flicker", 0.5, 0.4, 0), WHOLE)),
+      "9-27");
+  values[8] = 0.9;
+  // Frame 0 has nothing to be compared with.
+  EXPECT_EQ(
+      stretches(detectEvents(tableOf("flickering", values), only("flicker", 0.5, 0.4, 0), WHOLE)),
+      "1-27");
+}
+
+TEST(Flicker, isNothing_whenNoPeriodEnds) {
+  EXPECT_EQ(stretches(detectEvents(tableOf("flickering", Values(8, NONE)),
+                                   only("flicker", 0.5, 0.4, 0), WHOLE)),
+            "");
+}
+
+TEST(SceneCut, isOneFrameThatStandsOut) {
+  // The median of its neighbours is 5; three times that is 15, less than 20.
+  Thresholds thresholds = only("scene_cut");
+  thresholds.at(eventTypeNamed("scene_cut")).enter = 20.0;
+  thresholds.at(eventTypeNamed("scene_cut")).ratio = 3.0;
+  const std::vector<Event> events = detectEvents(
+      tableOf("temporal_activity", {NONE, 5, 5, 5, 20, 5, 5, 19.9, 5}), thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "4-4");
+  EXPECT_EQ(events[0].severity, Severity::INFO);
+  EXPECT_EQ(events[0].peakValue, 20.0);
+  EXPECT_EQ(events[0].threshold, 20.0);
+}
+
+TEST(SceneCut, needsAMultipleOfItsNeighbours) {
+  Thresholds thresholds = only("scene_cut");
+  thresholds.at(eventTypeNamed("scene_cut")).enter = 20.0;
+  thresholds.at(eventTypeNamed("scene_cut")).ratio = 3.0;
+  // Neighbours at 10: from 30 on.
+  const auto cutsOf = [&](double value) {
+    return detectEvents(tableOf("temporal_activity", {NONE, 10, 10, 10, value, 10, 10, 10, 10}),
+                        thresholds, WHOLE);
+  };
+  EXPECT_EQ(stretches(cutsOf(29.9)), "");
+  ASSERT_EQ(stretches(cutsOf(30.0)), "4-4");
+  EXPECT_EQ(cutsOf(30.0)[0].threshold, 30.0);
+}
+
+TEST(SceneCut, isNotSeenInTheFirstComparison) {
+  Thresholds thresholds = only("scene_cut");
+  thresholds.at(eventTypeNamed("scene_cut")).enter = 20.0;
+  EXPECT_EQ(stretches(detectEvents(tableOf("temporal_activity", {NONE, 90, 5, 5, 5, 5}), thresholds,
+                                   WHOLE)),
+            "");
+  EXPECT_EQ(stretches(detectEvents(tableOf("temporal_activity", {NONE, 5, 90, 5, 5, 90}),
+                                   thresholds, WHOLE)),
+            "2-2 5-5");
+}
+
+TEST(SceneCut, isNoStepToOrFromBlack) {
+  Thresholds thresholds = only("scene_cut");
+  thresholds.at(eventTypeNamed("scene_cut")).enter = 20.0;
+  FrameTable table = tableOf("temporal_activity", {NONE, 5, 5, 90, 0, 90, 5, 5, 90});
+  column(&table, "blackout") = {0, 0, 0, 1, 1, 0, 0, 0, 0};
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "8-8");
+}
+
+TEST(DecodeErrors, areRunsOfDamagedFrames) {
+  FrameTable table = emptyTable(6);
+  table.isCorrupt = {true, false, true, true, false, true};
+  const std::vector<Event> events = detectEvents(table, only("decode_error"), WHOLE);
+  ASSERT_EQ(stretches(events), "0-0 2-3 5-5");
+  EXPECT_EQ(events[1].severity, Severity::FAIL);
+  EXPECT_EQ(events[1].peakFrame, 2);
+  EXPECT_TRUE(std::isnan(events[1].peakValue));
+  EXPECT_TRUE(std::isnan(events[1].threshold));
+}
+
+TEST(TruncationAndSizeChange, areAtTheLastFrame) {
+  const FrameTable table = emptyTable(6);
+  const std::vector<Event> events = detectEvents(table, DEFAULT_THRESHOLDS, {10.0, true, true});
+  ASSERT_EQ(stretches(events), "5-5 5-5");
+  EXPECT_EQ(events[0].type, "size_change");
+  EXPECT_EQ(events[1].type, "truncation");
+  EXPECT_EQ(events[0].id, 1);
+  EXPECT_EQ(events[1].id, 2);
+  EXPECT_TRUE(events[0].isAtEnd);
+  EXPECT_EQ(stretches(detectEvents(table, DEFAULT_THRESHOLDS, WHOLE)), "");
+}
+
+TEST(TimestampGaps, areLongStepsAndStepsBack) {
+  FrameTable table = emptyTable(8);
+  table.time = {0.0, 0.1, 0.2, 0.7, 1.3, 1.4, 1.3, 1.4};
+  Thresholds thresholds = only("timestamp_gap");
+  thresholds.at(eventTypeNamed("timestamp_gap")).enter = 0.55;
+  thresholds.at(eventTypeNamed("timestamp_gap")).ratio = 3.0;
+  // The typical step is 0.1: longer than 0.3 and longer than 0.55.
+  const std::vector<Event> events = detectEvents(table, thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "4-4 6-6");
+  EXPECT_NEAR(events[0].peakValue, 0.6, 1e-9);
+  EXPECT_EQ(events[0].threshold, 0.55);
+  EXPECT_NEAR(events[1].peakValue, -0.1, 1e-9);
+  EXPECT_EQ(events[1].threshold, 0.0);
+}
+
+TEST(TimestampGaps, areNoneInSlowVideo) {
+  // One frame a second; 2.5 is less than three times that.
+  FrameTable table = emptyTable(6);
+  table.time = {0.0, 1.0, 2.0, 4.5, 5.5, 6.5};
+  EXPECT_EQ(stretches(detectEvents(table, only("timestamp_gap"), WHOLE)), "");
+  table.time = {0.0, 1.0, 2.0, 5.1, 6.1, 7.1};
+  EXPECT_EQ(stretches(detectEvents(table, only("timestamp_gap"), WHOLE)), "3-3");
+}
+
+TEST(TimestampGaps, areNotSeen_whereTimesAreUnknownOrEqual) {
+  FrameTable table = emptyTable(5);
+  table.time = {0.0, 0.1, NONE, 5.0, 5.0};
+  EXPECT_EQ(stretches(detectEvents(table, only("timestamp_gap"), WHOLE)), "");
+}
+
+TEST(Events, areSortedByFirstFrame_thenByType) {
+  FrameTable table = tableOf("noise", {0, 99, 99, 0});
+  column(&table, "blur") = {0, 0, 99, 99};
+  column(&table, "interlace") = {0, 1, 1, 1};
+  Thresholds thresholds = only("noise", 50, 50, 0);
+  for (const char* type : {"blur", "combing"}) {
+    Threshold& threshold = thresholds.at(eventTypeNamed(type));
+    threshold.isEnabled = true;
+    threshold.minSeconds = 0.0;
+    if (!std::isnan(threshold.mad)) threshold.mad = 0.0;
+  }
+  const std::vector<Event> events = detectEvents(table, thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "1-3 1-2 2-3");
+  EXPECT_EQ(events[0].type, "combing");
+  EXPECT_EQ(events[1].type, "noise");
+  EXPECT_EQ(events[2].type, "blur");
+  EXPECT_EQ(events[2].id, 3);
+}
+
+TEST(Events, areNone_ofNoFramesOrWhenAllAreOff) {
+  EXPECT_TRUE(detectEvents(emptyTable(0), DEFAULT_THRESHOLDS, {25.0, true, true}).empty());
+  Thresholds off = DEFAULT_THRESHOLDS;
+  for (Threshold& threshold : off) threshold.isEnabled = false;
+  FrameTable table = tableOf("blur", {99, 99});
+  table.isCorrupt = {true, true};
+  EXPECT_TRUE(detectEvents(table, off, {10.0, true, true}).empty());
+}
+
+TEST(Events, ofALongVideoAreFoundInTimeProportionalToItsLength) {
+  // Alternating values are the worst case for runs, a freeze up to the end for going back. Where a
+  // run cost time with every frame of it, these would take minutes.
+  constexpr size_t ROWS = 250'000;
+  FrameTable table = emptyTable(ROWS);
+  for (std::vector<double>& values : table.values) {
+    for (size_t i = 0; i < ROWS; ++i) values[i] = i % 2 == 0 ? 0.0 : 500.0;
+  }
+  column(&table, "blackout").assign(ROWS, 0.0);
+  column(&table, "temporal_activity").assign(ROWS, 0.0);
+  column(&table, "freezing").assign(ROWS, 1.0);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(detectEvents(table, DEFAULT_THRESHOLDS, WHOLE).empty());
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+  EXPECT_LT(taken.count(), 20.0);  // a quarter of a second in a release, more under sanitizers
+}

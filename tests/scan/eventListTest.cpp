@@ -1,0 +1,66 @@
+// Events as JSON and as CSV.
+#include "scan/eventList.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "support/runProgram.h"
+
+namespace {
+
+const Event freeze = {1, "freeze", Severity::FAIL, 75, 124, 3.0, 5.5, 75, 1.0, 1.0, false, true};
+const Event unknown = {2,   "truncation", Severity::WARN, 124,  124,  std::nan(""), std::nan(""),
+                       124, std::nan(""), std::nan(""),   true, false};
+
+std::string csvOf(const std::vector<Event>& events) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.path + "/events.csv";
+  FILE* const out = std::fopen(path.c_str(), "w");
+  writeEventsCsv(events, out);
+  std::fclose(out);
+  return readFile(path);
+}
+
+}  // namespace
+
+TEST(SeverityName, isAShortWord) {
+  EXPECT_STREQ(severityName(Severity::INFO), "info");
+  EXPECT_STREQ(severityName(Severity::WARN), "warn");
+  EXPECT_STREQ(severityName(Severity::FAIL), "fail");
+}
+
+TEST(EventsJson, namesEveryField) {
+  EXPECT_EQ(eventsJson({freeze}).dump(),
+            R"([{"id":1,"type":"freeze","severity":"fail","first_frame":75,"last_frame":124,)"
+            R"("start_s":3.0,"end_s":5.5,"duration_s":2.5,"peak_frame":75,"peak_value":1.0,)"
+            R"("threshold":1.0,"at_start":false,"at_end":true}])");
+}
+
+TEST(EventsJson, hasNullForWhatIsNotFinite) {
+  EXPECT_EQ(eventsJson({unknown}).dump(),
+            R"([{"id":2,"type":"truncation","severity":"warn","first_frame":124,)"
+            R"("last_frame":124,"start_s":null,"end_s":null,"duration_s":null,"peak_frame":124,)"
+            R"("peak_value":null,"threshold":null,"at_start":true,"at_end":false}])");
+  Event infinite = freeze;
+  infinite.peakValue = std::numeric_limits<double>::infinity();
+  EXPECT_TRUE(eventsJson({infinite})[0]["peak_value"].is_null());
+}
+
+TEST(EventsJson, isAnArray_ofNoEventsToo) {
+  EXPECT_EQ(eventsJson({}).dump(), "[]");
+}
+
+TEST(EventsCsv, hasAHeaderAndARowForEveryEvent) {
+  EXPECT_EQ(csvOf({freeze, unknown}),
+            "id,type,severity,first_frame,last_frame,start_s,end_s,duration_s,peak_frame,"
+            "peak_value,threshold,at_start,at_end\r\n"
+            "1,freeze,fail,75,124,3,5.5,2.5,75,1,1,0,1\r\n"
+            "2,truncation,warn,124,124,,,,124,,,1,0\r\n");
+}
+
+TEST(EventsCsv, isItsHeader_ofNoEvents) {
+  EXPECT_EQ(csvOf({}), std::string(EVENT_COLUMNS) + "\r\n");
+}
