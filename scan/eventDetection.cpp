@@ -66,7 +66,7 @@ Times timesOf(const FrameTable& table, double frameRate) {
     const double length = table.duration[i] > 0.0 ? table.duration[i]
                           : step > 0.0            ? step
                                                   : times.typicalStep;
-    times.end[i] = times.start[i] + length;
+    times.end[i] = wholeNanoseconds(times.start[i] + length);
     if (i + 1 < rows) times.elapsed[i + 1] = times.elapsed[i] + (step > 0.0 ? step : length);
   }
   return times;

@@ -37,7 +37,7 @@ const char* const EVENT_COLUMNS =
     "threshold,at_start,at_end";
 
 double durationOf(const Event& event) {
-  return event.endTime - event.startTime;
+  return wholeNanoseconds(event.endTime - event.startTime);
 }
 
 nlohmann::ordered_json eventsJson(const std::vector<Event>& events) {

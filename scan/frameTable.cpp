@@ -74,6 +74,11 @@ std::string shortestText(double value) {
   return std::string(text, result.ptr);
 }
 
+double wholeNanoseconds(double seconds) {
+  constexpr double NANOSECONDS = 1e9;
+  return std::round(seconds * NANOSECONDS) / NANOSECONDS;
+}
+
 void writeFramesCsv(const FrameTable& table, FILE* out) {
   std::fprintf(out, "%s\r\n", header().c_str());
   for (int64_t i = 0; i < table.rows(); ++i) {

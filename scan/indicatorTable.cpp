@@ -6,13 +6,13 @@
 namespace {
 
 constexpr IndicatorMask TEMPORAL = TEMPORAL_ACTIVITY | FREEZING | FLICKERING;
-constexpr uint32_t SMALLEST_BLUR = 16;  // samples, both sides
-constexpr uint32_t SMALLEST_SLICE_W = 17;
-constexpr uint32_t SMALLEST_SLICE_H = 48;
+constexpr uint64_t SMALLEST_BLUR = 16;  // samples, both sides
+constexpr uint64_t SMALLEST_SLICE_W = 17;
+constexpr uint64_t SMALLEST_SLICE_H = 48;
 
 // The indicators that say something about frames of this size. The others leave a value as well:
 // blur 0, slice what it was; block loss says -1.
-IndicatorMask meaningful(uint32_t w, uint32_t h) {
+IndicatorMask meaningful(uint64_t w, uint64_t h) {
   IndicatorMask mask = 0x7fff;
   if (w < BLOCKSIZE || h < BLOCKSIZE) mask &= ~IndicatorMask{BLACKOUT};
   if (w < SMALLEST_BLUR || h < SMALLEST_BLUR) mask &= ~IndicatorMask{BLUR};
@@ -47,7 +47,7 @@ size_t indicatorNamed(std::string_view name) {
 }
 
 IndicatorValues measuredValues(const FrameResults& spatial, const TemporalResults& temporal,
-                               IndicatorMask mask, bool hasPrevious, uint32_t w, uint32_t h) {
+                               IndicatorMask mask, bool hasPrevious, uint64_t w, uint64_t h) {
   mask &= meaningful(w, h);
   if (!hasPrevious) mask &= ~TEMPORAL;
   // Freezing rests on temporal activity.

@@ -30,6 +30,6 @@ using IndicatorValues = std::array<double, INDICATORS>;
 // temporal ones, has no frame before it; flickering within a period; an indicator that the frame is
 // too small for. What came out infinite is NaN as well.
 IndicatorValues measuredValues(const FrameResults& spatial, const TemporalResults& temporal,
-                               IndicatorMask mask, bool hasPrevious, uint32_t w, uint32_t h);
+                               IndicatorMask mask, bool hasPrevious, uint64_t w, uint64_t h);
 
 #endif

@@ -3,10 +3,16 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 
+#include "scan/names.h"
+
 namespace {
+
+constexpr char TEMPORARY[] = ".part";  // the process's number follows
 
 // A name is on the disk when its folder is.
 bool syncFolder(const std::string& path) {
@@ -36,7 +42,7 @@ bool finish(FILE* stream) {
 
 bool openOutput(const std::string& path, OutputFile* file) {
   file->path = path;
-  file->temporaryPath = path + ".part" + std::to_string(getpid());
+  file->temporaryPath = path + TEMPORARY + std::to_string(getpid());
   file->stream = std::fopen(file->temporaryPath.c_str(), "we");
   return file->stream != nullptr;
 }
@@ -57,4 +63,26 @@ void discardOutput(OutputFile* file) {
   std::fclose(file->stream);
   file->stream = nullptr;
   std::remove(file->temporaryPath.c_str());
+}
+
+std::string writeOutput(const std::string& path, const std::function<void(FILE*)>& write) {
+  OutputFile file;
+  bool isGood = openOutput(path, &file);
+  if (isGood) {
+    write(file.stream);
+    isGood = commitOutput(&file);
+  }
+  return isGood ? "" : "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
+}
+
+void removeLeftovers(const std::string& folder) {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    const std::string extension = entry.path().extension().string();
+    const std::string number = extension.substr(std::min(sizeof TEMPORARY - 1, extension.size()));
+    const bool isTemporary = extension.compare(0, sizeof TEMPORARY - 1, TEMPORARY) == 0 &&
+                             !number.empty() &&
+                             number.find_first_not_of("0123456789") == std::string::npos;
+    if (isTemporary) std::filesystem::remove(entry.path(), error);
+  }
 }

@@ -3,6 +3,7 @@
 #define LUMASCAN_OUTPUT_FILE_H
 
 #include <cstdio>
+#include <functional>
 #include <string>
 
 // Written beside its name, with ".part" and the process's number behind it.
@@ -23,5 +24,12 @@ bool commitOutput(OutputFile* file);
 
 // Gives the file up. Nothing is left of it.
 void discardOutput(OutputFile* file);
+
+// A whole file of what `write` puts into the stream. Returns an empty text, or what went wrong, for
+// a person to read.
+std::string writeOutput(const std::string& path, const std::function<void(FILE*)>& write);
+
+// Removes what processes that were killed have left of files in the folder.
+void removeLeftovers(const std::string& folder);
 
 #endif

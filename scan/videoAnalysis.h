@@ -6,29 +6,32 @@
 #include <functional>
 #include <string>
 
-#include "driver/frameAnalysis.h"
-#include "indicators/results.h"
+#include "scan/frameTable.h"
+#include "scan/luma.h"
+#include "scan/position.h"
 #include "scan/videoReader.h"
 
 struct AnalysisOptions {
   IndicatorMask mask = 0x7fff;
-  double fps = 0.0;         // frames per second, for freezing; 0: the stream's average
-  bool isThreaded = false;  // a thread for each indicator, or all on the calling one
+  double fps = 0.0;  // frames per second, for freezing; 0: the stream's average
+  Position start;    // the first frame analysed
+  Position end;      // the first one not analysed any more
+  // Decode ahead on one thread and give each indicator one of its own, or do all on the calling
+  // thread.
+  bool isThreaded = false;
 };
 
-// One analysed frame, with the values that lumaprobe prints of it.
+// One analysed frame.
 struct FrameRecord {
-  int32_t frame;    // its number in the order of display, from 0
-  double time;      // seconds, from presentation timestamps; NaN: it has none
-  double duration;  // seconds; NaN: the file does not say
-  bool isKey;
-  bool isCorrupt;
-  FrameResults spatial;
+  int64_t frame;  // its number in the order of display, from 0
+  FrameRow row;
+  FrameResults spatial;  // as lumaprobe prints them
   TemporalResults temporal;
+  double position;  // in the file, 0 to 1
 };
 
 enum class AnalysisEnd {
-  COMPLETE,     // the file's own end
+  COMPLETE,     // the file's own end, or the position at which to end
   READ_ERROR,   // `error` says why the file cannot be read any further
   SIZE_CHANGE,  // the next frame has another size
   UNSUPPORTED,  // `error` says what about the next frame
@@ -37,6 +40,8 @@ enum class AnalysisEnd {
 struct AnalysisOutcome {
   AnalysisEnd end;
   std::string error;
+  bool isTruncated;  // see isTruncated() of the reader; false where the file's end was not reached
+  LumaPath lumaPath;
   int64_t frames;
   int64_t corruptFrames;
   int64_t decodeErrors;

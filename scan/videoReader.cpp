@@ -1,5 +1,6 @@
 #include "scan/videoReader.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -10,6 +11,9 @@ constexpr double USUAL_FRAME_RATE = 25.0;  // frames per second
 // Errors in a row, once all packets are sent, at which the decoder is taken to be at its end. It
 // holds back fewer pictures than this.
 constexpr int MOST_ERRORS_AT_END = 256;
+// A file may end so many frames before what it declares: containers round, and count the last frame
+// in different ways.
+constexpr double FRAMES_OF_TOLERANCE = 2.5;
 
 // The stream that FFmpeg holds for the best, or the best of the others when that is a cover
 // picture.
@@ -30,19 +34,61 @@ int mainVideo(AVFormatContext* container, const AVCodec** codec) {
   return AVERROR_STREAM_NOT_FOUND;
 }
 
-const AVStream& streamOf(const VideoReader& reader) {
-  return *reader.container->streams[reader.stream];
+int openContainer(const VideoSource& source, AVFormatContext** container) {
+  const AVInputFormat* format = nullptr;
+  AVDictionary* options = nullptr;
+  if (source.path == "-") format = av_find_input_format("yuv4mpegpipe");
+  if (source.rawWidth > 0) {
+    format = av_find_input_format("rawvideo");
+    const std::string size =
+        std::to_string(source.rawWidth) + 'x' + std::to_string(source.rawHeight);
+    av_dict_set(&options, "video_size", size.c_str(), 0);
+    av_dict_set(&options, "framerate", source.rawRate.c_str(), 0);
+    av_dict_set(&options, "pixel_format", "yuv420p", 0);
+  }
+  // The file protocol takes any name, also one that looks like an address.
+  const std::string address = source.path == "-" ? "pipe:0" : "file:" + source.path;
+  const int error = avformat_open_input(container, address.c_str(), format, &options);
+  av_dict_free(&options);
+  return error;
+}
+
+// One rounding alone: 5 units of 1/100 are 0.05.
+double seconds(int64_t time, AVRational unit) {
+  return static_cast<double>(time) * unit.num / unit.den;
+}
+
+double startOf(const AVFormatContext& container) {
+  return container.start_time == AV_NOPTS_VALUE ? 0.0
+                                                : seconds(container.start_time, AV_TIME_BASE_Q);
+}
+
+void noteEnd(const AVPacket& packet, VideoReader* reader) {
+  if (packet.stream_index == reader->stream) {
+    reader->endsInDamage = (packet.flags & AV_PKT_FLAG_CORRUPT) != 0;
+  }
+  const int64_t time = packet.pts == AV_NOPTS_VALUE ? packet.dts : packet.pts;
+  if (time == AV_NOPTS_VALUE) return;
+  const AVStream& stream = *reader->container->streams[packet.stream_index];
+  const double end = seconds(time + packet.duration, stream.time_base);
+  reader->lastEnd = std::max(reader->lastEnd, end - startOf(*reader->container));
 }
 
 // Hands the decoder the stream's next packet, or the end. Negative when the file cannot be read.
 int feed(VideoReader* reader) {
+  AVFormatContext* const container = reader->container.get();
   AVPacket* const packet = reader->packet.get();
   do {
     av_packet_unref(packet);
-    const int read = av_read_frame(reader->container.get(), packet);
+    const int read = av_read_frame(container, packet);
     if (read < 0 && read != AVERROR_EOF) return read;
     reader->isDrained = read == AVERROR_EOF;
+    if (!reader->isDrained) noteEnd(*packet, reader);
   } while (!reader->isDrained && packet->stream_index != reader->stream);
+  // Some containers take a failure of the disk for the end.
+  if (reader->isDrained && container->pb != nullptr && container->pb->error < 0) {
+    return container->pb->error;
+  }
   const int sent = avcodec_send_packet(reader->decoder.get(), reader->isDrained ? nullptr : packet);
   if (sent < 0) ++reader->decodeErrors;
   return 0;
@@ -50,10 +96,9 @@ int feed(VideoReader* reader) {
 
 }  // namespace
 
-std::string openVideo(const std::string& path, int threads, VideoReader* reader) {
+std::string openVideo(const VideoSource& source, int threads, VideoReader* reader) {
   AVFormatContext* container = nullptr;
-  // The file protocol takes any name, also one that looks like an address.
-  int error = avformat_open_input(&container, ("file:" + path).c_str(), nullptr, nullptr);
+  int error = openContainer(source, &container);
   if (error < 0) return ffmpegError(error);
   reader->container.reset(container);
   error = avformat_find_stream_info(container, nullptr);
@@ -63,27 +108,23 @@ std::string openVideo(const std::string& path, int threads, VideoReader* reader)
   reader->stream = mainVideo(container, &codec);
   if (reader->stream == AVERROR_STREAM_NOT_FOUND) return "there is no video in it";
   if (reader->stream < 0) return ffmpegError(reader->stream);
-  for (unsigned int i = 0; i < container->nb_streams; ++i) {
-    if (static_cast<int>(i) != reader->stream) container->streams[i]->discard = AVDISCARD_ALL;
-  }
 
   reader->decoder.reset(avcodec_alloc_context3(codec));
-  error = avcodec_parameters_to_context(reader->decoder.get(), streamOf(*reader).codecpar);
+  error = avcodec_parameters_to_context(reader->decoder.get(), videoStream(*reader).codecpar);
   if (error < 0) return ffmpegError(error);
-  reader->decoder->pkt_timebase = streamOf(*reader).time_base;
+  reader->decoder->pkt_timebase = videoStream(*reader).time_base;
   reader->decoder->thread_count = threads;
   reader->decoder->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
   error = avcodec_open2(reader->decoder.get(), codec, nullptr);
   if (error < 0) return ffmpegError(error);
   reader->packet.reset(av_packet_alloc());
-  reader->picture.reset(av_frame_alloc());
   return "";
 }
 
-ReadResult readFrame(VideoReader* reader, std::string* error) {
+ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error) {
   int errorsAtEnd = 0;
   for (;;) {
-    const int received = avcodec_receive_frame(reader->decoder.get(), reader->picture.get());
+    const int received = avcodec_receive_frame(reader->decoder.get(), picture);
     if (received == 0) return ReadResult::FRAME;
     if (received == AVERROR_EOF) return ReadResult::END;
     if (received != AVERROR(EAGAIN)) ++reader->decodeErrors;
@@ -99,16 +140,19 @@ ReadResult readFrame(VideoReader* reader, std::string* error) {
   }
 }
 
-double presentationTime(const VideoReader& reader) {
-  const int64_t timestamp = reader.picture->best_effort_timestamp;
-  if (timestamp == AV_NOPTS_VALUE) return UNKNOWN;
-  return static_cast<double>(timestamp) * av_q2d(streamOf(reader).time_base);
+const AVStream& videoStream(const VideoReader& reader) {
+  return *reader.container->streams[reader.stream];
 }
 
-double presentationDuration(const VideoReader& reader) {
-  const int64_t duration = reader.picture->pkt_duration;
-  if (duration <= 0) return UNKNOWN;
-  return static_cast<double>(duration) * av_q2d(streamOf(reader).time_base);
+double presentationTime(const VideoReader& reader, const AVFrame& picture) {
+  const int64_t timestamp = picture.best_effort_timestamp;
+  if (timestamp == AV_NOPTS_VALUE) return UNKNOWN;
+  return seconds(timestamp, videoStream(reader).time_base) - startOf(*reader.container);
+}
+
+double presentationDuration(const VideoReader& reader, const AVFrame& picture) {
+  const int64_t duration = picture.pkt_duration;
+  return duration > 0 ? seconds(duration, videoStream(reader).time_base) : UNKNOWN;
 }
 
 bool isCorrupt(const AVFrame& picture) {
@@ -116,6 +160,24 @@ bool isCorrupt(const AVFrame& picture) {
 }
 
 double averageFrameRate(const VideoReader& reader) {
-  const AVRational rate = streamOf(reader).avg_frame_rate;
+  const AVRational rate = videoStream(reader).avg_frame_rate;
   return rate.num > 0 && rate.den > 0 ? av_q2d(rate) : USUAL_FRAME_RATE;
+}
+
+double declaredDuration(const VideoReader& reader) {
+  const AVFormatContext& container = *reader.container;
+  const bool isDeclared = container.duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
+  if (!isDeclared || container.duration <= 0) return UNKNOWN;
+  return seconds(container.duration, AV_TIME_BASE_Q);
+}
+
+bool isTruncated(const VideoReader& reader) {
+  const double missing = declaredDuration(reader) - reader.lastEnd;  // NaN: nothing is declared
+  return reader.endsInDamage || missing > FRAMES_OF_TOLERANCE / averageFrameRate(reader);
+}
+
+double positionInFile(const VideoReader& reader) {
+  AVIOContext* const file = reader.container->pb;
+  const int64_t size = file == nullptr ? 0 : avio_size(file);
+  return size > 0 ? static_cast<double>(avio_tell(file)) / static_cast<double>(size) : 0.0;
 }

@@ -19,6 +19,12 @@ void makeClip(const TemporaryDirectory& directory, const std::string& name,
   ffmpeg(directory, all);
 }
 
+void makeClipWithoutItsStart(const TemporaryDirectory& directory, const std::string& name) {
+  makeClip(directory, "whole.ts",
+           {"-c:v", "libx264", "-g", "10", "-bf", "0", "-pix_fmt", "yuv420p"});
+  ffmpeg(directory, {"-i", "whole.ts", "-c", "copy", "-bsf:v", "noise=drop=lt(n\\,3)", name});
+}
+
 void decodeByProgram(const TemporaryDirectory& directory, const std::string& name,
                      const std::string& decoded) {
   ffmpeg(directory, {"-flags", "output_corrupt", "-noautorotate", "-i", name, "-map", "0:v:0",

@@ -19,6 +19,10 @@ void ffmpeg(const TemporaryDirectory& directory, const Arguments& arguments);
 void makeClip(const TemporaryDirectory& directory, const std::string& name,
               const Arguments& encoding, const std::string& source = testPicture);
 
+// A second of H.264 without its first three packets: 22 frames, of which the first seven refer to
+// what is missing.
+void makeClipWithoutItsStart(const TemporaryDirectory& directory, const std::string& name);
+
 // Decodes all frames, damaged ones too, into raw YUV 4:2:0 of 8 bits.
 void decodeByProgram(const TemporaryDirectory& directory, const std::string& name,
                      const std::string& decoded);

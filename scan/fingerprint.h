@@ -1,0 +1,17 @@
+// What tells whether a file is still the one that was analysed.
+#ifndef LUMASCAN_FINGERPRINT_H
+#define LUMASCAN_FINGERPRINT_H
+
+#include <cstdint>
+#include <string>
+
+struct Fingerprint {
+  int64_t size = 0;              // bytes
+  int64_t modificationTime = 0;  // nanoseconds since 1970
+  std::string checksum;  // CRC-32 of the first and the last 64 KiB, eight hexadecimal digits
+};
+
+// False, with errno set, when the file cannot be read.
+bool takeFingerprint(const std::string& path, Fingerprint* fingerprint);
+
+#endif

@@ -1,0 +1,37 @@
+#include "scan/scanJob.h"
+
+#include "scan/thumbnails.h"
+
+namespace {
+
+std::string judgeAndStore(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                          OutputFile* rows, VideoResult* result) {
+  judgeResult(thresholds, result);
+  // What came through a pipe is gone.
+  const Thumbs thumbs =
+      job.source.path == "-" || !options.choice.hasHtml ? Thumbs::NONE : options.choice.thumbs;
+  const Thumbnails thumbnails = makeThumbnails(
+      job.source, result->frames, framesToShow(result->json["events"], thumbs, result->frames));
+  return storeResult(job.folder, options.choice, *result, thumbnails, rows);
+}
+
+}  // namespace
+
+std::string runJob(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                   const ProgressListener& onProgress) {
+  VideoResult stored;
+  if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
+    return judgeAndStore(job, options, thresholds, nullptr, &stored);
+  }
+  OutputFile rows;
+  const bool hasRows = options.choice.hasCsv;
+  if (hasRows) {
+    const std::string error = beginRows(job.folder, &rows);
+    if (!error.empty()) return error;
+  }
+  AnalysisOptions analysis = options.analysis;
+  analysis.isThreaded = job.isThreaded;
+  VideoResult result = analyseSource(job.source, analysis, job.decoderThreads,
+                                     hasRows ? rows.stream : nullptr, onProgress);
+  return judgeAndStore(job, options, thresholds, hasRows ? &rows : nullptr, &result);
+}

@@ -1,0 +1,103 @@
+// Commands on results that are stored: nothing is decoded.
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "scan/collection.h"
+#include "scan/commands.h"
+#include "scan/eventList.h"
+#include "scan/exitStatus.h"
+#include "scan/names.h"
+#include "scan/report.h"
+#include "scan/storedResult.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+int complain(const std::string& text, int status) {
+  std::fprintf(stderr, "lumascan: %s\n", text.c_str());
+  return status;
+}
+
+// The results that the inputs name; one that cannot be read becomes a message and the status.
+std::vector<std::string> namedResults(const Options& options, int* status) {
+  std::vector<std::string> folders;
+  for (const std::string& input : options.inputs) {
+    const std::vector<std::string> found = storedResults(input);
+    if (found.empty()) {
+      *status = complain("there is no result in \"" + printableName(input) + "\"", INPUT_PROBLEM);
+    }
+    folders.insert(folders.end(), found.begin(), found.end());
+  }
+  return folders;
+}
+
+int endOfOutput(int status) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+  return complain(std::string("cannot write to standard output: ") + std::strerror(errno),
+                  OUTPUT_PROBLEM);
+}
+
+}  // namespace
+
+int runEvents(const Options& options) {
+  Thresholds thresholds = DEFAULT_THRESHOLDS;
+  if (!options.thresholds.empty()) {
+    const std::string mistake = readThresholds(options.thresholds, &thresholds);
+    if (!mistake.empty()) return complain(mistake, USAGE);
+  }
+  int status = DONE;
+  Json all = Json::array();
+  if (!options.printsJson) std::printf("path,%s\r\n", EVENT_COLUMNS);
+  for (const std::string& folder : namedResults(options, &status)) {
+    VideoResult result;
+    const std::string error = readResult(folder, &result);
+    if (!error.empty()) {
+      status = complain(error, INPUT_PROBLEM);
+      continue;
+    }
+    judgeResult(thresholds, &result);
+    const std::string path = result.json["input"]["path"];
+    for (const Event& event : result.events) {
+      const bool isFinding = options.failOn.has_value() && event.severity >= *options.failOn;
+      if (isFinding) status = std::max<int>(status, FOUND);
+      if (options.printsJson) continue;
+      std::printf("%s,%s\r\n", csvField(path).c_str(), eventColumns(event).c_str());
+    }
+    all.push_back({{"path", path},
+                   {"status", result.json["status"]},
+                   {"verdict", result.json["verdict"]},
+                   {"reasons", result.json["reasons"]},
+                   {"events", result.json["events"]}});
+  }
+  if (options.printsJson) std::fputs(jsonText(all).c_str(), stdout);
+  return endOfOutput(status);
+}
+
+int runReport(const Options& options) {
+  int status = DONE;
+  std::vector<ReportInput> inputs;
+  const std::vector<std::string> folders = namedResults(options, &status);
+  for (const std::string& folder : folders) {
+    VideoResult result;
+    const std::string error = readResult(folder, &result);
+    if (!error.empty()) {
+      status = complain(error, INPUT_PROBLEM);
+      continue;
+    }
+    inputs.push_back({result.json, result.frames, readThumbnails(folder)});
+  }
+  if (inputs.empty()) return INPUT_PROBLEM;
+  std::string path = options.output;
+  if (path.empty()) {
+    path = folders.size() == 1 ? (fs::path(folders[0]) / "report.html").string()
+                               : "lumascan-report.html";
+  }
+  const std::string page = renderReport(inputs);
+  const std::string error =
+      writeOutput(path, [&](FILE* out) { std::fwrite(page.data(), 1, page.size(), out); });
+  if (!error.empty()) return complain(error, OUTPUT_PROBLEM);
+  if (!options.isQuiet) std::printf("%s\n", printableName(path).c_str());
+  return endOfOutput(status);
+}

@@ -1,0 +1,159 @@
+#include "scan/storedResult.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "scan/eventList.h"
+#include "scan/fingerprint.h"
+#include "scan/names.h"
+#include "scan/report.h"
+#include "scan/version.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string readWhole(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string makeFolder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (!error) return "";
+  return "cannot create \"" + printableName(folder) + "\": " + error.message();
+}
+
+Json choiceJson(const OutputChoice& choice) {
+  Json formats = Json::array();
+  if (choice.hasCsv) formats.push_back("csv");
+  if (choice.hasHtml) formats.push_back("html");
+  return {{"formats", formats}, {"thumbs", thumbsName(choice.thumbs)}};
+}
+
+bool isUnchanged(const Json& input, const std::string& path) {
+  Fingerprint now;
+  return path != "-" && takeFingerprint(path, &now) && input["size"] == now.size &&
+         input["mtime_ns"] == now.modificationTime && input["checksum"] == now.checksum;
+}
+
+std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails) {
+  std::error_code ignored;
+  fs::remove_all(folder, ignored);
+  if (thumbnails.empty()) return "";
+  std::string error = makeFolder(folder.string());
+  for (const auto& thumbnail : thumbnails) {
+    if (!error.empty()) return error;
+    const fs::path path = folder / (std::to_string(thumbnail.first) + ".jpg");
+    error = writeOutput(path.string(), [&](FILE* out) {
+      std::fwrite(thumbnail.second.data(), 1, thumbnail.second.size(), out);
+    });
+  }
+  return error;
+}
+
+// Writes a file that is chosen; one that is not is removed.
+std::string storeChosen(bool isChosen, const fs::path& path,
+                        const std::function<void(FILE*)>& write) {
+  if (isChosen) return writeOutput(path.string(), write);
+  std::error_code ignored;
+  fs::remove(path, ignored);
+  return "";
+}
+
+void put(const std::string& text, FILE* out) {
+  std::fwrite(text.data(), 1, text.size(), out);
+}
+
+}  // namespace
+
+Freshness freshnessOf(const std::string& folder, const VideoSource& source,
+                      const AnalysisOptions& options, const Thresholds& thresholds,
+                      const OutputChoice& choice) {
+  Json json;
+  if (!readResultJson(folder, &json).empty()) return Freshness::STALE;
+  const bool isValid = json["status"] != "failed" && json["tool"]["version"] == LUMASCAN_VERSION &&
+                       json["options"] == optionsJson(source, options) &&
+                       isUnchanged(json["input"], source.path);
+  if (!isValid) return Freshness::STALE;
+  const bool isJudged =
+      json["thresholds"] == thresholdsJson(thresholds) && json["outputs"] == choiceJson(choice);
+  if (isJudged) return Freshness::COMPLETE;
+  const Json& formats = json["outputs"]["formats"];
+  const bool hasCsv = std::find(formats.begin(), formats.end(), "csv") != formats.end();
+  return hasCsv ? Freshness::JUDGE : Freshness::STALE;
+}
+
+std::string readResultJson(const std::string& folder, Json* json) {
+  const fs::path path = fs::path(folder) / "result.json";
+  std::ifstream file(path);
+  const auto complain = [&](const std::string& reason) {
+    return "cannot read \"" + printableName(path.string()) + "\": " + reason;
+  };
+  if (!file) return complain(std::strerror(errno));
+  *json = Json::parse(file, nullptr, false);
+  const bool isResult = json->is_object() && json->value("tool", Json::object()).is_object() &&
+                        json->value("tool", Json::object()).value("name", Json()) == "lumascan";
+  if (!isResult) return complain("it is not a result of lumascan");
+  if ((*json)["schema_version"] != "1.0") return complain("it is of another version of lumascan");
+  return "";
+}
+
+std::string readResult(const std::string& folder, VideoResult* result) {
+  const std::string error = readResultJson(folder, &result->json);
+  if (!error.empty() || result->json["status"] == "failed") return error;
+  const std::string path = (fs::path(folder) / "frames.csv").string();
+  const std::string mistake = readFramesCsv(path, &result->frames);
+  return mistake.empty() ? "" : "cannot read \"" + printableName(path) + "\": " + mistake;
+}
+
+Thumbnails readThumbnails(const std::string& folder) {
+  Thumbnails thumbnails;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(fs::path(folder) / "thumbs", error)) {
+    if (entry.path().extension() != ".jpg") continue;
+    thumbnails[std::strtoll(entry.path().stem().c_str(), nullptr, 10)] = readWhole(entry.path());
+  }
+  return thumbnails;
+}
+
+std::string beginRows(const std::string& folder, OutputFile* rows) {
+  const std::string error = makeFolder(folder);
+  if (!error.empty()) return error;
+  removeLeftovers(folder);
+  const std::string path = (fs::path(folder) / "rows.tsv").string();
+  if (openOutput(path, rows)) return "";
+  return "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
+}
+
+std::string storeResult(const std::string& folder, const OutputChoice& choice,
+                        const VideoResult& result, const Thumbnails& thumbnails, OutputFile* rows) {
+  const fs::path to = folder;
+  std::string error = makeFolder(folder);
+  if (!error.empty()) return error;
+  std::error_code ignored;
+  fs::remove(to / "result.json", ignored);
+
+  Json json = result.json;
+  json["outputs"] = choiceJson(choice);
+  const bool hasCsv = choice.hasCsv;
+  if (rows != nullptr && !commitOutput(rows)) {
+    error = "cannot write \"" + printableName(rows->path) + "\": " + std::strerror(errno);
+  }
+  if (!hasCsv) fs::remove(to / "rows.tsv", ignored);
+  const auto step = [&](bool isChosen, const char* name, const std::function<void(FILE*)>& write) {
+    if (error.empty()) error = storeChosen(isChosen, to / name, write);
+  };
+  step(hasCsv, "frames.csv", [&](FILE* out) { writeFramesCsv(result.frames, out); });
+  step(hasCsv, "events.csv", [&](FILE* out) { writeEventsCsv(result.events, out); });
+  if (error.empty()) error = storeThumbnails(to / "thumbs", thumbnails);
+  step(choice.hasHtml, "report.html", [&](FILE* out) {
+    put(renderReport({{json, result.frames, thumbnails}}), out);
+  });
+  step(true, "result.json", [&](FILE* out) { put(jsonText(json), out); });
+  return error;
+}

@@ -1,0 +1,145 @@
+#include "scan/thumbnails.h"
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+constexpr size_t MOST_EVENTS = 40;        // with three pictures each
+constexpr int64_t PICTURES_OF_ALL = 100;  // at equal distances
+constexpr int MOST_WIDTH = 240;           // samples
+constexpr int QUALITY = 5;                // of JPEG as FFmpeg counts it, 2 best to 31
+
+int weightOf(const Json& event) {
+  const std::string severity = event["severity"];
+  return severity == "fail" ? 2 : severity == "warn" ? 1 : 0;
+}
+
+FfmpegOwner<AVCodecContext> makeEncoder(int w, int h) {
+  const AVCodec* const codec = avcodec_find_encoder(AV_CODEC_ID_MJPEG);
+  if (codec == nullptr) return nullptr;
+  FfmpegOwner<AVCodecContext> encoder(avcodec_alloc_context3(codec));
+  encoder->width = w;
+  encoder->height = h;
+  encoder->pix_fmt = AV_PIX_FMT_YUVJ420P;
+  encoder->time_base = {1, 1};
+  encoder->thread_count = 1;
+  encoder->flags |= AV_CODEC_FLAG_QSCALE | AV_CODEC_FLAG_BITEXACT;
+  encoder->global_quality = QUALITY * FF_QP2LAMBDA;
+  return avcodec_open2(encoder.get(), codec, nullptr) < 0 ? nullptr : std::move(encoder);
+}
+
+// The picture scaled down, with square samples.
+FfmpegOwner<AVFrame> shrink(const AVFrame& picture) {
+  const AVRational shape = picture.sample_aspect_ratio;
+  const bool isShaped = shape.num > 0 && shape.den > 0;
+  const double shownWidth = picture.width * (isShaped ? av_q2d(shape) : 1.0);
+  const double scale = std::min(1.0, MOST_WIDTH / shownWidth);
+  FfmpegOwner<AVFrame> small(av_frame_alloc());
+  small->format = AV_PIX_FMT_YUVJ420P;
+  small->width = std::clamp(static_cast<int>(shownWidth * scale), 1, MOST_WIDTH);
+  small->height = std::clamp(static_cast<int>(picture.height * scale), 1, 4 * MOST_WIDTH);
+  if (av_frame_get_buffer(small.get(), 0) < 0) return nullptr;
+  const FfmpegOwner<SwsContext> scaler(
+      sws_getContext(picture.width, picture.height, static_cast<AVPixelFormat>(picture.format),
+                     small->width, small->height, AV_PIX_FMT_YUVJ420P,
+                     SWS_AREA | SWS_ACCURATE_RND | SWS_BITEXACT, nullptr, nullptr, nullptr));
+  if (scaler == nullptr) return nullptr;
+  const int rows = sws_scale(scaler.get(), picture.data, picture.linesize, 0, picture.height,
+                             small->data, small->linesize);
+  return rows <= 0 ? nullptr : std::move(small);
+}
+
+// Empty when it cannot be made.
+std::string jpegOf(const AVFrame& picture) {
+  const FfmpegOwner<AVFrame> small = shrink(picture);
+  if (small == nullptr) return "";
+  const FfmpegOwner<AVCodecContext> encoder = makeEncoder(small->width, small->height);
+  const FfmpegOwner<AVPacket> packet(av_packet_alloc());
+  if (encoder == nullptr) return "";
+  small->quality = encoder->global_quality;
+  if (avcodec_send_frame(encoder.get(), small.get()) < 0) return "";
+  if (avcodec_receive_packet(encoder.get(), packet.get()) < 0) return "";
+  return {reinterpret_cast<const char*>(packet->data), static_cast<size_t>(packet->size)};
+}
+
+// The last key frame at or before a row, among those that can be sought.
+int64_t keyBefore(const FrameTable& frames, int64_t row) {
+  while (row > 0 && !(frames.isKey[static_cast<size_t>(row)] &&
+                      frames.pts[static_cast<size_t>(row)] != NO_TIMESTAMP)) {
+    --row;
+  }
+  return row;
+}
+
+struct Search {
+  VideoReader reader;
+  FfmpegOwner<AVFrame> picture;
+  int64_t row;  // of the picture, or of the one before the next; counted, not known, without pts
+};
+
+void seek(int64_t pts, int64_t row, Search* search) {
+  VideoReader& reader = search->reader;
+  if (av_seek_frame(reader.container.get(), reader.stream, pts, AVSEEK_FLAG_BACKWARD) < 0) return;
+  avcodec_flush_buffers(reader.decoder.get());
+  reader.isDrained = false;
+  search->row = row - 1;
+}
+
+// Decodes on to the wanted frame. Known by its timestamp, or where there are none by counting.
+bool find(const FrameTable& frames, int64_t row, Search* search) {
+  const int64_t pts = frames.pts[static_cast<size_t>(row)];
+  std::string error;
+  while (readFrame(&search->reader, search->picture.get(), &error) == ReadResult::FRAME) {
+    ++search->row;
+    const int64_t now = search->picture->best_effort_timestamp;
+    const bool isKnown = pts != NO_TIMESTAMP && now != AV_NOPTS_VALUE;
+    if (isKnown ? now == pts : search->row == row) {
+      search->row = row;
+      return true;
+    }
+    if (isKnown && now > pts) return false;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::vector<int64_t> framesToShow(const Json& events, Thumbs thumbs, const FrameTable& frames) {
+  std::set<int64_t> shown;
+  if (thumbs == Thumbs::NONE || frames.rows() == 0) return {};
+  std::vector<const Json*> ranked;
+  for (const Json& event : events) ranked.push_back(&event);
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [](const Json* a, const Json* b) { return weightOf(*a) > weightOf(*b); });
+  ranked.resize(std::min(ranked.size(), MOST_EVENTS));
+  for (const Json* const event : ranked) {
+    for (const char* const which : {"first_frame", "peak_frame", "last_frame"}) {
+      shown.insert((*event)[which].get<int64_t>());
+    }
+  }
+  if (thumbs == Thumbs::ALL) {
+    const int64_t pictures = std::min(PICTURES_OF_ALL, frames.rows());
+    for (int64_t k = 0; k < pictures; ++k) {
+      shown.insert(frames.firstFrame + k * frames.rows() / pictures);
+    }
+  }
+  return {shown.begin(), shown.end()};
+}
+
+Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
+                          const std::vector<int64_t>& wanted) {
+  Thumbnails thumbnails;
+  Search search = {{}, FfmpegOwner<AVFrame>(av_frame_alloc()), -1 - frames.firstFrame};
+  if (wanted.empty() || !openVideo(source, 1, &search.reader).empty()) return thumbnails;
+  for (const int64_t frame : wanted) {
+    const int64_t row = frame - frames.firstFrame;
+    const int64_t key = keyBefore(frames, row);
+    const int64_t keyPts = frames.pts[static_cast<size_t>(key)];
+    if (key > search.row && keyPts != NO_TIMESTAMP) seek(keyPts, key, &search);
+    if (!find(frames, row, &search)) continue;
+    const std::string jpeg = jpegOf(*search.picture);
+    if (!jpeg.empty()) thumbnails[frame] = jpeg;
+  }
+  return thumbnails;
+}

@@ -1,0 +1,20 @@
+// Small pictures of single frames, for the report.
+#ifndef LUMASCAN_THUMBNAILS_H
+#define LUMASCAN_THUMBNAILS_H
+
+#include <vector>
+
+#include "scan/json.h"
+#include "scan/options.h"
+#include "scan/storedResult.h"
+
+// The frames of which the report shows pictures: start, peak and end of the gravest events; with
+// ALL also frames at equal distances. Sorted, each once.
+std::vector<int64_t> framesToShow(const Json& events, Thumbs thumbs, const FrameTable& frames);
+
+// Reads the video once more, from key frame to key frame where it can be sought, and makes a JPEG
+// picture of each of these frames. One that is not found again is left out.
+Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
+                          const std::vector<int64_t>& wanted);
+
+#endif
