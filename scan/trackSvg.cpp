@@ -1,0 +1,93 @@
+#include "scan/trackSvg.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+// What falls into one column, in the order of its appearance.
+struct Column {
+  int place = -1;
+  double min = 0.0;
+  double max = 0.0;
+  bool isMinFirst = true;
+};
+
+void appendPoint(int column, double y, bool isStart, std::string* path) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%c%d %.1f", isStart ? 'M' : 'L', column, y);
+  *path += text;
+}
+
+void appendColumn(const Column& column, const ValueRange& range, bool isStart, std::string* path) {
+  const double first = column.isMinFirst ? column.min : column.max;
+  const double second = column.isMinFirst ? column.max : column.min;
+  appendPoint(column.place, svgHeightOf(first, range), isStart, path);
+  if (first != second) appendPoint(column.place, svgHeightOf(second, range), false, path);
+  // A lone point is drawn as a line of one column.
+  if (isStart && first == second) *path += "h1";
+}
+
+void addValue(double value, Column* column) {
+  if (value < column->min) {
+    column->min = value;
+    column->isMinFirst = false;
+  }
+  if (value > column->max) {
+    column->max = value;
+    column->isMinFirst = true;
+  }
+}
+
+}  // namespace
+
+ValueRange shownRange(double min, double max, const std::vector<double>& thresholds) {
+  constexpr double FURTHEST = 4.0;
+  if (std::isnan(min) || std::isnan(max)) return {0.0, 1.0};
+  ValueRange range = {min, max};
+  const double reach = FURTHEST * (max - min);
+  for (const double threshold : thresholds) {
+    if (std::isfinite(threshold) && threshold >= min - reach && threshold <= max + reach) {
+      range = {std::min(range.low, threshold), std::max(range.high, threshold)};
+    }
+  }
+  if (range.low < range.high) return range;
+  // One value alone stands at the bottom when it is 0, else in the middle.
+  const double margin = min == 0.0 ? 1.0 : std::fabs(min) / 2.0;
+  return {min == 0.0 ? 0.0 : min - margin, max + margin};
+}
+
+double svgHeightOf(double value, const ValueRange& range) {
+  // Halves: the difference of two finite numbers may not be one.
+  const double part = (value / 2.0 - range.low / 2.0) / (range.high / 2.0 - range.low / 2.0);
+  return SVG_HEIGHT * (1.0 - std::clamp(part, 0.0, 1.0));
+}
+
+std::string envelopePath(const std::vector<double>& times, const std::vector<double>& values,
+                         const TimeSpan& span, const ValueRange& range, bool isBridged) {
+  std::string path;
+  Column column;
+  bool isInterrupted = true;
+  bool isStart = true;
+  for (size_t row = 0; row < values.size(); ++row) {
+    const double value = values[row];
+    if (std::isnan(value)) {
+      isInterrupted = isInterrupted || !isBridged;
+      continue;
+    }
+    const double part = (times[row] - span.start) / (span.end - span.start);
+    const int place =
+        static_cast<int>(std::floor(std::clamp(part, 0.0, 1.0) * (SVG_COLUMNS - 1) + 0.5));
+    if (place == column.place) {
+      addValue(value, &column);
+    } else {
+      if (column.place >= 0) appendColumn(column, range, isStart, &path);
+      isStart = isInterrupted;
+      column = {place, value, value, true};
+    }
+    isInterrupted = false;
+  }
+  if (column.place >= 0) appendColumn(column, range, isStart, &path);
+  return path;
+}

@@ -1,0 +1,205 @@
+#include "sample.h"
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "scan/statistics.h"
+
+namespace {
+
+constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
+constexpr int64_t WITHOUT_TIME = 40;
+
+// One wave per indicator: its level, how far it swings, in how many seconds, and its noise.
+struct Wave {
+  double level, swing, period, noise;
+};
+
+constexpr std::array<Wave, INDICATORS> WAVES = {{{0.95, 0.04, 11.0, 0.01},
+                                                 {64.0, 20.0, 7.0, 2.0},
+                                                 {0.0, 0.0, 1.0, 0.0},
+                                                 {0.0, 0.0, 1.0, 0.0},
+                                                 {1.5, 1.0, 5.0, 0.4},
+                                                 {3.2, 0.6, 9.0, 0.2},
+                                                 {9.0, 5.0, 3.0, 1.5},
+                                                 {0.0, 0.0, 1.0, 0.0},
+                                                 {0.0, 0.0, 1.0, 0.0},
+                                                 {118.0, 30.0, 13.0, 2.0},
+                                                 {52.0, 12.0, 8.0, 1.0},
+                                                 {0.004, 0.003, 6.0, 0.001},
+                                                 {2.1, 0.5, 17.0, 0.2},
+                                                 {4.0, 1.0, 10.0, 0.5},
+                                                 {0.10, 0.05, 4.0, 0.02}}};
+
+struct Defect {
+  const char* type;
+  const char* severity;
+  const char* indicator;
+  double start, end;  // parts of the whole
+  double value;       // what the indicator is meanwhile
+  double threshold;
+};
+
+constexpr Defect DEFECTS[] = {{"black", "fail", "blackout", 0.00, 0.05, 1.0, 1.0},
+                              {"letterbox", "info", "letterbox", 0.10, 0.90, 0.125, 0.05},
+                              {"freeze", "fail", "freezing", 0.30, 0.37, 1.0, 1.0},
+                              {"blur", "warn", "blur", 0.50, 0.58, 9.3, 8.0},
+                              {"block_loss", "fail", "block_loss", 0.62, 0.63, 41.0, 20.0},
+                              {"scene_cut", "info", "temporal_activity", 0.70, 0.70, 88.0, 40.0},
+                              {"over_exposure", "warn", "exposure", 0.80, 0.86, 228.0, 215.0},
+                              {"freeze", "warn", "freezing", 0.95, 1.00, 1.0, 1.0}};
+
+double waveAt(const Wave& wave, double time, double noise) {
+  constexpr double TURN = 6.283185307179586;
+  const double value = wave.level + wave.swing * std::sin(TURN * time / wave.period);
+  return std::fmax(0.0, value + wave.noise * noise);
+}
+
+FrameTable makeFrames(int64_t count, double fps, uint32_t seed) {
+  FrameTable table;
+  std::mt19937 random(seed);
+  std::normal_distribution<double> noise;
+  for (int64_t frame = 0; frame < count; ++frame) {
+    const double time = static_cast<double>(frame) / fps;
+    FrameRow row{frame * 512, time, 1.0 / fps, frame % 48 == 0, frame % 211 == 100, {}};
+    if (frame == WITHOUT_TIME) row.time = UNDEFINED;
+    for (size_t i = 0; i < INDICATORS; ++i) {
+      row.values[i] = waveAt(WAVES[i], time + seed, noise(random));
+    }
+    for (const Defect& defect : DEFECTS) {
+      const double part = static_cast<double>(frame) / static_cast<double>(count - 1);
+      if (part < defect.start || part > defect.end + 0.5 / static_cast<double>(count)) continue;
+      const size_t i = indicatorNamed(defect.indicator);
+      const bool isFlag = defect.value == 1.0;
+      row.values[i] = isFlag ? 1.0 : defect.value * (1.0 + 0.02 * noise(random));
+    }
+    if (frame == 0) {
+      for (const char* const name : {"temporal_activity", "freezing", "flickering"}) {
+        row.values[indicatorNamed(name)] = UNDEFINED;
+      }
+    }
+    if (frame % 8 != 7) row.values[indicatorNamed("flickering")] = UNDEFINED;
+    appendRow(row, &table);
+  }
+  return table;
+}
+
+Json eventsOf(const FrameTable& table, double fps) {
+  Json events = Json::array();
+  const auto last = static_cast<double>(table.rows() - 1);
+  for (const Defect& defect : DEFECTS) {
+    const std::vector<double>& values = table.values[indicatorNamed(defect.indicator)];
+    const auto first = static_cast<int64_t>(std::ceil(defect.start * last));
+    const auto end = std::max(first, static_cast<int64_t>(std::floor(defect.end * last)));
+    int64_t peak = first;
+    for (int64_t frame = first; frame <= end; ++frame) {
+      if (values[static_cast<size_t>(frame)] > values[static_cast<size_t>(peak)]) peak = frame;
+    }
+    events.push_back({{"id", events.size() + 1},
+                      {"type", defect.type},
+                      {"severity", defect.severity},
+                      {"first_frame", first},
+                      {"last_frame", end},
+                      {"start_s", static_cast<double>(first) / fps},
+                      {"end_s", static_cast<double>(end + 1) / fps},
+                      {"duration_s", static_cast<double>(end + 1 - first) / fps},
+                      {"peak_frame", peak},
+                      {"peak_value", values[static_cast<size_t>(peak)]},
+                      {"threshold", defect.threshold},
+                      {"at_start", first == 0},
+                      {"at_end", end + 1 == table.rows()}});
+  }
+  return events;
+}
+
+Json numberOrNull(double value) {
+  return std::isnan(value) ? Json() : Json(value);
+}
+
+Json indicatorsOf(const FrameTable& table) {
+  constexpr size_t STRETCHES = 64;
+  Json indicators = Json::object();
+  for (size_t i = 0; i < INDICATORS; ++i) {
+    const std::vector<double>& values = table.values[i];
+    const Statistics all = statisticsOf(values);
+    Json overview = Json::array();
+    for (size_t k = 0; k < STRETCHES; ++k) {
+      const auto place = [&](size_t stretch) {
+        return values.begin() + static_cast<std::ptrdiff_t>(values.size() * stretch / STRETCHES);
+      };
+      overview.push_back(numberOrNull(statisticsOf({place(k), place(k + 1)}).mean));
+    }
+    indicators[INDICATOR_TABLE[i].name] = {{"n", all.n},
+                                           {"min", numberOrNull(all.min)},
+                                           {"max", numberOrNull(all.max)},
+                                           {"mean", numberOrNull(all.mean)},
+                                           {"overview", overview}};
+  }
+  return indicators;
+}
+
+Json thresholds() {
+  Json all = Json::object();
+  for (const Defect& defect : DEFECTS) {
+    all[defect.type] = {{"enter", defect.threshold}, {"severity", defect.severity}};
+  }
+  all["under_exposure"] = {{"enter", 30.0}, {"severity", "warn"}};
+  return all;
+}
+
+}  // namespace
+
+ReportInput sampleInput(const std::string& path, int64_t frames, double fps, uint32_t seed) {
+  ReportInput input;
+  input.frames = makeFrames(frames, fps, seed);
+  const double duration = static_cast<double>(frames) / fps;
+  input.result = {
+      {"schema_version", "1.0"},
+      {"tool", {{"name", "lumascan"}, {"version", "1.0.0"}}},
+      {"input",
+       {{"path", path},
+        {"size", 48213377},
+        {"checksum", "9ae0daaf"},
+        {"container", "mov,mp4,m4a,3gp,3g2,mj2"},
+        {"codec", "h264"},
+        {"pixel_format", "yuv420p"},
+        {"width", 1920},
+        {"height", 1080},
+        {"frame_rate", fps},
+        {"declared_duration_s", duration},
+        {"field_order", "progressive"},
+        {"color_range", "tv"},
+        {"color_transfer", "bt709"},
+        {"rotation", 0},
+        {"sample_aspect_ratio", "1:1"}}},
+      {"analysis",
+       {{"fps", fps},
+        {"luma", "copied"},
+        {"first_frame", 0},
+        {"frames", frames},
+        {"start_s", 0.0},
+        {"end_s", duration},
+        {"corrupt_frames", 3},
+        {"decode_errors", 0}}},
+      {"status", "complete"},
+      {"error", nullptr},
+      {"truncated", false},
+      {"warnings", Json::array({"The container declares one frame more than there are."})},
+      {"verdict", "fail"},
+      {"reasons", {"black for 1.5 s from 00:00:00:00", "freeze for 2.1 s", "block loss for 0.3 s"}},
+      {"indicators", indicatorsOf(input.frames)},
+      {"thresholds", thresholds()},
+      {"events", eventsOf(input.frames, fps)}};
+  return input;
+}
+
+ReportInput failedInput(const std::string& path) {
+  ReportInput input;
+  input.result = {{"input", {{"path", path}, {"size", 0}}},
+                  {"status", "failed"},
+                  {"error", "there is no video in it"},
+                  {"verdict", "incomplete"},
+                  {"reasons", Json::array({"Nothing was analysed."})}};
+  return input;
+}

@@ -1,0 +1,17 @@
+// Made-up analyses: plausible waves, events where they leave their thresholds.
+#ifndef LUMASCAN_TESTS_SAMPLE_H
+#define LUMASCAN_TESTS_SAMPLE_H
+
+#include <cstdint>
+#include <string>
+
+#include "scan/report.h"
+
+// `frames` frames at `fps`; the same seed gives the same ones. Flickering is defined once in eight
+// frames, three indicators only from the second frame on; frame 40 has no time of its own.
+ReportInput sampleInput(const std::string& path, int64_t frames, double fps, uint32_t seed);
+
+// What could not be opened: no frames, no events, hardly any facts.
+ReportInput failedInput(const std::string& path);
+
+#endif
