@@ -1,17 +1,11 @@
 #include "scan/eventList.h"
 
 #include <cmath>
-#include <nlohmann/json.hpp>
+#include "scan/json.h"
 
 #include "scan/frameTable.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-Json numberJson(double number) {
-  return std::isfinite(number) ? Json(number) : Json(nullptr);
-}
 
 Json eventJson(const Event& event) {
   return {{"id", event.id},
@@ -19,12 +13,12 @@ Json eventJson(const Event& event) {
           {"severity", severityName(event.severity)},
           {"first_frame", event.firstFrame},
           {"last_frame", event.lastFrame},
-          {"start_s", numberJson(event.startTime)},
-          {"end_s", numberJson(event.endTime)},
-          {"duration_s", numberJson(durationOf(event))},
+          {"start_s", numberOrNull(event.startTime)},
+          {"end_s", numberOrNull(event.endTime)},
+          {"duration_s", numberOrNull(durationOf(event))},
           {"peak_frame", event.peakFrame},
-          {"peak_value", numberJson(event.peakValue)},
-          {"threshold", numberJson(event.threshold)},
+          {"peak_value", numberOrNull(event.peakValue)},
+          {"threshold", numberOrNull(event.threshold)},
           {"at_start", event.isAtStart},
           {"at_end", event.isAtEnd}};
 }
@@ -40,7 +34,7 @@ double durationOf(const Event& event) {
   return wholeNanoseconds(event.endTime - event.startTime);
 }
 
-nlohmann::ordered_json eventsJson(const std::vector<Event>& events) {
+Json eventsJson(const std::vector<Event>& events) {
   Json all = Json::array();
   for (const Event& event : events) all.push_back(eventJson(event));
   return all;

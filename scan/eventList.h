@@ -3,17 +3,18 @@
 #define LUMASCAN_EVENT_LIST_H
 
 #include <cstdio>
-#include <nlohmann/json_fwd.hpp>
+
 #include <string>
 #include <vector>
 
 #include "scan/event.h"
+#include "scan/json.h"
 
 // Seconds from the event's start to its end; NaN: unknown.
 double durationOf(const Event& event);
 
 // An array with an object for every event, as docs/results.md has it. NaN is null.
-nlohmann::ordered_json eventsJson(const std::vector<Event>& events);
+Json eventsJson(const std::vector<Event>& events);
 
 // The names of an event's columns, and their texts, separated by commas; neither ends the line.
 extern const char* const EVENT_COLUMNS;

@@ -2,11 +2,9 @@
 #ifndef LUMASCAN_HTML_H
 #define LUMASCAN_HTML_H
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
-
-using Json = nlohmann::ordered_json;
+#include "scan/json.h"
 
 // Text for element content and quoted attributes. Bytes that are no UTF-8 become U+FFFD, control
 // characters (line ends too) their visible pictures, so that a name stays one line and one word.

@@ -5,11 +5,8 @@
 #include <cstring>
 #include <fstream>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
 constexpr Severity INFO = Severity::INFO;
@@ -173,7 +170,7 @@ std::string readThresholds(const std::string& path, Thresholds* thresholds) {
   return error;
 }
 
-nlohmann::ordered_json thresholdsJson(const Thresholds& thresholds) {
+Json thresholdsJson(const Thresholds& thresholds) {
   Json all = Json::object();
   for (size_t i = 0; i < EVENT_TYPES; ++i) {
     Json one = Json::object();

@@ -4,11 +4,12 @@
 
 #include <array>
 #include <cstddef>
-#include <nlohmann/json_fwd.hpp>
+
 #include <string>
 #include <string_view>
 
 #include "scan/event.h"
+#include "scan/json.h"
 
 constexpr size_t EVENT_TYPES = 19;
 
@@ -66,6 +67,6 @@ size_t eventTypeNamed(std::string_view type);
 std::string readThresholds(const std::string& path, Thresholds* thresholds);
 
 // An object of such objects, with every type and all that can be set of it.
-nlohmann::ordered_json thresholdsJson(const Thresholds& thresholds);
+Json thresholdsJson(const Thresholds& thresholds);
 
 #endif
