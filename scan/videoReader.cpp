@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "scan/fileEnding.h"
+
 namespace {
 
 constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
@@ -14,6 +16,7 @@ constexpr int MOST_ERRORS_AT_END = 256;
 // A file may end so many frames before what it declares: containers round, and count the last frame
 // in different ways.
 constexpr double FRAMES_OF_TOLERANCE = 2.5;
+constexpr char FILE_ADDRESS[] = "file:";
 
 // The stream that FFmpeg holds for the best, or the best of the others when that is a cover
 // picture.
@@ -47,7 +50,7 @@ int openContainer(const VideoSource& source, AVFormatContext** container) {
     av_dict_set(&options, "pixel_format", "yuv420p", 0);
   }
   // The file protocol takes any name, also one that looks like an address.
-  const std::string address = source.path == "-" ? "pipe:0" : "file:" + source.path;
+  const std::string address = source.path == "-" ? "pipe:0" : FILE_ADDRESS + source.path;
   const int error = avformat_open_input(container, address.c_str(), format, &options);
   av_dict_free(&options);
   return error;
@@ -67,6 +70,7 @@ void noteEnd(const AVPacket& packet, VideoReader* reader) {
   if (packet.stream_index == reader->stream) {
     reader->endsInDamage = (packet.flags & AV_PKT_FLAG_CORRUPT) != 0;
   }
+  reader->bytesRead = std::max(reader->bytesRead, packet.pos + packet.size);
   const int64_t time = packet.pts == AV_NOPTS_VALUE ? packet.dts : packet.pts;
   if (time == AV_NOPTS_VALUE) return;
   const AVStream& stream = *reader->container->streams[packet.stream_index];
@@ -172,8 +176,15 @@ double declaredDuration(const VideoReader& reader) {
 }
 
 bool isTruncated(const VideoReader& reader) {
+  const AVFormatContext& container = *reader.container;
+  const std::string format = container.iformat->name;
   const double missing = declaredDuration(reader) - reader.lastEnd;  // NaN: nothing is declared
-  return reader.endsInDamage || missing > FRAMES_OF_TOLERANCE / averageFrameRate(reader);
+  if (reader.endsInDamage || missing > FRAMES_OF_TOLERANCE / averageFrameRate(reader)) return true;
+  // Of YUV4MPEG a part of a frame is passed over without a word.
+  if (format == "yuv4mpegpipe" && avio_tell(container.pb) > reader.bytesRead) return true;
+  const std::string url = container.url;
+  return url.compare(0, sizeof FILE_ADDRESS - 1, FILE_ADDRESS) == 0 &&
+         lacksEnding(url.substr(sizeof FILE_ADDRESS - 1), format);
 }
 
 double positionInFile(const VideoReader& reader) {

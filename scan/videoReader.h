@@ -24,6 +24,7 @@ struct VideoReader {
   int64_t decodeErrors = 0;   // packets that the decoder has refused so far
   bool endsInDamage = false;  // the video's last packet so far was not whole
   double lastEnd = 0.0;       // seconds: when the last packet so far, of any stream, ends
+  int64_t bytesRead = 0;      // place in the file behind the last packet so far
 };
 
 // Opens the source's main video: the stream that a player would choose, and no cover art. Returns
@@ -57,8 +58,8 @@ double averageFrameRate(const VideoReader& reader);
 // what there is.
 double declaredDuration(const VideoReader& reader);
 
-// Whether a file that has been read to its end ends before the time that its container declares, or
-// in the middle of a packet.
+// Whether a file that has been read to its end ends before the time that its container declares, in
+// the middle of a packet, or without what closes a file of its kind.
 bool isTruncated(const VideoReader& reader);
 
 // How much of the file is behind the reader, 0 to 1, by the bytes read; 0 for a pipe.

@@ -115,7 +115,7 @@ std::string shortcoming(const AnalysisOutcome& outcome) {
     return "the picture size changes: analysed up to there";
   if (!outcome.error.empty()) return outcome.error;
   if (outcome.frames == 0) return "there is no frame to analyse";
-  if (outcome.isTruncated) return "the file is cut: it ends before its container says it does";
+  if (outcome.isTruncated) return "the file is cut: its end is missing";
   if (outcome.decodeErrors == 1) return "a packet could not be decoded: its picture is missing";
   if (outcome.decodeErrors > 1) {
     return std::to_string(outcome.decodeErrors) +
