@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::string_view GIF_ENDING("\0;", 2);  // the end of a block and the trailer
+constexpr std::string_view GIF_ENDING("\0;", 2);    // the end of a block and the trailer
 constexpr char OGG_PAGE[] = "OggS";                 // at the start of a page
 constexpr size_t OGG_FLAGS = 5;                     // place in it
 constexpr int OGG_CLOSES_STREAM = 4;                // flag

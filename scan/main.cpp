@@ -3,6 +3,7 @@
 
 #include "scan/commands.h"
 #include "scan/exitStatus.h"
+#include "scan/messages.h"
 
 int main(int argc, char** argv) {
   try {
@@ -20,7 +21,7 @@ int main(int argc, char** argv) {
         return runScan(options);
     }
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "lumascan: %s\n", error.what());
+    complain(error.what());
     return OUTPUT_PROBLEM;
   }
 }

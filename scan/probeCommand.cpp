@@ -1,9 +1,7 @@
 // What files say about themselves, without decoding them.
-#include <cerrno>
-#include <cstring>
-
 #include "scan/commands.h"
 #include "scan/exitStatus.h"
+#include "scan/messages.h"
 #include "scan/names.h"
 #include "scan/streamFacts.h"
 
@@ -35,7 +33,7 @@ int runProbe(const Options& options) {
     VideoReader reader;
     const std::string error = openVideo(source, 1, &reader);
     if (!error.empty()) {
-      std::fprintf(stderr, "lumascan: \"%s\": %s\n", printableName(path).c_str(), error.c_str());
+      complain(quoted(path) + ": " + error);
       status = INPUT_PROBLEM;
       continue;
     }
@@ -45,7 +43,5 @@ int runProbe(const Options& options) {
     files.push_back(std::move(file));
   }
   if (options.printsJson) std::fputs(jsonText(files).c_str(), stdout);
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-  std::fprintf(stderr, "lumascan: cannot write to standard output: %s\n", std::strerror(errno));
-  return OUTPUT_PROBLEM;
+  return finishOutput(status);
 }

@@ -16,6 +16,7 @@
 #include "scan/commands.h"
 #include "scan/exitStatus.h"
 #include "scan/inputs.h"
+#include "scan/messages.h"
 #include "scan/names.h"
 #include "scan/progress.h"
 #include "scan/version.h"
@@ -23,14 +24,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-void complain(const std::string& text) {
-  std::fprintf(stderr, "lumascan: %s\n", text.c_str());
-}
-
-std::string quoted(const std::string& name) {
-  return "\"" + printableName(name) + "\"";
-}
 
 size_t coresHere() {
   return std::max(1U, std::thread::hardware_concurrency());
@@ -217,14 +210,8 @@ int runTasks(const Options& options, const Thresholds& thresholds, std::vector<T
 
 int runScan(const Options& options) {
   const auto start = std::chrono::system_clock::now();
-  Thresholds thresholds = DEFAULT_THRESHOLDS;
-  if (!options.thresholds.empty()) {
-    const std::string mistake = readThresholds(options.thresholds, &thresholds);
-    if (!mistake.empty()) {
-      complain(mistake);
-      return USAGE;
-    }
-  }
+  Thresholds thresholds;
+  if (!chooseThresholds(options, &thresholds)) return USAGE;
   std::vector<std::string> problems;
   const std::vector<std::string> paths = findInputs(options, &problems);
   for (const std::string& problem : problems) complain(problem);
@@ -262,9 +249,5 @@ int runScan(const Options& options) {
     std::printf("Results: %s\n", printableName((fs::path(options.output) / page).string()).c_str());
   }
   close(lock);
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    complain(std::string("cannot write to standard output: ") + std::strerror(errno));
-    status = std::max<int>(status, OUTPUT_PROBLEM);
-  }
-  return status;
+  return finishOutput(status);
 }

@@ -1,12 +1,11 @@
 // Commands on results that are stored: nothing is decoded.
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 
 #include "scan/collection.h"
 #include "scan/commands.h"
 #include "scan/eventList.h"
 #include "scan/exitStatus.h"
+#include "scan/messages.h"
 #include "scan/names.h"
 #include "scan/report.h"
 #include "scan/storedResult.h"
@@ -15,38 +14,25 @@ namespace fs = std::filesystem;
 
 namespace {
 
-int complain(const std::string& text, int status) {
-  std::fprintf(stderr, "lumascan: %s\n", text.c_str());
-  return status;
-}
-
 // The results that the inputs name; one that cannot be read becomes a message and the status.
 std::vector<std::string> namedResults(const Options& options, int* status) {
   std::vector<std::string> folders;
   for (const std::string& input : options.inputs) {
     const std::vector<std::string> found = storedResults(input);
     if (found.empty()) {
-      *status = complain("there is no result in \"" + printableName(input) + "\"", INPUT_PROBLEM);
+      complain("there is no result in " + quoted(input));
+      *status = INPUT_PROBLEM;
     }
     folders.insert(folders.end(), found.begin(), found.end());
   }
   return folders;
 }
 
-int endOfOutput(int status) {
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-  return complain(std::string("cannot write to standard output: ") + std::strerror(errno),
-                  OUTPUT_PROBLEM);
-}
-
 }  // namespace
 
 int runEvents(const Options& options) {
-  Thresholds thresholds = DEFAULT_THRESHOLDS;
-  if (!options.thresholds.empty()) {
-    const std::string mistake = readThresholds(options.thresholds, &thresholds);
-    if (!mistake.empty()) return complain(mistake, USAGE);
-  }
+  Thresholds thresholds;
+  if (!chooseThresholds(options, &thresholds)) return USAGE;
   int status = DONE;
   Json all = Json::array();
   if (!options.printsJson) std::printf("path,%s\r\n", EVENT_COLUMNS);
@@ -54,7 +40,8 @@ int runEvents(const Options& options) {
     VideoResult result;
     const std::string error = readResult(folder, &result);
     if (!error.empty()) {
-      status = complain(error, INPUT_PROBLEM);
+      complain(error);
+      status = INPUT_PROBLEM;
       continue;
     }
     judgeResult(thresholds, &result);
@@ -72,7 +59,7 @@ int runEvents(const Options& options) {
                    {"events", result.json["events"]}});
   }
   if (options.printsJson) std::fputs(jsonText(all).c_str(), stdout);
-  return endOfOutput(status);
+  return finishOutput(status);
 }
 
 int runReport(const Options& options) {
@@ -83,7 +70,8 @@ int runReport(const Options& options) {
     VideoResult result;
     const std::string error = readResult(folder, &result);
     if (!error.empty()) {
-      status = complain(error, INPUT_PROBLEM);
+      complain(error);
+      status = INPUT_PROBLEM;
       continue;
     }
     inputs.push_back({result.json, result.frames, readThumbnails(folder)});
@@ -97,7 +85,10 @@ int runReport(const Options& options) {
   const std::string page = renderReport(inputs);
   const std::string error =
       writeOutput(path, [&](FILE* out) { std::fwrite(page.data(), 1, page.size(), out); });
-  if (!error.empty()) return complain(error, OUTPUT_PROBLEM);
+  if (!error.empty()) {
+    complain(error);
+    return OUTPUT_PROBLEM;
+  }
   if (!options.isQuiet) std::printf("%s\n", printableName(path).c_str());
-  return endOfOutput(status);
+  return finishOutput(status);
 }

@@ -33,40 +33,47 @@ std::string takeOutput(FILE* file) {
 
 }  // namespace
 
-ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
-                      const std::string& directory, const std::string& standardInput,
-                      const std::function<void()>& prepare) {
+StartedProgram startProgram(const std::string& program, const std::vector<std::string>& arguments,
+                            const std::string& directory, const std::string& standardInput,
+                            const std::function<void()>& prepare) {
   std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
 
-  FILE* out = makeOutput();
-  FILE* err = makeOutput();
-  const pid_t child = fork();
-  if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (child == 0) {
+  const StartedProgram started = {makeOutput(), makeOutput(), fork()};
+  if (started.process < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (started.process == 0) {
     const int in = open(standardInput.c_str(), O_RDONLY);
-    if (in >= 0 && dup2(in, 0) == 0 && dup2(fileno(out), 1) == 1 && dup2(fileno(err), 2) == 2 &&
-        chdir(directory.c_str()) == 0) {
+    if (in >= 0 && dup2(in, 0) == 0 && dup2(fileno(started.out), 1) == 1 &&
+        dup2(fileno(started.err), 2) == 2 && chdir(directory.c_str()) == 0) {
       prepare();
       execv(argv[0], argv.data());
     }
     _exit(127);
   }
+  return started;
+}
 
+ProgramRun waitFor(const StartedProgram& started) {
   ProgramRun run = {};
   int status = 0;
   for (;;) {
-    const pid_t changed = waitpid(child, &status, WUNTRACED);
+    const pid_t changed = waitpid(started.process, &status, WUNTRACED);
     if (changed < 0 && errno == EINTR) continue;
     if (changed < 0 || !WIFSTOPPED(status)) break;
     run.stops++;
-    kill(child, SIGCONT);
+    kill(started.process, SIGCONT);
   }
   run.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-  run.out = takeOutput(out);
-  run.err = takeOutput(err);
+  run.out = takeOutput(started.out);
+  run.err = takeOutput(started.err);
   return run;
+}
+
+ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
+                      const std::string& directory, const std::string& standardInput,
+                      const std::function<void()>& prepare) {
+  return waitFor(startProgram(program, arguments, directory, standardInput, prepare));
 }
 
 TemporaryDirectory::TemporaryDirectory()

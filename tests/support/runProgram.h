@@ -2,6 +2,9 @@
 #ifndef LUMAPROBE_TESTS_RUNPROGRAM_H
 #define LUMAPROBE_TESTS_RUNPROGRAM_H
 
+#include <sys/types.h>
+
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,6 +26,19 @@ ProgramRun runProgram(
     const std::string& program, const std::vector<std::string>& arguments,
     const std::string& directory, const std::string& standardInput = "/dev/null",
     const std::function<void()>& prepare = [] {});
+
+// The same in two steps, for tests that do something while the program runs.
+struct StartedProgram {
+  FILE* out;
+  FILE* err;
+  pid_t process;
+};
+
+StartedProgram startProgram(
+    const std::string& program, const std::vector<std::string>& arguments,
+    const std::string& directory, const std::string& standardInput = "/dev/null",
+    const std::function<void()>& prepare = [] {});
+ProgramRun waitFor(const StartedProgram& started);
 
 // A fresh empty folder that goes away with everything in it when the record goes out of scope.
 struct TemporaryDirectory {

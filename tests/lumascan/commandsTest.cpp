@@ -1,0 +1,167 @@
+// The command line: what is printed, and how the program ends.
+#include <filesystem>
+
+#include "scanRun.h"
+
+namespace fs = std::filesystem;
+
+TEST(Commands, explainMistakes) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const std::vector<std::pair<Arguments, std::string>> mistakes = {
+      {{}, "lumascan: "},
+      {{"scan"}, "there is no input"},
+      {{"a.mp4", "--frobnicate"}, "--frobnicate"},
+      {{"a.mp4", "--indicators", "blurr"}, "there is no indicator \"blurr\""},
+      {{"a.mp4", "--indicators", "0"}, "\"0\" requests no indicator"},
+      {{"a.mp4", "--start", "soon"}, "\"soon\" is neither seconds nor a timecode nor f:FRAME"},
+      {{"a.mp4", "--raw", "320@25"}, "\"320@25\" is not of the form WIDTHxHEIGHT@FPS"},
+      {{"a.mp4", "--formats", "pdf"}, "there is no format \"pdf\""},
+      {{"a.mp4", "--fail-on", "always"}, "\"always\" is not one of info, warn and fail"},
+      {{"a.mp4", "--thresholds", "none.json"},
+       "thresholds of \"none.json\": No such file or directory"},
+      {{"a.mp4", "--fps", "-5"}, "--fps"},
+      {{"events"}, "RESULT"}};
+  for (const auto& mistake : mistakes) {
+    const ProgramRun run = lumascan(directory, mistake.first);
+    EXPECT_EQ(run.status, 2) << mistake.second;
+    EXPECT_NE(run.err.find(mistake.second), std::string::npos) << run.err;
+    EXPECT_EQ(run.out, "");
+  }
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results"));
+}
+
+TEST(Commands, haveHelpAndVersion) {
+  const TemporaryDirectory directory;
+  EXPECT_EQ(lumascan(directory, {"--version"}).out, "lumascan 1.0.0\n");
+  for (const Arguments& arguments : {Arguments{"-h"}, {"scan", "--help"}, {"probe", "-h"}}) {
+    const ProgramRun run = lumascan(directory, arguments);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.out.find("Usage: lumascan"), std::string::npos) << run.out;
+    EXPECT_EQ(run.err, "");
+  }
+}
+
+TEST(Commands, endWithOne_atAFindingThatIsGraveEnough) {
+  const TemporaryDirectory directory;
+  // Black for a second: a warning at least.
+  makeClip(directory, "black.mkv", {"-c:v", "ffv1"}, "color=black:size=320x272:rate=25:duration=1");
+  EXPECT_EQ(lumascan(directory, {"black.mkv"}).status, 0);
+  EXPECT_EQ(lumascan(directory, {"black.mkv", "--fail-on", "info"}).status, 1);
+  writeFile(directory.path + "/strict.json", R"({"black": {"severity": "fail"}})");
+  const Arguments strict = {"black.mkv", "--fail-on", "fail", "--thresholds", "strict.json"};
+  EXPECT_EQ(lumascan(directory, strict).status, 1);
+  // What could not be read counts for more than what was found.
+  writeFile(directory.path + "/text.mp4", "no video");
+  EXPECT_EQ(lumascan(directory, {"black.mkv", "text.mp4", "--fail-on", "info"}).status, 3);
+}
+
+TEST(Commands, printJsonAndNothingElse) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const ProgramRun run = lumascan(directory, {"a.mp4", "--json"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, readFile(directory.path + "/lumascan-results/run.json"));
+  EXPECT_EQ(Json::parse(run.out)["files"][0]["path"], "a.mp4");
+}
+
+TEST(Commands, printNothing_whenQuiet) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const ProgramRun run = lumascan(directory, {"a.mp4", "-q"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out + run.err, "");
+}
+
+TEST(Commands, tellProgressAsJson) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1"}, "testsrc=size=1280x720:rate=25:duration=8");
+  const ProgramRun run = lumascan(directory, {"a.mkv", "--progress", "json", "-j", "1"});
+  EXPECT_EQ(run.status, 0);
+  double share = 0.0;
+  for (const std::string& line : linesOf(run.err)) {
+    const Json progress = Json::parse(line);
+    EXPECT_GE(progress["progress"], share);
+    EXPECT_LE(progress["progress"], 1.0);
+    share = progress["progress"];
+    EXPECT_EQ(progress["files"], 1);
+  }
+}
+
+TEST(Commands, planWithoutDoing) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const ProgramRun run = lumascan(directory, {"a.mp4", "-n"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "analyse     a.mp4 -> lumascan-results/a.mp4.lumascan\n");
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results"));
+}
+
+TEST(Commands, judgeStoredResultsAgain) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
+  fs::remove(directory.path + "/a.mp4");
+  const std::string folder = "lumascan-results/a.mp4.lumascan";
+  // The same thresholds find the same events.
+  const ProgramRun same = lumascan(directory, {"events", "lumascan-results"});
+  EXPECT_EQ(same.status, 0);
+  const std::vector<std::string> stored =
+      linesOf(readFile(directory.path + "/" + folder + "/events.csv"));
+  const std::vector<std::string> printed = linesOf(same.out);
+  ASSERT_EQ(printed.size(), stored.size());
+  EXPECT_EQ(printed[0], "path," + stored[0]);
+  for (size_t i = 1; i < stored.size(); ++i) EXPECT_EQ(printed[i], "a.mp4," + stored[i]);
+  // Any picture has a contrast below 200 levels.
+  writeFile(directory.path + "/strict.json",
+            R"({"low_contrast": {"enter": 200, "leave": 201, "min_s": 0, "severity": "fail"}})");
+  const Arguments strict = {"events", folder,      "--thresholds", "strict.json",
+                            "--json", "--fail-on", "fail"};
+  const ProgramRun changed = lumascan(directory, strict);
+  EXPECT_EQ(changed.status, 1);
+  const Json result = Json::parse(changed.out)[0];
+  EXPECT_EQ(result["verdict"], "fail");
+  bool isFound = false;
+  for (const Json& event : result["events"]) {
+    if (event["type"] != "low_contrast") continue;
+    isFound = true;
+    EXPECT_EQ(event["first_frame"], 0);
+    EXPECT_EQ(event["last_frame"], 18);
+    EXPECT_EQ(event["at_end"], true);
+  }
+  EXPECT_TRUE(isFound);
+  EXPECT_EQ(lumascan(directory, {"events", "nowhere"}).status, 3);
+}
+
+TEST(Commands, renderStoredResultsAgain) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeClip(directory, "b.avi", {"-c:v", "mpeg4"});
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "b.avi"}).status, 0);
+  const std::string page = directory.path + "/lumascan-results/a.mp4.lumascan/report.html";
+  const std::string before = readFile(page);
+  fs::remove(page);
+  EXPECT_EQ(lumascan(directory, {"report", "lumascan-results/a.mp4.lumascan"}).out,
+            "lumascan-results/a.mp4.lumascan/report.html\n");
+  EXPECT_EQ(readFile(page), before);
+  EXPECT_EQ(lumascan(directory, {"report", "lumascan-results", "-o", "both.html"}).status, 0);
+  const std::string both = readFile(directory.path + "/both.html");
+  EXPECT_NE(both.find("a.mp4"), std::string::npos);
+  EXPECT_NE(both.find("b.avi"), std::string::npos);
+  EXPECT_EQ(lumascan(directory, {"report", "lumascan-results", "-o", "no/such/folder"}).status, 4);
+}
+
+TEST(Commands, probeFiles) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const ProgramRun run = lumascan(directory, {"probe", "a.mp4", "missing.mp4", "--json"});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.err, "lumascan: \"missing.mp4\": No such file or directory\n");
+  const Json files = Json::parse(run.out);
+  ASSERT_EQ(files.size(), 1u);
+  EXPECT_EQ(files[0]["stream"]["codec"], "h264");
+  EXPECT_EQ(files[0]["stream"]["width"], 320);
+  EXPECT_EQ(files[0]["stream"]["declared_frames"], 19);
+  EXPECT_NE(lumascan(directory, {"probe", "a.mp4"}).out.find("frame_rate           25.0"),
+            std::string::npos);
+}

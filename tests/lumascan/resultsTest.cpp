@@ -1,0 +1,227 @@
+// What a scan leaves behind.
+#include <cmath>
+#include <filesystem>
+
+#include "scanRun.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// lumaprobe's report on what the ffmpeg program decodes.
+std::string lumaprobeReport(const TemporaryDirectory& directory, const std::string& video,
+                            const Arguments& arguments) {
+  decodeByProgram(directory, video, "decoded.yuv");
+  Arguments all = {"decoded.yuv"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  EXPECT_EQ(runProgram(LUMAPROBE_BINARY, all, directory.path).status, 0);
+  return readFile(directory.path + "/metricsResultsCSV.csv");
+}
+
+std::string fileOf(const TemporaryDirectory& directory, const std::string& video,
+                   const std::string& name) {
+  return readFile(directory.path + "/lumascan-results/" + video + ".lumascan/" + name);
+}
+
+}  // namespace
+
+TEST(Results, haveTheRowsOfLumaprobe) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeClip(directory, "b.avi", {"-c:v", "mpeg4", "-bf", "2"},
+           "testsrc2=size=160x96:rate=10:duration=2");
+  makeClip(directory, "c.mkv", {"-c:v", "ffv1"}, "testsrc=size=97x51:rate=50:duration=0.3");
+  makeClip(directory, "d.y4m", {"-pix_fmt", "yuv420p"});
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "b.avi", "c.mkv", "d.y4m"}).status, 0);
+  EXPECT_EQ(fileOf(directory, "a.mp4", "rows.tsv"),
+            lumaprobeReport(directory, "a.mp4", {"320", "272", "0x7fff", "25"}));
+  EXPECT_EQ(fileOf(directory, "b.avi", "rows.tsv"),
+            lumaprobeReport(directory, "b.avi", {"160", "96", "0x7fff", "10"}));
+  EXPECT_EQ(fileOf(directory, "d.y4m", "rows.tsv"),
+            lumaprobeReport(directory, "d.y4m", {"128", "80", "0x7fff", "25"}));
+  // What lumaprobe takes for a frame has whole chroma samples: of odd sizes it sees other rows.
+  EXPECT_EQ(linesOf(fileOf(directory, "c.mkv", "rows.tsv")).size(), 16u);
+}
+
+TEST(Results, areTheSame_howeverManyFilesRunAtOnce) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeClip(directory, "b.avi", {"-c:v", "mpeg4"});
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "b.avi", "-j", "1", "-o", "one"}).status, 0);
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "b.avi", "-j", "8", "-o", "eight"}).status, 0);
+  EXPECT_EQ(filesBelow(directory.path + "/one"), filesBelow(directory.path + "/eight"));
+}
+
+TEST(Results, ofARange_haveTheRowsOfLumaprobe) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "--fps", "10", "--start", "f:5", "--end", "f:15"}).status,
+            0);
+  // Ten frames from the fifth on at ten a second: lumaprobe reads the number of frames from the
+  // place of the rate, and the first frame from that of their number.
+  EXPECT_EQ(fileOf(directory, "a.mp4", "rows.tsv"),
+            lumaprobeReport(directory, "a.mp4", {"320", "272", "0x7fff", "10", "5", "0"}));
+  const Json analysis = resultOf(directory, "a.mp4")["analysis"];
+  EXPECT_EQ(analysis["first_frame"], 5);
+  EXPECT_EQ(analysis["frames"], 10);
+  EXPECT_EQ(analysis["start_s"], 0.2);
+  EXPECT_EQ(analysis["end_s"], 0.6);
+}
+
+TEST(Results, ofSomeIndicators_haveTheOthersEmpty) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "--indicators", "blur,contrast"}).status, 0);
+  EXPECT_EQ(fileOf(directory, "a.mp4", "rows.tsv"),
+            lumaprobeReport(directory, "a.mp4", {"320", "272", "0x420", "25"}));
+  const Json indicators = resultOf(directory, "a.mp4")["indicators"];
+  EXPECT_EQ(indicators["blur"]["n"], 19);
+  EXPECT_EQ(indicators["noise"]["n"], 0);
+  EXPECT_TRUE(indicators["noise"]["mean"].is_null());
+  const std::string row = linesOf(fileOf(directory, "a.mp4", "frames.csv"))[3];
+  EXPECT_EQ(row.substr(0, 6), "2,1024");
+  EXPECT_EQ(std::count(row.begin(), row.end(), ','), 20);
+  EXPECT_EQ(row.substr(row.size() - 6), ",,,,\r\n");
+}
+
+TEST(Results, listEveryFrameWithTheValuesOfItsRow) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
+  const std::vector<std::string> frames = linesOf(fileOf(directory, "a.mp4", "frames.csv"));
+  const std::vector<std::string> rows = linesOf(fileOf(directory, "a.mp4", "rows.tsv"));
+  ASSERT_EQ(frames.size(), 20u);
+  ASSERT_EQ(rows.size(), 20u);
+  for (size_t i = 1; i < 20; ++i) {
+    int frame = -1;
+    double time = 0.0;
+    double blockiness = 0.0;
+    double activity = 0.0;
+    // 25 frames a second in units of 1/12800: 512 for each.
+    ASSERT_EQ(std::sscanf(frames[i].c_str(), "%d,%*d,%lf,0.04,%*d,0,%lf,%lf", &frame, &time,
+                          &blockiness, &activity),
+              4)
+        << frames[i];
+    EXPECT_EQ(frame, static_cast<int>(i) - 1);
+    EXPECT_DOUBLE_EQ(time, (static_cast<double>(i) - 1.0) / 25.0);
+    char expected[64];
+    std::snprintf(expected, sizeof expected, "%05d \t%.5f \t%.5f \t", frame, blockiness, activity);
+    EXPECT_EQ(rows[i].substr(0, std::string(expected).size()), expected);
+  }
+}
+
+TEST(Results, areSummedUpOverAllFiles) {
+  const TemporaryDirectory directory;
+  fs::create_directory(directory.path + "/clips");
+  makeVideo(directory, "clips/a.mp4");
+  makeVideo(directory, "clips/b,\"c\".mp4");
+  EXPECT_EQ(lumascan(directory, {"clips", "--thresholds", "/dev/null"}).status, 2);
+  EXPECT_EQ(lumascan(directory, {"clips"}).status, 0);
+  const std::vector<std::string> summary =
+      linesOf(readFile(directory.path + "/lumascan-results/summary.csv"));
+  ASSERT_EQ(summary.size(), 3u);
+  EXPECT_EQ(summary[0].substr(0, 27), "path,status,verdict,frames,");
+  EXPECT_EQ(summary[1].substr(0, 21), "clips/a.mp4,complete,");
+  EXPECT_EQ(summary[2].substr(0, 29), "\"clips/b,\"\"c\"\".mp4\",complete,");
+  const Json run = readJson(directory, "lumascan-results/run.json");
+  EXPECT_EQ(run["files"].size(), 2u);
+  EXPECT_EQ(run["files"][0]["path"], "clips/a.mp4");
+  EXPECT_EQ(run["files"][0]["frames"], 19);
+  EXPECT_EQ(run["exit_status"], 0);
+  const std::string page = readFile(directory.path + "/lumascan-results/index.html");
+  EXPECT_NE(page.find("href=\"clips/a.mp4.lumascan/report.html\""), std::string::npos);
+}
+
+TEST(Results, haveTheFormatsThatAreAskedFor) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const auto names = [&] {
+    std::vector<std::string> found;
+    for (const auto& file : filesBelow(directory.path + "/lumascan-results")) {
+      if (file.first.find("thumbs") == std::string::npos) found.push_back(file.first);
+    }
+    return found;
+  };
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
+  EXPECT_EQ(names(), (std::vector<std::string>{
+                         "a.mp4.lumascan/events.csv", "a.mp4.lumascan/frames.csv",
+                         "a.mp4.lumascan/report.html", "a.mp4.lumascan/result.json",
+                         "a.mp4.lumascan/rows.tsv", "events.csv", "index.html", "summary.csv"}));
+  // What is not wanted any more does not stay beside what is.
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "--formats", "json"}).status, 0);
+  EXPECT_EQ(names()[0], "a.mp4.lumascan/result.json");
+}
+
+TEST(Results, areOfThePipe) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.y4m", {"-pix_fmt", "yuv420p"});
+  EXPECT_EQ(lumascan(directory, {"-"}, "a.y4m").status, 0);
+  const Json result = readJson(directory, "lumascan-results/stdin.lumascan/result.json");
+  EXPECT_EQ(result["status"], "complete");
+  EXPECT_EQ(result["analysis"]["frames"], 25);
+  EXPECT_TRUE(result["input"]["size"].is_null());
+  EXPECT_EQ(fileOf(directory, "stdin", "rows.tsv"),
+            lumaprobeReport(directory, "a.y4m", {"128", "80", "0x7fff", "25"}));
+}
+
+TEST(Results, areOfRawFiles) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  decodeByProgram(directory, "a.mp4", "a.yuv");
+  EXPECT_EQ(lumascan(directory, {"--raw", "320x272@30000/1001", "a.yuv"}).status, 0);
+  EXPECT_EQ(fileOf(directory, "a.yuv", "rows.tsv"),
+            lumaprobeReport(directory, "a.mp4", {"320", "272", "0x7fff", "29.97"}));
+  EXPECT_EQ(resultOf(directory, "a.yuv")["analysis"]["frames"], 19);
+  // A frame of which a byte is missing.
+  const std::string bytes = readFile(directory.path + "/a.yuv");
+  writeFile(directory.path + "/cut.yuv", bytes.substr(0, bytes.size() - 1));
+  EXPECT_EQ(lumascan(directory, {"--raw", "320x272@25", "cut.yuv"}).status, 3);
+  EXPECT_EQ(resultOf(directory, "cut.yuv")["status"], "partial");
+  EXPECT_EQ(resultOf(directory, "cut.yuv")["analysis"]["frames"], 18);
+}
+
+TEST(Results, sayWhatIsWrongWithAFile) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const std::string bytes = readFile(directory.path + "/a.mp4");
+  writeFile(directory.path + "/cut.mp4", bytes.substr(0, bytes.size() / 2));
+  writeFile(directory.path + "/text.mp4", "no video");
+  const ProgramRun run = lumascan(directory, {"text.mp4", "cut.mp4", "missing.mp4", "a.mp4"});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_NE(run.err.find("lumascan: cannot open \"missing.mp4\": No such file or directory\n"),
+            std::string::npos);
+  EXPECT_NE(run.err.find("lumascan: \"cut.mp4\": the file is cut: its end is missing\n"),
+            std::string::npos);
+  EXPECT_NE(run.err.find("lumascan: \"text.mp4\": Invalid data found when processing input\n"),
+            std::string::npos);
+  EXPECT_EQ(resultOf(directory, "a.mp4")["status"], "complete");
+  EXPECT_EQ(resultOf(directory, "text.mp4")["status"], "failed");
+  EXPECT_EQ(resultOf(directory, "text.mp4")["verdict"], "incomplete");
+  const Json cut = resultOf(directory, "cut.mp4");
+  EXPECT_EQ(cut["status"], "partial");
+  EXPECT_EQ(cut["truncated"], true);
+  EXPECT_EQ(cut["events"].back()["type"], "truncation");
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/missing.mp4.lumascan"));
+}
+
+TEST(Results, areOfFilesWithAnyName) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  const std::string bytes = readFile(directory.path + "/a.mp4");
+  const std::vector<std::string> names = {"sp ace.mp4",     "q\"uo'te.mp4", "new\nline.mp4",
+                                          "in\xff\xfe.mp4", "-dash.mp4",    "http:x.mp4",
+                                          "<b>\"&amp;.mp4", "%41#?.mp4"};
+  for (const std::string& name : names) writeFile(directory.path + "/" + name, bytes);
+  const ProgramRun run = lumascan(directory, {"."});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(linesOf(run.out).size(), names.size() + 2);
+  for (const std::string& name : names) {
+    EXPECT_EQ(fileOf(directory, name, "rows.tsv"), fileOf(directory, "a.mp4", "rows.tsv")) << name;
+  }
+  EXPECT_EQ(resultOf(directory, "in\xff\xfe.mp4")["input"]["path"],
+            "in\xef\xbf\xbd\xef\xbf\xbd.mp4");
+  EXPECT_EQ(resultOf(directory, "in\xff\xfe.mp4")["input"]["path_uri"], "in%FF%FE.mp4");
+  const std::string page = readFile(directory.path + "/lumascan-results/index.html");
+  EXPECT_EQ(page.find("<b>\""), std::string::npos);
+  EXPECT_NE(page.find("href=\"%2541%23%3F.mp4.lumascan/report.html\""), std::string::npos);
+}

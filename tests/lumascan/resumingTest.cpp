@@ -1,0 +1,244 @@
+// Scans that are repeated, disturbed and stopped.
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <thread>
+
+#include "scanRun.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+StartedProgram start(const TemporaryDirectory& directory, const Arguments& arguments) {
+  return startProgram(LUMASCAN_BINARY, arguments, directory.path);
+}
+
+// What the plan of a scan says about its only file.
+std::string planOf(const TemporaryDirectory& directory, Arguments arguments) {
+  arguments.insert(arguments.end(), {"a.mp4", "-n"});
+  const std::string plan = lumascan(directory, arguments).out;
+  return plan.substr(0, plan.find("  "));
+}
+
+void waitUntilGone(pid_t process) {
+  for (int i = 0; i < 200 && isAlive(process); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  EXPECT_FALSE(isAlive(process));
+}
+
+}  // namespace
+
+TEST(Resuming, skipsWhatIsUpToDate) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
+  const fs::path rows = directory.path + "/lumascan-results/a.mp4.lumascan/rows.tsv";
+  const auto written = fs::last_write_time(rows);
+  const ProgramRun again = lumascan(directory, {"a.mp4"});
+  EXPECT_EQ(again.status, 0);
+  EXPECT_NE(again.out.find("(up to date)"), std::string::npos);
+  EXPECT_EQ(fs::last_write_time(rows), written);
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "--force"}).status, 0);
+  EXPECT_NE(fs::last_write_time(rows), written);
+}
+
+TEST(Resuming, redoesWhatHasChanged) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
+  EXPECT_EQ(planOf(directory, {}), "up to date");
+  EXPECT_EQ(planOf(directory, {"--fps", "50"}), "analyse");
+  EXPECT_EQ(planOf(directory, {"--start", "f:1"}), "analyse");
+  EXPECT_EQ(planOf(directory, {"--indicators", "blur"}), "analyse");
+  EXPECT_EQ(planOf(directory, {"--thumbs", "none"}), "judge");
+  writeFile(directory.path + "/strict.json", R"({"blur": {"enter": 1, "leave": 0.5}})");
+  EXPECT_EQ(planOf(directory, {"--thresholds", "strict.json"}), "judge");
+  const fs::path file = directory.path + "/a.mp4";
+  const auto time = fs::last_write_time(file);
+  fs::last_write_time(file, time + std::chrono::seconds(1));
+  EXPECT_EQ(planOf(directory, {}), "analyse");
+  fs::last_write_time(file, time);
+  EXPECT_EQ(planOf(directory, {}), "up to date");
+  // The same size and time, another content.
+  std::string bytes = readFile(file.string());
+  bytes[bytes.size() - 9] = static_cast<char>(bytes[bytes.size() - 9] + 1);
+  writeFile(file.string(), bytes);
+  fs::last_write_time(file, time);
+  EXPECT_EQ(planOf(directory, {}), "analyse");
+}
+
+TEST(Resuming, judgesAgainWithoutDecoding) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
+  const std::string folder = directory.path + "/lumascan-results/a.mp4.lumascan/";
+  // Other values than the file's would give: they are taken as they are stored.
+  std::string frames = readFile(folder + "frames.csv");
+  const size_t at = frames.find("\r\n3,") + 2;
+  frames.replace(at, frames.find("\r\n", at) - at, "3,1536,0.12,0.04,0,0,,,,,,,,,,,,,,,");
+  writeFile(folder + "frames.csv", frames);
+  const auto written = fs::last_write_time(folder + "rows.tsv");
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "--thumbs", "none"}).status, 0);
+  EXPECT_EQ(fs::last_write_time(folder + "rows.tsv"), written);
+  EXPECT_EQ(readFile(folder + "frames.csv"), frames);
+}
+
+TEST(Resuming, triesWhatFailedAgain) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/a.mp4", "no video");
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 3);
+  EXPECT_EQ(planOf(directory, {}), "analyse");
+}
+
+TEST(Resuming, startsACrashedWorkerOnceMore) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeFifo(directory, "stuck.mp4");
+  const StartedProgram scan = start(directory, {"stuck.mp4", "-j", "1"});
+  const pid_t first = childrenOf(scan.process, 1).at(0);
+  kill(first, SIGSEGV);
+  waitUntilGone(first);
+  const pid_t second = childrenOf(scan.process, 1).at(0);
+  EXPECT_NE(second, first);
+  kill(second, SIGKILL);
+  const ProgramRun run = waitFor(scan);
+  EXPECT_EQ(run.status, 3);
+  EXPECT_NE(run.err.find("\"stuck.mp4\" ended by signal 11 (Segmentation fault): trying once more"),
+            std::string::npos)
+      << run.err;
+  EXPECT_NE(run.err.find("ended by signal 9 (Killed): given up"), std::string::npos) << run.err;
+  const Json result = resultOf(directory, "stuck.mp4");
+  EXPECT_EQ(result["status"], "failed");
+  EXPECT_EQ(result["error"], "its analysis was given up after two attempts: signal 9 (Killed)");
+  EXPECT_TRUE(fs::exists(directory.path + "/lumascan-results/stuck.mp4.lumascan/report.html"));
+}
+
+TEST(Resuming, finishesTheOthers_whenAWorkerCrashes) {
+  const TemporaryDirectory directory;
+  makeFifo(directory, "a-stuck.mp4");
+  makeVideo(directory, "b.mp4");
+  const ProgramRun run =
+      lumascan(directory, {"a-stuck.mp4", "b.mp4", "-j", "1", "--stall-timeout", "0.5"});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_NE(run.err.find("ended by having no new frame for 0.5 seconds: given up"),
+            std::string::npos)
+      << run.err;
+  EXPECT_EQ(resultOf(directory, "b.mp4")["status"], "complete");
+  EXPECT_EQ(resultOf(directory, "a-stuck.mp4")["status"], "failed");
+}
+
+TEST(Resuming, leavesNoWorkerBehind) {
+  const TemporaryDirectory directory;
+  makeFifo(directory, "a.mp4");
+  makeFifo(directory, "b.mp4");
+  const StartedProgram scan = start(directory, {"a.mp4", "b.mp4", "-j", "2"});
+  const std::vector<pid_t> workers = childrenOf(scan.process, 2);
+  kill(scan.process, SIGKILL);
+  EXPECT_EQ(waitFor(scan).status, 128 + SIGKILL);
+  for (const pid_t worker : workers) waitUntilGone(worker);
+}
+
+TEST(Resuming, finishesRunningFilesAtTheFirstInterrupt_andStopsAtTheSecond) {
+  const TemporaryDirectory directory;
+  makeFifo(directory, "a.mp4");
+  makeVideo(directory, "b.mp4");
+  const StartedProgram scan = start(directory, {"a.mp4", "b.mp4", "-j", "1"});
+  const pid_t worker = childrenOf(scan.process, 1).at(0);
+  kill(scan.process, SIGINT);
+  std::this_thread::sleep_for(std::chrono::milliseconds(700));
+  EXPECT_TRUE(isAlive(worker));
+  kill(scan.process, SIGINT);
+  const ProgramRun run = waitFor(scan);
+  EXPECT_EQ(run.status, 130);
+  EXPECT_FALSE(isAlive(worker));
+  EXPECT_NE(run.err.find("finishing 1 running file(s); press Ctrl-C again to stop at once"),
+            std::string::npos);
+  EXPECT_NE(run.err.find("stopped; the same command goes on from here"), std::string::npos);
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/b.mp4.lumascan"));
+  // Nothing half-written is left.
+  for (const auto& file : filesBelow(directory.path + "/lumascan-results")) {
+    EXPECT_EQ(file.first.find(".part"), std::string::npos) << file.first;
+  }
+}
+
+TEST(Resuming, stopsAtOnce_whenTerminated) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeFifo(directory, "b.mp4");
+  EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
+  const StartedProgram scan = start(directory, {"a.mp4", "b.mp4"});
+  const pid_t worker = childrenOf(scan.process, 1).at(0);
+  kill(scan.process, SIGTERM);
+  EXPECT_EQ(waitFor(scan).status, 143);
+  EXPECT_FALSE(isAlive(worker));
+  EXPECT_EQ(planOf(directory, {}), "up to date");
+}
+
+TEST(Resuming, keepsASecondScanOut) {
+  const TemporaryDirectory directory;
+  makeFifo(directory, "a.mp4");
+  makeVideo(directory, "b.mp4");
+  const StartedProgram scan = start(directory, {"a.mp4"});
+  childrenOf(scan.process, 1);
+  const ProgramRun second = lumascan(directory, {"b.mp4"});
+  EXPECT_EQ(second.status, 4);
+  EXPECT_EQ(second.err, "lumascan: another scan is writing to \"lumascan-results\"\n");
+  kill(scan.process, SIGTERM);
+  waitFor(scan);
+  EXPECT_EQ(lumascan(directory, {"b.mp4"}).status, 0);
+}
+
+TEST(Resuming, endsWithFour_whereResultsCannotBeWritten) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeVideo(directory, "b.mp4");
+  writeFile(directory.path + "/file", "");
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "-o", "file"}).status, 4);
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "-o", "file/below"}).status, 4);
+  // Files of more than 1000 bytes cannot be written, as on a full disk.
+  const ProgramRun run = lumascan(directory, {"a.mp4", "b.mp4", "-j", "1"}, "/dev/null", [] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {1000, 1000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  });
+  EXPECT_EQ(run.status, 4);
+  EXPECT_NE(run.err.find("rows.tsv\": File too large\n"), std::string::npos) << run.err;
+  for (const auto& file : filesBelow(directory.path + "/lumascan-results")) {
+    EXPECT_EQ(file.first.find("a.mp4.lumascan/"), std::string::npos) << file.first;
+  }
+  EXPECT_EQ(lumascan(directory, {"a.mp4", "b.mp4"}).status, 0);
+}
+
+TEST(Resuming, comesToTheSameEnd_whateverIsKilledOnTheWay) {
+  const TemporaryDirectory directory;
+  for (const char* const name : {"a.mp4", "b.mp4", "c.mp4", "d.mp4"}) makeVideo(directory, name);
+  const Arguments scan = {"a.mp4", "b.mp4", "c.mp4", "d.mp4", "-j", "2"};
+  Arguments calm = scan;
+  calm.insert(calm.end(), {"-o", "calm"});
+  ASSERT_EQ(lumascan(directory, calm).status, 0);
+  std::mt19937 random(1);
+  for (int round = 0; round < 12; ++round) {
+    SCOPED_TRACE(round);
+    const StartedProgram disturbed = start(directory, scan);
+    std::this_thread::sleep_for(std::chrono::milliseconds(random() % 250));
+    std::ifstream list("/proc/" + std::to_string(disturbed.process) + "/task/" +
+                       std::to_string(disturbed.process) + "/children");
+    pid_t worker = 0;
+    list >> worker;
+    kill(round % 2 == 0 || worker == 0 ? disturbed.process : worker, SIGKILL);
+    waitFor(disturbed);
+    if (round % 3 == 2) {
+      EXPECT_EQ(lumascan(directory, scan).status, 0);
+      EXPECT_EQ(filesBelow(directory.path + "/lumascan-results"),
+                filesBelow(directory.path + "/calm"));
+      fs::remove_all(directory.path + "/lumascan-results");
+    }
+  }
+}
