@@ -1,14 +1,18 @@
 #include "scan/thumbnails.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 namespace {
 
 constexpr size_t MOST_EVENTS = 40;        // with three pictures each
 constexpr int64_t PICTURES_OF_ALL = 100;  // at equal distances
-constexpr int MOST_WIDTH = 240;           // samples
-constexpr int QUALITY = 5;                // of JPEG as FFmpeg counts it, 2 best to 31
+// Frames that may be decoded once more for pictures of events: one in 25, or so many.
+constexpr int64_t BUDGET_SHARE = 25;
+constexpr int64_t LEAST_BUDGET = 300;
+constexpr int MOST_WIDTH = 240;  // samples
+constexpr int QUALITY = 5;       // of JPEG as FFmpeg counts it, 2 best to 31
 
 int weightOf(const Json& event) {
   const std::string severity = event["severity"];
@@ -103,20 +107,39 @@ bool find(const FrameTable& frames, int64_t row, Search* search) {
   return false;
 }
 
+// The frames of the gravest events, the most telling first.
+std::vector<int64_t> ranked(const Json& events) {
+  std::vector<const Json*> order;
+  for (const Json& event : events) order.push_back(&event);
+  std::stable_sort(order.begin(), order.end(),
+                   [](const Json* a, const Json* b) { return weightOf(*a) > weightOf(*b); });
+  order.resize(std::min(order.size(), MOST_EVENTS));
+  std::vector<int64_t> frames;
+  for (const Json* const event : order) {
+    for (const char* const which : {"peak_frame", "first_frame", "last_frame"}) {
+      frames.push_back((*event)[which].get<int64_t>());
+    }
+  }
+  return frames;
+}
+
 }  // namespace
 
 std::vector<int64_t> framesToShow(const Json& events, Thumbs thumbs, const FrameTable& frames) {
-  std::set<int64_t> shown;
   if (thumbs == Thumbs::NONE || frames.rows() == 0) return {};
-  std::vector<const Json*> ranked;
-  for (const Json& event : events) ranked.push_back(&event);
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [](const Json* a, const Json* b) { return weightOf(*a) > weightOf(*b); });
-  ranked.resize(std::min(ranked.size(), MOST_EVENTS));
-  for (const Json* const event : ranked) {
-    for (const char* const which : {"first_frame", "peak_frame", "last_frame"}) {
-      shown.insert((*event)[which].get<int64_t>());
-    }
+  const bool isLimited = thumbs != Thumbs::ALL;
+  const int64_t budget = std::max(LEAST_BUDGET, frames.rows() / BUDGET_SHARE);
+  std::set<int64_t> shown;
+  std::map<int64_t, int64_t> decoded;  // how many frames from each key frame on
+  int64_t spent = 0;
+  for (const int64_t frame : ranked(events)) {
+    const int64_t row = frame - frames.firstFrame;
+    const int64_t key = keyBefore(frames, row);
+    const int64_t extra = std::max(int64_t{0}, row - key + 1 - decoded[key]);
+    if (isLimited && spent + extra > budget) continue;
+    spent += extra;
+    decoded[key] += extra;
+    shown.insert(frame);
   }
   if (thumbs == Thumbs::ALL) {
     const int64_t pictures = std::min(PICTURES_OF_ALL, frames.rows());

@@ -8,8 +8,9 @@
 #include "scan/options.h"
 #include "scan/storedResult.h"
 
-// The frames of which the report shows pictures: start, peak and end of the gravest events; with
-// ALL also frames at equal distances. Sorted, each once.
+// The frames of which the report shows pictures: peak, start and end of the gravest events, as far
+// as they can be had by decoding little of the video once more; with ALL whatever that takes, and
+// also frames at equal distances. Sorted, each once.
 std::vector<int64_t> framesToShow(const Json& events, Thumbs thumbs, const FrameTable& frames);
 
 // Reads the video once more, from key frame to key frame where it can be sought, and makes a JPEG
