@@ -39,15 +39,16 @@ bool parsePosition(const std::string& text, Position* position) {
     return parseWhole(parts[1], &position->frames);
   }
   if (parts.size() > 4) return false;
-  if (parts.size() == 4) {
+  const bool isTimecode = parts.size() == 4;
+  if (isTimecode) {
     if (!parseWhole(parts.back(), &position->frames)) return false;
     parts.pop_back();
   }
   for (size_t i = 0; i < parts.size(); ++i) {
-    const bool isLast = i + 1 == parts.size();
+    const bool mayBeFraction = i + 1 == parts.size() && !isTimecode;
     double value = 0.0;
     if (!parseWhole(parts[i], &value)) return false;
-    if (!isLast && value != std::floor(value)) return false;
+    if (!mayBeFraction && value != std::floor(value)) return false;
     if (i > 0 && value >= SECONDS_PER_UNIT) return false;
     position->seconds = position->seconds * SECONDS_PER_UNIT + value;
   }
