@@ -1,5 +1,6 @@
 #include "scan/frameTable.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -42,7 +43,15 @@ bool parseFlag(std::string_view field, bool* flag) {
   return *flag || field == "0";
 }
 
+// Whether a line has as many fields as the header, and only what shortestText() makes of numbers.
+bool hasFormOfRow(std::string_view line) {
+  constexpr size_t COMMAS = 5 + INDICATORS;
+  const bool isNumeric = line.find_first_not_of("0123456789+-.e,") == std::string_view::npos;
+  return isNumeric && static_cast<size_t>(std::count(line.begin(), line.end(), ',')) == COMMAS;
+}
+
 bool parseRow(std::string_view line, int64_t* frame, FrameRow* row) {
+  if (!hasFormOfRow(line)) return false;
   *row = {NO_TIMESTAMP, UNDEFINED, UNDEFINED, false, false, {}};
   const std::string_view number = nextField(&line);
   bool isGood = !number.empty() && parse(number, frame) && parse(nextField(&line), &row->pts) &&
@@ -53,7 +62,7 @@ bool parseRow(std::string_view line, int64_t* frame, FrameRow* row) {
     value = UNDEFINED;
     isGood = isGood && parse(nextField(&line), &value);
   }
-  return isGood && line.empty();
+  return isGood;
 }
 
 }  // namespace
@@ -101,7 +110,8 @@ std::string readFramesCsv(const std::string& path, FrameTable* table) {
   if (in == nullptr) return std::strerror(errno);
   *table = {};
   char text[LONGEST_LINE];
-  for (int64_t number = 1; std::fgets(text, sizeof text, in.get()) != nullptr; ++number) {
+  int64_t number = 1;
+  for (; std::fgets(text, sizeof text, in.get()) != nullptr; ++number) {
     std::string_view line = text;
     const std::string place = "line " + std::to_string(number);
     if (line.size() < 2 || line.substr(line.size() - 2) != "\r\n") return place + " has no end";
@@ -118,5 +128,6 @@ std::string readFramesCsv(const std::string& path, FrameTable* table) {
       return place + " does not follow the one before";
     appendRow(row, table);
   }
-  return std::ferror(in.get()) != 0 ? std::strerror(errno) : "";
+  if (std::ferror(in.get()) != 0) return std::strerror(errno);
+  return number == 1 ? "line 1 is not the header of frames.csv" : "";
 }
