@@ -83,6 +83,6 @@ void removeLeftovers(const std::string& folder) {
     const bool isTemporary = extension.compare(0, sizeof TEMPORARY - 1, TEMPORARY) == 0 &&
                              !number.empty() &&
                              number.find_first_not_of("0123456789") == std::string::npos;
-    if (isTemporary) std::filesystem::remove(entry.path(), error);
+    if (isTemporary && entry.is_regular_file(error)) std::filesystem::remove(entry.path(), error);
   }
 }
