@@ -1,0 +1,326 @@
+// The command line: every option, and every mistake.
+#include "scan/options.h"
+
+#include <gtest/gtest.h>
+
+#include "clips.h"
+#include "scan/exitStatus.h"
+
+namespace {
+
+struct Parsing {
+  std::optional<int> status;
+  Options options;
+  std::string out;
+  std::string err;
+};
+
+Parsing parse(Arguments arguments) {
+  arguments.insert(arguments.begin(), "lumascan");
+  std::vector<char*> argv;
+  for (std::string& argument : arguments) argv.push_back(argument.data());
+  const auto argc = static_cast<int>(argv.size());
+  argv.push_back(nullptr);
+  Parsing parsing;
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  parsing.status = parseOptions(argc, argv.data(), &parsing.options);
+  parsing.out = testing::internal::GetCapturedStdout();
+  parsing.err = testing::internal::GetCapturedStderr();
+  return parsing;
+}
+
+// The options of a command line without mistakes.
+Options optionsOf(const Arguments& arguments) {
+  const Parsing parsing = parse(arguments);
+  EXPECT_FALSE(parsing.status.has_value());
+  EXPECT_EQ(parsing.out, "");
+  EXPECT_EQ(parsing.err, "");
+  return parsing.options;
+}
+
+// Those of a scan of one file with further arguments.
+Options scanWith(Arguments arguments) {
+  arguments.emplace_back("a.mp4");
+  const Options options = optionsOf(arguments);
+  EXPECT_EQ(options.verb, Verb::SCAN);
+  EXPECT_EQ(options.inputs, Arguments({"a.mp4"}));
+  return options;
+}
+
+// Expects that a command line is refused with a message that has a certain text.
+void expectMistake(const Arguments& arguments, const std::string& text) {
+  SCOPED_TRACE(testing::PrintToString(arguments));
+  const Parsing parsing = parse(arguments);
+  EXPECT_EQ(parsing.status, std::optional<int>(USAGE));
+  EXPECT_EQ(parsing.out, "");
+  EXPECT_EQ(parsing.err.rfind("lumascan: ", 0), 0u) << parsing.err;
+  EXPECT_NE(parsing.err.find(text), std::string::npos) << parsing.err;
+  EXPECT_NE(parsing.err.find("\nTry 'lumascan --help'.\n"), std::string::npos) << parsing.err;
+}
+
+}  // namespace
+
+TEST(ParseOptions, takesAScanForGranted) {
+  for (const Arguments& arguments : {Arguments{"a.mp4", "-"}, Arguments{"scan", "a.mp4", "-"}}) {
+    const Options options = optionsOf(arguments);
+    EXPECT_EQ(options.verb, Verb::SCAN);
+    EXPECT_EQ(options.inputs, Arguments({"a.mp4", "-"}));
+  }
+}
+
+TEST(ParseOptions, hasWhatIsUsualWhereNothingIsSaid) {
+  const Options options = scanWith({});
+  EXPECT_EQ(options.output, "lumascan-results");
+  EXPECT_EQ(options.jobs, 0);
+  EXPECT_EQ(options.analysis.mask, 0x7fffu);
+  EXPECT_EQ(options.analysis.fps, 0.0);
+  EXPECT_EQ(options.analysis.start.text, "");
+  EXPECT_EQ(options.analysis.end.text, "");
+  EXPECT_TRUE(options.choice.hasCsv);
+  EXPECT_TRUE(options.choice.hasHtml);
+  EXPECT_EQ(options.choice.thumbs, Thumbs::EVENTS);
+  EXPECT_EQ(options.progress, ProgressStyle::AUTO);
+  EXPECT_EQ(options.stallTimeout, 120.0);
+  EXPECT_EQ(options.thresholds, "");
+  EXPECT_EQ(options.filesFrom, "");
+  EXPECT_EQ(options.raw.rawWidth, 0);
+  EXPECT_TRUE(options.include.empty() && options.exclude.empty());
+  EXPECT_FALSE(options.failOn.has_value());
+  EXPECT_FALSE(options.isForced || options.isDryRun || options.printsJson);
+  EXPECT_FALSE(options.isQuiet || options.isVerbose);
+}
+
+TEST(ParseOptions, readsWhereResultsGoAndHowManyJobsThereAre) {
+  EXPECT_EQ(scanWith({"-o", "out"}).output, "out");
+  EXPECT_EQ(scanWith({"--output=out"}).output, "out");
+  EXPECT_EQ(scanWith({"-j", "3"}).jobs, 3);
+  EXPECT_EQ(scanWith({"-j3"}).jobs, 3);
+  EXPECT_EQ(scanWith({"--jobs", "4096"}).jobs, 4096);
+}
+
+TEST(ParseOptions, readsWhichFilesOfFoldersAreMeant) {
+  const Options options = scanWith(
+      {"--include", "*.mp4", "--exclude", "a*", "--include", "*.mkv", "--files-from", "list"});
+  EXPECT_EQ(options.include, Arguments({"*.mp4", "*.mkv"}));
+  EXPECT_EQ(options.exclude, Arguments({"a*"}));
+  EXPECT_EQ(options.filesFrom, "list");
+}
+
+TEST(ParseOptions, takesAListForAnInput) {
+  const Options options = optionsOf({"--files-from", "-"});
+  EXPECT_EQ(options.verb, Verb::SCAN);
+  EXPECT_EQ(options.filesFrom, "-");
+  EXPECT_TRUE(options.inputs.empty());
+}
+
+TEST(ParseOptions, readsTheSizeAndRateOfRawFiles) {
+  const VideoSource raw = scanWith({"--raw", "352x288@30000/1001"}).raw;
+  EXPECT_EQ(raw.rawWidth, 352);
+  EXPECT_EQ(raw.rawHeight, 288);
+  EXPECT_EQ(raw.rawRate, "30000/1001");
+  EXPECT_EQ(optionsOf({"probe", "--raw", "1x2@12.5", "a.yuv"}).raw.rawRate, "12.5");
+}
+
+TEST(ParseOptions, readsWhatIsAnalysed) {
+  const AnalysisOptions analysis =
+      scanWith({"--start", "1:30", "--end", "f:300", "--fps", "12.5"}).analysis;
+  EXPECT_EQ(analysis.start.seconds, 90.0);
+  EXPECT_TRUE(analysis.end.isFrame);
+  EXPECT_EQ(analysis.end.frames, 300);
+  EXPECT_EQ(analysis.fps, 12.5);
+}
+
+TEST(ParseOptions, readsIndicatorsByNameOrAsBits) {
+  EXPECT_EQ(scanWith({"--indicators", "blur"}).analysis.mask, IndicatorMask{BLUR});
+  EXPECT_EQ(scanWith({"--indicators", "freezing,temporal_activity"}).analysis.mask,
+            FREEZING | TEMPORAL_ACTIVITY);
+  EXPECT_EQ(scanWith({"--indicators", "0x160"}).analysis.mask, 0x160u);
+  EXPECT_EQ(scanWith({"--indicators", "32"}).analysis.mask, IndicatorMask{BLUR});
+  // Further bits mean nothing.
+  EXPECT_EQ(scanWith({"--indicators", "0xfffff"}).analysis.mask, 0x7fffu);
+}
+
+TEST(ParseOptions, readsWhatIsWritten) {
+  const OutputChoice csv = scanWith({"--formats", "csv", "--thumbs", "none"}).choice;
+  EXPECT_TRUE(csv.hasCsv);
+  EXPECT_FALSE(csv.hasHtml);
+  EXPECT_EQ(csv.thumbs, Thumbs::NONE);
+  const OutputChoice html = scanWith({"--formats", "html", "--thumbs", "all"}).choice;
+  EXPECT_FALSE(html.hasCsv);
+  EXPECT_TRUE(html.hasHtml);
+  EXPECT_EQ(html.thumbs, Thumbs::ALL);
+  const OutputChoice both = scanWith({"--formats", "json,html,csv", "--thumbs", "events"}).choice;
+  EXPECT_TRUE(both.hasCsv && both.hasHtml);
+  EXPECT_EQ(both.thumbs, Thumbs::EVENTS);
+  // result.json is always written.
+  const OutputChoice json = scanWith({"--formats", "json"}).choice;
+  EXPECT_FALSE(json.hasCsv || json.hasHtml);
+}
+
+TEST(ParseOptions, readsHowFindingsAreJudged) {
+  const Options options = scanWith({"--thresholds", "t.json", "--fail-on", "warn"});
+  EXPECT_EQ(options.thresholds, "t.json");
+  EXPECT_EQ(options.failOn, std::optional<Severity>(Severity::WARN));
+  EXPECT_EQ(scanWith({"--fail-on", "info"}).failOn, std::optional<Severity>(Severity::INFO));
+  EXPECT_EQ(scanWith({"--fail-on", "fail"}).failOn, std::optional<Severity>(Severity::FAIL));
+}
+
+TEST(ParseOptions, readsHowAScanRuns) {
+  const Options options = scanWith({"--stall-timeout", "0", "--force", "-n", "--json", "-q", "-v"});
+  EXPECT_EQ(options.stallTimeout, 0.0);
+  EXPECT_TRUE(options.isForced);
+  EXPECT_TRUE(options.isDryRun);
+  EXPECT_TRUE(options.printsJson);
+  EXPECT_TRUE(options.isQuiet);
+  EXPECT_TRUE(options.isVerbose);
+  const Options words = scanWith({"--dry-run", "--quiet"});
+  EXPECT_TRUE(words.isDryRun && words.isQuiet);
+  EXPECT_FALSE(words.isVerbose || words.isForced || words.printsJson);
+  EXPECT_TRUE(scanWith({"--verbose"}).isVerbose);
+}
+
+TEST(ParseOptions, readsHowProgressIsShown) {
+  EXPECT_EQ(scanWith({"--progress", "auto"}).progress, ProgressStyle::AUTO);
+  EXPECT_EQ(scanWith({"--progress", "bar"}).progress, ProgressStyle::BAR);
+  EXPECT_EQ(scanWith({"--progress", "plain"}).progress, ProgressStyle::PLAIN);
+  EXPECT_EQ(scanWith({"--progress", "json"}).progress, ProgressStyle::JSON);
+  EXPECT_EQ(scanWith({"--progress", "none"}).progress, ProgressStyle::NONE);
+}
+
+TEST(ParseOptions, readsTheOtherVerbs) {
+  const Options events = optionsOf(
+      {"events", "a", "b", "--json", "--fail-on", "fail", "--thresholds", "t.json", "-q"});
+  EXPECT_EQ(events.verb, Verb::EVENTS);
+  EXPECT_EQ(events.inputs, Arguments({"a", "b"}));
+  EXPECT_TRUE(events.printsJson && events.isQuiet);
+  EXPECT_EQ(events.thresholds, "t.json");
+  EXPECT_EQ(events.failOn, std::optional<Severity>(Severity::FAIL));
+
+  const Options report = optionsOf({"report", "a", "b", "-o", "page.html"});
+  EXPECT_EQ(report.verb, Verb::REPORT);
+  EXPECT_EQ(report.inputs, Arguments({"a", "b"}));
+  EXPECT_EQ(report.output, "page.html");
+  EXPECT_EQ(optionsOf({"report", "a"}).output, "");
+
+  const Options probe = optionsOf({"probe", "--json", "a.mp4"});
+  EXPECT_EQ(probe.verb, Verb::PROBE);
+  EXPECT_EQ(probe.inputs, Arguments({"a.mp4"}));
+  EXPECT_TRUE(probe.printsJson);
+}
+
+TEST(ParseOptions, takesForAFileWhatStandsBehindTwoDashes) {
+  EXPECT_EQ(optionsOf({"--", "-q.mp4"}).inputs, Arguments({"-q.mp4"}));
+  EXPECT_EQ(optionsOf({"scan", "-q", "--", "-v", "events"}).inputs, Arguments({"-v", "events"}));
+}
+
+TEST(ParseOptions, takesAVerbForAFile_whenItIsNotTheFirstWord) {
+  EXPECT_EQ(optionsOf({"scan", "scan", "events"}).inputs, Arguments({"scan", "events"}));
+  EXPECT_EQ(optionsOf({"a.mp4", "probe"}).inputs, Arguments({"a.mp4", "probe"}));
+}
+
+TEST(ParseOptions, endsWithHelp_whenItIsAskedFor) {
+  for (const Arguments& arguments :
+       {Arguments{"-h"}, Arguments{"--help"}, Arguments{"scan", "-h"}, Arguments{"events", "-h"},
+        Arguments{"report", "--help"}, Arguments{"probe", "-h"}, Arguments{"a.mp4", "-h"}}) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const Parsing parsing = parse(arguments);
+    EXPECT_EQ(parsing.status, std::optional<int>(DONE));
+    EXPECT_NE(parsing.out.find("lumascan"), std::string::npos);
+    EXPECT_EQ(parsing.err, "");
+  }
+  EXPECT_NE(parse({"scan", "--help"}).out.find("--stall-timeout"), std::string::npos);
+  for (const char* const verb : {"scan", "events", "report", "probe"}) {
+    EXPECT_NE(parse({"--help"}).out.find(std::string("\n  ") + verb + " "), std::string::npos);
+  }
+}
+
+TEST(ParseOptions, endsWithTheVersion_whenItIsAskedFor) {
+  for (const char* const option : {"-V", "--version"}) {
+    const Parsing parsing = parse({option});
+    EXPECT_EQ(parsing.status, std::optional<int>(DONE));
+    EXPECT_EQ(parsing.out, "lumascan 1.0.0\n");
+    EXPECT_EQ(parsing.err, "");
+  }
+}
+
+TEST(ParseOptions, refusesACommandLineWithoutInput) {
+  expectMistake({}, "");
+  expectMistake({"scan"}, "there is no input");
+  expectMistake({"-q"}, "there is no input");
+  expectMistake({"events"}, "RESULT");
+  expectMistake({"report"}, "RESULT");
+  expectMistake({"probe"}, "INPUT");
+}
+
+TEST(ParseOptions, refusesOptionsThatDoNotExist) {
+  expectMistake({"--bogus", "a.mp4"}, "--bogus");
+  expectMistake({"a.mp4", "-x"}, "-x");
+  expectMistake({"events", "a", "--force"}, "--force");
+  expectMistake({"report", "a", "--json"}, "--json");
+  expectMistake({"probe", "a.mp4", "--fps", "25"}, "--fps");
+}
+
+TEST(ParseOptions, refusesOptionsWithoutTheirValue) {
+  for (const char* const option :
+       {"--output", "--jobs", "--include", "--exclude", "--files-from", "--raw", "--start", "--end",
+        "--fps", "--indicators", "--formats", "--thumbs", "--progress", "--stall-timeout",
+        "--thresholds", "--fail-on"}) {
+    expectMistake({"a.mp4", option}, option);
+  }
+}
+
+TEST(ParseOptions, refusesNumbersOutOfTheirRange) {
+  for (const char* const number : {"-1", "4097", "1.5", "x", ""}) {
+    expectMistake({"a.mp4", std::string("--jobs=") + number}, "--jobs");
+  }
+  for (const char* const number : {"0", "-25", "x", "nan", "inf", "25fps"}) {
+    expectMistake({"a.mp4", std::string("--fps=") + number}, "--fps");
+  }
+  for (const char* const number : {"-1", "x", "nan", "2m"}) {
+    expectMistake({"a.mp4", std::string("--stall-timeout=") + number}, "--stall-timeout");
+  }
+}
+
+TEST(ParseOptions, refusesWhatIsNoPosition) {
+  expectMistake({"a.mp4", "--start", "f:x"}, "\"f:x\" is neither seconds nor a timecode");
+  expectMistake({"a.mp4", "--start", "f:x"}, "--start");
+  expectMistake({"a.mp4", "--end", "1:60"}, "\"1:60\" is neither seconds nor a timecode");
+  expectMistake({"a.mp4", "--end", "1:60"}, "--end");
+}
+
+TEST(ParseOptions, refusesIndicatorsThatDoNotExist) {
+  expectMistake({"a.mp4", "--indicators", "blur,sharpness"}, "there is no indicator \"sharpness\"");
+  expectMistake({"a.mp4", "--indicators", "Blur"}, "there is no indicator \"Blur\"");
+  expectMistake({"a.mp4", "--indicators="}, "--indicators");
+  for (const char* const number : {"0", "0x8000", "12x", "08"}) {
+    expectMistake({"a.mp4", "--indicators", number},
+                  std::string("\"") + number + "\" requests no indicator");
+  }
+}
+
+TEST(ParseOptions, refusesWordsThatAreNotAmongTheKnown) {
+  expectMistake({"a.mp4", "--formats", "csv,xml"}, "there is no format \"xml\"");
+  expectMistake({"a.mp4", "--thumbs", "some"}, "--thumbs");
+  expectMistake({"a.mp4", "--progress", "loud"}, "--progress");
+  expectMistake({"a.mp4", "--fail-on", "error"}, "\"error\" is not one of info, warn and fail");
+}
+
+TEST(ParseOptions, refusesRawSizesOfAnotherForm) {
+  for (const char* const text :
+       {"352x288", "352@25", "352x288@", "352x288@0", "352x288@x", "0x288@25", "352x0@25",
+        "-352x288@25", "352X288@25", " 352x288@25", "352x288@-25", "99999999999x288@25", "x"}) {
+    expectMistake({"a.yuv", std::string("--raw=") + text}, "is not of the form WIDTHxHEIGHT@FPS");
+  }
+}
+
+TEST(ParseOptions, refusesAValueThatIsGivenTwice) {
+  expectMistake({"a.mp4", "-o", "x", "-o", "y"}, "--output");
+  expectMistake({"a.mp4", "--fps", "25", "--fps", "30"}, "--fps");
+}
+
+TEST(ThumbsName, isTheWordOfTheCommandLine) {
+  for (const char* const word : {"none", "events", "all"}) {
+    EXPECT_EQ(std::string(thumbsName(scanWith({"--thumbs", word}).choice.thumbs)), word);
+  }
+}
