@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <set>
 
 #include "scan/names.h"
@@ -94,8 +93,12 @@ void addFolder(const Options& options, const fs::path& folder, std::vector<std::
     std::error_code ignored;
     const fs::path path = walk->path();
     if (walk->is_directory(ignored)) {
-      // A folder that may not be entered is said, and passed over.
-      if (isResultFolder(path, options.output)) walk.disable_recursion_pending();
+      std::error_code closed;
+      const bool isEntered = !walk->is_symlink(ignored) && !isResultFolder(path, options.output);
+      // The walk itself would end at a folder that may not be entered: it is said, and passed over.
+      if (isEntered) fs::directory_iterator(path, closed);
+      if (closed) problems->push_back(refusal(path, closed.message()));
+      if (closed || !isEntered) walk.disable_recursion_pending();
     } else if (walk->is_regular_file(ignored) && isWanted(options, path)) {
       found.push_back(path.string());
     }
@@ -121,7 +124,9 @@ std::vector<std::string> readList(const std::string& path, std::vector<std::stri
   std::ifstream file(path, std::ios::binary);
   std::istream& in = path == "-" ? std::cin : file;
   if (!in) problems->push_back(refusal(path, std::strerror(errno)));
-  const std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::string text;
+  for (char c = 0; in.get(c);) text += c;
+  if (in.bad()) problems->push_back(refusal(path, std::strerror(errno)));
   const char separator = text.find('\0') == std::string::npos ? '\n' : '\0';
   std::vector<std::string> names;
   for (size_t start = 0; start < text.size();) {
