@@ -3,7 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 
 #include "scan/exitStatus.h"
@@ -92,6 +94,11 @@ std::string parseSeverity(const std::string& text, std::optional<Severity>* seve
   return severity->has_value() ? "" : "\"" + text + "\" is not one of info, warn and fail";
 }
 
+// CLI11's own checks of ranges let it through.
+std::string refuseNan(const std::string& text) {
+  return std::isnan(std::strtod(text.c_str(), nullptr)) ? "\"" + text + "\" is no number" : "";
+}
+
 void addJudgement(CLI::App* app, Options* options) {
   app->add_option("--thresholds", options->thresholds, "judge by the thresholds in this JSON file");
   addParsed(app, "--fail-on", "end with status 1 at a finding of this severity: info, warn, fail",
@@ -119,7 +126,8 @@ void addScan(CLI::App* app, Options* options) {
   addParsed(app, "--end", "frame to stop before, in the same forms", parsePlace,
             &options->analysis.end);
   app->add_option("--fps", options->analysis.fps, "frame rate for freezing (that of the file)")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::PositiveNumber)
+      ->check(refuseNan);
   addParsed(app, "--indicators", "names separated by commas, or the sum of bits (all)",
             parseIndicators, &options->analysis.mask);
   addParsed(app, "--formats", "files to write beside result.json: csv,html (both)", parseFormats,
@@ -136,7 +144,8 @@ void addScan(CLI::App* app, Options* options) {
                                                {"none", ProgressStyle::NONE}}));
   app->add_option("--stall-timeout", options->stallTimeout,
                   "seconds without a new frame at which a file is given up; 0: never (120)")
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::NonNegativeNumber)
+      ->check(refuseNan);
   app->add_flag("--force", options->isForced, "analyse what is up to date, too");
   app->add_flag("-n,--dry-run", options->isDryRun, "say what would be done, and do nothing");
   app->add_flag("--json", options->printsJson, "print the summary as JSON");
