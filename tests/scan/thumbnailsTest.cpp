@@ -1,0 +1,238 @@
+// Pictures of frames: which, and that they really are of these frames.
+#include "scan/thumbnails.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numeric>
+
+#include "clips.h"
+#include "scan/videoAnalysis.h"
+#include "tables.h"
+
+namespace {
+
+using Frames = std::vector<int64_t>;
+
+Json eventOf(const char* severity, int64_t first, int64_t peak, int64_t last) {
+  return {
+      {"severity", severity}, {"first_frame", first}, {"peak_frame", peak}, {"last_frame", last}};
+}
+
+// Frames 0 to 49, each of one luma level: that of frame k is 16 + 4 * k, which differs from its
+// neighbours' by more than lossy encoding changes.
+constexpr const char* LEVELS =
+    "nullsrc=size=64x48:rate=25:duration=2,format=yuv420p,geq=lum=16+4*N:cb=128:cr=128";
+constexpr int FRAMES = 50;
+
+// What a scan stores of the frames, with numbers that count from the file's first frame.
+FrameTable framesOf(const VideoSource& source, const std::string& start = "", int threads = 1) {
+  av_log_set_level(AV_LOG_QUIET);
+  VideoReader reader;
+  EXPECT_EQ(openVideo(source, threads, &reader), "");
+  AnalysisOptions options;
+  options.mask = EXPOSURE;
+  EXPECT_TRUE(start.empty() || parsePosition(start, &options.start));
+  FrameTable table;
+  analyseVideo(options, &reader, [&](const FrameRecord& record) {
+    if (table.rows() == 0) table.firstFrame = record.frame;
+    appendRow(record.row, &table);
+  });
+  return table;
+}
+
+// A JPEG picture's size and mean luma, brought back to video range.
+struct Decoded {
+  int w = 0;
+  int h = 0;
+  double luma = 0.0;
+};
+
+Decoded decode(const std::string& jpeg) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/picture.jpg", jpeg);
+  VideoReader reader;
+  EXPECT_EQ(openVideo({directory.path + "/picture.jpg", 0, 0, ""}, 1, &reader), "");
+  const FfmpegOwner<AVFrame> picture(av_frame_alloc());
+  std::string error;
+  if (readFrame(&reader, picture.get(), &error) != ReadResult::FRAME) return {};
+  double sum = 0.0;
+  for (int y = 0; y < picture->height; ++y) {
+    const uint8_t* const row = picture->data[0] + static_cast<ptrdiff_t>(y) * picture->linesize[0];
+    sum = std::accumulate(row, row + picture->width, sum);
+  }
+  return {picture->width, picture->height, sum / picture->width / picture->height};
+}
+
+// The frame that a picture of LEVELS shows: JPEG has full range, 219 levels are 255.
+int64_t frameShown(const std::string& jpeg) {
+  return std::llround(decode(jpeg).luma * 219.0 / 255.0 / 4.0);
+}
+
+// Expects pictures of all these frames, each of the right one.
+void expectPictures(const VideoSource& source, const FrameTable& table, const Frames& wanted) {
+  const Thumbnails thumbnails = makeThumbnails(source, table, wanted);
+  Frames made;
+  for (const auto& [frame, jpeg] : thumbnails) {
+    made.push_back(frame);
+    EXPECT_EQ(frameShown(jpeg), frame);
+  }
+  EXPECT_EQ(made, wanted);
+}
+
+Frames everyFrame(int64_t first = 0, int64_t step = 1) {
+  Frames frames;
+  for (int64_t frame = first; frame < FRAMES; frame += step) frames.push_back(frame);
+  return frames;
+}
+
+// All frames of a clip at once, and single ones, which are sought.
+void expectAnyPictures(const VideoSource& source, const FrameTable& table) {
+  ASSERT_EQ(table.firstFrame + table.rows(), FRAMES);
+  expectPictures(source, table, everyFrame(table.firstFrame));
+  for (const int64_t frame : everyFrame(table.firstFrame, 7)) {
+    SCOPED_TRACE(frame);
+    expectPictures(source, table, {frame});
+  }
+  expectPictures(source, table, {table.firstFrame + 1, 33, 34, 49});
+}
+
+void expectAnyPicturesOfClip(const std::string& name, const Arguments& encoding) {
+  const TemporaryDirectory directory;
+  makeClip(directory, name, encoding, LEVELS);
+  const VideoSource source = {directory.path + "/" + name, 0, 0, ""};
+  for (const int threads : {1, 3}) {
+    SCOPED_TRACE(threads);
+    expectAnyPictures(source, framesOf(source, "", threads));
+  }
+  SCOPED_TRACE("a cut start");
+  expectAnyPictures(source, framesOf(source, "f:17"));
+}
+
+}  // namespace
+
+TEST(FramesToShow, areStartPeakAndEndOfEvents_eachOnce) {
+  const Json events = {eventOf("fail", 40, 41, 49), eventOf("warn", 3, 3, 3),
+                       eventOf("info", 3, 5, 41)};
+  EXPECT_EQ(framesToShow(events, Thumbs::EVENTS, emptyTable(50)), Frames({3, 5, 40, 41, 49}));
+}
+
+TEST(FramesToShow, areNone_whenNoneAreWantedOrThereIsNothing) {
+  const Json events = {eventOf("fail", 1, 2, 3)};
+  EXPECT_EQ(framesToShow(events, Thumbs::NONE, emptyTable(50)), Frames());
+  EXPECT_EQ(framesToShow(Json::array(), Thumbs::EVENTS, emptyTable(50)), Frames());
+  EXPECT_EQ(framesToShow(Json::array(), Thumbs::ALL, emptyTable(0)), Frames());
+}
+
+TEST(FramesToShow, areThoseOfTheFortyGravestEvents) {
+  // 30 of each severity, the gravest last: all that fail, and the first ten that warn.
+  Json events = Json::array();
+  Frames expected;
+  for (int64_t i = 0; i < 90; ++i) {
+    events.push_back(eventOf(i < 30 ? "info" : i < 60 ? "warn" : "fail", i, i, i));
+    if ((i >= 30 && i < 40) || i >= 60) expected.push_back(i);
+  }
+  EXPECT_EQ(framesToShow(events, Thumbs::EVENTS, emptyTable(90)), expected);
+}
+
+TEST(FramesToShow, areAHundredAtEqualDistancesMore_whenAllAreWanted) {
+  FrameTable table = emptyTable(1000);
+  table.firstFrame = 5;
+  Frames expected;
+  for (int64_t k = 0; k < 100; ++k) expected.push_back(5 + 10 * k);
+  EXPECT_EQ(framesToShow(Json::array(), Thumbs::ALL, table), expected);
+  const Json events = {eventOf("info", 6, 15, 1004)};
+  expected.insert(expected.begin() + 1, 6);
+  expected.push_back(1004);
+  EXPECT_EQ(framesToShow(events, Thumbs::ALL, table), expected);
+}
+
+TEST(FramesToShow, areAllFramesOfAShortVideo_whenAllAreWanted) {
+  FrameTable table = emptyTable(3);
+  table.firstFrame = 7;
+  EXPECT_EQ(framesToShow(Json::array(), Thumbs::ALL, table), Frames({7, 8, 9}));
+}
+
+TEST(Thumbnails, areOfTheirFrames_inH264WithLongGroupsAndBFrames) {
+  const Arguments encoding = {"-c:v", "libx264", "-qp",           "4", "-g",          "20",
+                              "-bf",  "3",       "-sc_threshold", "0", "-b_strategy", "0"};
+  for (const char* const name : {"clip.mp4", "clip.mkv", "clip.flv", "clip.ts", "clip.avi"}) {
+    SCOPED_TRACE(name);
+    expectAnyPicturesOfClip(name, encoding);
+  }
+}
+
+TEST(Thumbnails, areOfTheirFrames_inH264WithOpenAndShortGroups) {
+  for (const char* const keys : {"2", "4"}) {
+    SCOPED_TRACE(keys);
+    expectAnyPicturesOfClip("clip.mp4", {"-c:v", "libx264", "-qp", "4", "-g", keys, "-bf", "3",
+                                         "-x264opts", "open-gop=1", "-b_strategy", "0"});
+  }
+}
+
+TEST(Thumbnails, areOfTheirFrames_inH264OfOneGroup) {
+  expectAnyPicturesOfClip("clip.mp4", {"-c:v", "libx264", "-qp", "4", "-g", "1000"});
+}
+
+TEST(Thumbnails, areOfTheirFrames_inAVI) {
+  expectAnyPicturesOfClip("clip.avi", {"-c:v", "mpeg4", "-q:v", "2", "-g", "12"});
+  expectAnyPicturesOfClip("clip.avi", {"-c:v", "mpeg4", "-q:v", "2", "-g", "12", "-bf", "2"});
+}
+
+TEST(Thumbnails, areOfTheirFrames_inMPEGStreams) {
+  expectAnyPicturesOfClip("clip.ts", {"-c:v", "mpeg2video", "-q:v", "2", "-g", "12", "-bf", "2"});
+  expectAnyPicturesOfClip("clip.mpg", {"-c:v", "mpeg2video", "-q:v", "2", "-g", "12", "-bf", "2"});
+}
+
+TEST(Thumbnails, areOfTheirFrames_inAStreamWithoutTimes) {
+  expectAnyPicturesOfClip("clip.h264", {"-c:v", "libx264", "-qp", "4", "-g", "10", "-bf", "3"});
+}
+
+TEST(Thumbnails, areOfTheirFrames_whereEveryFrameIsAKey) {
+  expectAnyPicturesOfClip("clip.mkv", {"-c:v", "ffv1"});
+}
+
+TEST(Thumbnails, areOfTheirFrames_inRawVideo) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.yuv", {"-f", "rawvideo"}, LEVELS);
+  const VideoSource source = {directory.path + "/clip.yuv", 64, 48, "25"};
+  expectAnyPictures(source, framesOf(source));
+  expectAnyPictures(source, framesOf(source, "f:17"));
+}
+
+TEST(Thumbnails, haveAtMost240Columns_andSquareSamples) {
+  const TemporaryDirectory directory;
+  const auto sizeOf = [&](const std::string& size, const std::string& shape) {
+    makeClip(directory, "clip.mkv", {"-c:v", "ffv1", "-frames:v", "1", "-vf", "setsar=" + shape},
+             "testsrc2=duration=1:size=" + size);
+    const VideoSource source = {directory.path + "/clip.mkv", 0, 0, ""};
+    const Decoded picture = decode(makeThumbnails(source, framesOf(source), {0})[0]);
+    return std::to_string(picture.w) + "x" + std::to_string(picture.h);
+  };
+  EXPECT_EQ(sizeOf("100x60", "1/1"), "100x60");
+  EXPECT_EQ(sizeOf("480x270", "1/1"), "240x135");
+  // 360 x 288 samples of 4:3 are shown as wide as 480: half of both sides.
+  EXPECT_EQ(sizeOf("360x288", "4/3"), "240x144");
+}
+
+TEST(Thumbnails, areNone_whenNoneAreWantedOrTheFileIsGone) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mkv", {"-c:v", "ffv1"});
+  const VideoSource source = {directory.path + "/clip.mkv", 0, 0, ""};
+  const FrameTable table = framesOf(source);
+  EXPECT_TRUE(makeThumbnails(source, table, {}).empty());
+  EXPECT_TRUE(makeThumbnails({directory.path + "/gone.mkv", 0, 0, ""}, table, {0}).empty());
+}
+
+TEST(Thumbnails, leaveOutFramesThatAreNotFoundAgain) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mkv", {"-c:v", "ffv1"}, LEVELS);
+  const VideoSource source = {directory.path + "/clip.mkv", 0, 0, ""};
+  FrameTable table = framesOf(source);
+  // A timestamp that no frame has any more.
+  ++table.pts[20];
+  const Thumbnails thumbnails = makeThumbnails(source, table, {10, 20, 30, 31});
+  ASSERT_EQ(thumbnails.size(), 3u);
+  for (const auto& [frame, jpeg] : thumbnails) EXPECT_EQ(frameShown(jpeg), frame);
+  EXPECT_EQ(thumbnails.count(20), 0u);
+}
