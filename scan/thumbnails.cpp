@@ -33,11 +33,16 @@ FfmpegOwner<AVCodecContext> makeEncoder(int w, int h) {
   return avcodec_open2(encoder.get(), codec, nullptr) < 0 ? nullptr : std::move(encoder);
 }
 
+// How much wider than high a sample is, as the container says or else the codec.
+double shapeOf(const VideoReader& reader, AVFrame* picture) {
+  AVStream* const stream = reader.container->streams[reader.stream];
+  const AVRational shape = av_guess_sample_aspect_ratio(reader.container.get(), stream, picture);
+  return shape.num > 0 && shape.den > 0 ? av_q2d(shape) : 1.0;
+}
+
 // The picture scaled down, with square samples.
-FfmpegOwner<AVFrame> shrink(const AVFrame& picture) {
-  const AVRational shape = picture.sample_aspect_ratio;
-  const bool isShaped = shape.num > 0 && shape.den > 0;
-  const double shownWidth = picture.width * (isShaped ? av_q2d(shape) : 1.0);
+FfmpegOwner<AVFrame> shrink(const AVFrame& picture, double shape) {
+  const double shownWidth = picture.width * shape;
   const double scale = std::min(1.0, MOST_WIDTH / shownWidth);
   FfmpegOwner<AVFrame> small(av_frame_alloc());
   small->format = AV_PIX_FMT_YUVJ420P;
@@ -55,8 +60,8 @@ FfmpegOwner<AVFrame> shrink(const AVFrame& picture) {
 }
 
 // Empty when it cannot be made.
-std::string jpegOf(const AVFrame& picture) {
-  const FfmpegOwner<AVFrame> small = shrink(picture);
+std::string jpegOf(const AVFrame& picture, double shape) {
+  const FfmpegOwner<AVFrame> small = shrink(picture, shape);
   if (small == nullptr) return "";
   const FfmpegOwner<AVCodecContext> encoder = makeEncoder(small->width, small->height);
   const FfmpegOwner<AVPacket> packet(av_packet_alloc());
@@ -67,10 +72,10 @@ std::string jpegOf(const AVFrame& picture) {
   return {reinterpret_cast<const char*>(packet->data), static_cast<size_t>(packet->size)};
 }
 
-// The last key frame at or before a row, among those that can be sought.
+// The last key frame at or before a row, among those that can be sought; -1: there is none.
 int64_t keyBefore(const FrameTable& frames, int64_t row) {
-  while (row > 0 && !(frames.isKey[static_cast<size_t>(row)] &&
-                      frames.pts[static_cast<size_t>(row)] != NO_TIMESTAMP)) {
+  while (row >= 0 && !(frames.isKey[static_cast<size_t>(row)] &&
+                       frames.pts[static_cast<size_t>(row)] != NO_TIMESTAMP)) {
     --row;
   }
   return row;
@@ -79,30 +84,43 @@ int64_t keyBefore(const FrameTable& frames, int64_t row) {
 struct Search {
   VideoReader reader;
   FfmpegOwner<AVFrame> picture;
-  int64_t row;  // of the picture, or of the one before the next; counted, not known, without pts
+  int64_t row;      // of the picture, or of what lies before the first row
+  int64_t head;     // seconds before a key frame at which it is sought
+  bool isSeekable;  // false: frames are counted from the file's start
 };
 
-void seek(int64_t pts, int64_t row, Search* search) {
-  VideoReader& reader = search->reader;
-  if (av_seek_frame(reader.container.get(), reader.stream, pts, AVSEEK_FLAG_BACKWARD) < 0) return;
-  avcodec_flush_buffers(reader.decoder.get());
-  reader.isDrained = false;
-  search->row = row - 1;
+// Opens the file, before its first frame.
+bool start(const VideoSource& source, const FrameTable& frames, Search* search) {
+  search->reader = {};
+  search->row = -1 - frames.firstFrame;
+  return openVideo(source, 1, &search->reader).empty();
 }
 
-// Decodes on to the wanted frame. Known by its timestamp, or where there are none by counting.
-bool find(const FrameTable& frames, int64_t row, Search* search) {
-  const int64_t pts = frames.pts[static_cast<size_t>(row)];
+bool readNext(Search* search) {
   std::string error;
-  while (readFrame(&search->reader, search->picture.get(), &error) == ReadResult::FRAME) {
-    ++search->row;
-    const int64_t now = search->picture->best_effort_timestamp;
-    const bool isKnown = pts != NO_TIMESTAMP && now != AV_NOPTS_VALUE;
-    if (isKnown ? now == pts : search->row == row) {
-      search->row = row;
-      return true;
-    }
-    if (isKnown && now > pts) return false;
+  ++search->row;
+  return readFrame(&search->reader, search->picture.get(), &error) == ReadResult::FRAME;
+}
+
+// Decodes a key frame, found by its timestamp: frames behind it can then be counted. Containers
+// that look for the time of decoding may find what lies behind it, or begin in the middle of a
+// group.
+bool seekKey(const FrameTable& frames, int64_t key, Search* search) {
+  VideoReader& reader = search->reader;
+  const int64_t pts = frames.pts[static_cast<size_t>(key)];
+  const AVRational unit = videoStream(reader).time_base;
+  const int64_t target = pts - search->head * unit.den / unit.num;
+  if (av_seek_frame(reader.container.get(), reader.stream, target, AVSEEK_FLAG_BACKWARD) < 0) {
+    return false;
+  }
+  avcodec_flush_buffers(reader.decoder.get());
+  reader.isDrained = false;
+  const AVFrame& picture = *search->picture;
+  while (readNext(search) && picture.best_effort_timestamp <= pts) {
+    // A timestamp that is only guessed need not be the one that was guessed before.
+    if (picture.key_frame == 0 || picture.pts != pts) continue;
+    search->row = key;
+    return true;
   }
   return false;
 }
@@ -121,6 +139,24 @@ std::vector<int64_t> ranked(const Json& events) {
     }
   }
   return frames;
+}
+
+// Decodes the frame of a row that lies behind the last one.
+bool find(const VideoSource& source, const FrameTable& frames, int64_t row, Search* search) {
+  constexpr int64_t ENOUGH = 1;  // seconds; no decoder holds pictures back for longer
+  const int64_t key = keyBefore(frames, row);
+  const bool isAhead = key > search->row + 1;
+  while (isAhead && search->isSeekable && !seekKey(frames, key, search)) {
+    search->isSeekable = search->head == 0;
+    search->head = ENOUGH;
+    if (!search->isSeekable && !start(source, frames, search)) return false;
+  }
+  while (search->row < row) {
+    if (!readNext(search)) return false;
+  }
+  const int64_t pts = frames.pts[static_cast<size_t>(row)];
+  const int64_t now = search->picture->pts;
+  return pts == NO_TIMESTAMP || now == AV_NOPTS_VALUE || now == pts;
 }
 
 }  // namespace
@@ -153,15 +189,11 @@ std::vector<int64_t> framesToShow(const Json& events, Thumbs thumbs, const Frame
 Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
                           const std::vector<int64_t>& wanted) {
   Thumbnails thumbnails;
-  Search search = {{}, FfmpegOwner<AVFrame>(av_frame_alloc()), -1 - frames.firstFrame};
-  if (wanted.empty() || !openVideo(source, 1, &search.reader).empty()) return thumbnails;
+  Search search = {{}, FfmpegOwner<AVFrame>(av_frame_alloc()), 0, 0, true};
+  if (wanted.empty() || !start(source, frames, &search)) return thumbnails;
   for (const int64_t frame : wanted) {
-    const int64_t row = frame - frames.firstFrame;
-    const int64_t key = keyBefore(frames, row);
-    const int64_t keyPts = frames.pts[static_cast<size_t>(key)];
-    if (key > search.row && keyPts != NO_TIMESTAMP) seek(keyPts, key, &search);
-    if (!find(frames, row, &search)) continue;
-    const std::string jpeg = jpegOf(*search.picture);
+    if (!find(source, frames, frame - frames.firstFrame, &search)) continue;
+    const std::string jpeg = jpegOf(*search.picture, shapeOf(search.reader, search.picture.get()));
     if (!jpeg.empty()) thumbnails[frame] = jpeg;
   }
   return thumbnails;
