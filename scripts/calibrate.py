@@ -1,0 +1,521 @@
+#!/usr/bin/env python3
+"""Holds the thresholds of lumascan's events against clips that are clean and clips that are damaged on purpose.
+
+usage: calibrate.py make   WORK LUMASCAN   makes all clips and analyses them, into WORK/results
+       calibrate.py search WORK            what other levels would find of the clips for choosing
+       calibrate.py judge  WORK LUMASCAN   what the program's own thresholds find, as tables
+
+docs/thresholds.md says what is made and what is counted. Needs ffmpeg and, for their pictures, the Debian packages
+python3-imageio, python3-mecavideo, opencv-doc and mate-backgrounds. The figures are those of the program's rules;
+`search` has a short form of them, to try levels quickly.
+"""
+import argparse
+import concurrent.futures
+import csv
+import math
+import pathlib
+import subprocess
+import sys
+
+IMAGEIO = '/usr/lib/python3/dist-packages/imageio/resources/images/'
+MECAVIDEO = '/usr/share/pymecavideo/data/video/'
+OPENCV = '/usr/share/doc/opencv-doc/examples/data/'
+NATURE = '/usr/share/backgrounds/mate/nature/'
+
+FPS = 25
+FRAMES = 150  # of every made clip
+FIRST, LAST = 50, 99  # the damaged ones
+JOBS = 2
+STRENGTHS = ('weak', 'medium', 'strong')
+DELIVERIES = {  # how a made clip reaches the analyser
+    'lossless': ['-c:v', 'utvideo'],
+    'h264': ['-c:v', 'libx264', '-preset', 'superfast', '-crf', '20', '-g', '50'],
+}
+
+
+def video(path, size, skip=0):
+    """A file's frames, one after the other at FPS."""
+    return (['-r', str(FPS), '-i', path], f'trim=start_frame={skip},setpts=N/{FPS}/TB,scale={size}:flags=area')
+
+
+def photo(name, dx, dy, grain=0):
+    """A camera that moves over a photograph by dx, dy samples a frame; grain: deviation of its noise."""
+    noise = f',noise=c0s={grain}:c0f=t' if grain else ''
+    return (['-i', NATURE + name],
+            f'scale=1280:720:force_original_aspect_ratio=increase:flags=area,loop={FRAMES}:1:0,setpts=N/{FPS}/TB,'
+            f"crop=640:360:'40+{dx}*n':'20+{dy}*n'{noise}")
+
+
+def generated(source):
+    return (['-f', 'lavfi', '-i', f'{source}:r={FPS}'], 'null')
+
+
+# Name: (half, kind, (input, filter)). No picture is in both halves: "choose" is what levels are chosen by, "verify"
+# what they are tried on.
+CLIPS = {
+    'cockatoo': ('choose', 'camera', video(IMAGEIO + 'cockatoo.mp4', '640:360')),
+    'balle': ('choose', 'camera', video(MECAVIDEO + 'balle-jbart.mp4', '480:384')),
+    'greenMeadow': ('choose', 'photo', photo('GreenMeadow.jpg', 3, 1)),
+    'ladyBird': ('choose', 'photo', photo('LadyBird.jpg', 1, 1, 4)),
+    'wood': ('choose', 'photo', photo('Wood.jpg', 2, 2)),
+    'storm': ('choose', 'photo', photo('Storm.jpg', 4, 0, 4)),
+    'freshFlower': ('choose', 'photo', photo('FreshFlower.jpg', 2, 0)),
+    'testsrc2': ('choose', 'graphics', generated('testsrc2=s=640x360')),
+    'gradients': ('choose', 'graphics', generated('gradients=s=640x360:seed=7:speed=0.05:nb_colors=5')),
+    'megamind': ('verify', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 2)),  # begins with a black frame
+    'vtest': ('verify', 'camera', video(OPENCV + 'vtest.avi', '480:360')),
+    'garden': ('verify', 'photo', photo('Garden.jpg', 2, 1)),
+    'dune': ('verify', 'photo', photo('Dune.jpg', 3, 0, 4)),
+    'twoWings': ('verify', 'photo', photo('TwoWings.jpg', 1, 2)),
+    'yellowFlower': ('verify', 'photo', photo('YellowFlower.jpg', 3, 2, 4)),
+    'blinds': ('verify', 'photo', photo('Blinds.jpg', 2, 1)),
+    'mandelbrot': ('verify', 'graphics', generated('mandelbrot=s=640x360')),
+    'sierpinski': ('verify', 'graphics', generated('sierpinski=s=640x360:seed=3')),
+}
+
+# Clean files as they came.
+ORIGINALS = {
+    'cockatoo.mp4': ('choose', IMAGEIO),
+    'balle-jbart.mp4': ('choose', MECAVIDEO),
+    'Effet_force_magnetique.ogv': ('choose', MECAVIDEO),
+    'Force_constante.avi': ('choose', MECAVIDEO),
+    'Principe_inertie.avi': ('choose', MECAVIDEO),
+    'realshort.mp4': ('verify', IMAGEIO),
+    'newtonscradle.gif': ('verify', IMAGEIO),
+    'balle1-vp9.avi': ('verify', MECAVIDEO),
+    'g1.avi': ('verify', MECAVIDEO),
+    'retroMars2018.avi': ('verify', MECAVIDEO),
+    'Megamind.avi': ('verify', OPENCV),
+    'vtest.avi': ('verify', OPENCV),
+}
+
+# What is truly there in clean material, found by looking at it: (type, first frame, last frame).
+TRUE_EVENTS = {
+    'cockatoo.mp4': [('blur', 150, 180)],  # out of focus
+    'Megamind.avi': [('black', 0, 0), ('scene_cut', 98, 98), ('scene_cut', 154, 154), ('scene_cut', 200, 200)],
+    'megamind': [('scene_cut', 96, 96)],
+}
+
+# --- damage: one filter graph from [clean] to [damaged] for each type and strength -----------------------------------
+
+QUANTISERS = {'weak': 10, 'medium': 18, 'strong': 31}  # of MPEG-4 part 2
+FREEZES = {'weak': 8, 'medium': 25, 'strong': 50}  # frames
+# Lasting from the first frame to the last one, so that there is no clean part to compare with.
+THROUGHOUT = ('blur', 'noise', 'blockiness')
+
+WINDOW = f"enable='between(t,{(FIRST - 0.5) / FPS},{(LAST + 0.5) / FPS})'"
+
+
+def inWindow(graph):
+    """[clean] with what the graph makes of it, [b] to [c], laid over it in the window."""
+    return f'[clean]split[a][b];{graph};[a][c]overlay={WINDOW}:format=yuv420[damaged]'
+
+
+def simple(filters):
+    """Filters that can be switched on and off."""
+    return f"[clean]{','.join(f'{one}:{WINDOW}' for one in filters)}[damaged]"
+
+
+def levels(gain, about, offset=0):
+    return simple([f'lutyuv=y=clip((val-{about})*{gain}+{about}+{offset}\\,0\\,255)'])
+
+
+def bars(left, top):
+    """Black bars, as shares of the width and the height."""
+    w, h = f'trunc(iw*{left}/2)*2', f'trunc(ih*{top}/2)*2'
+    sides = [('0', '0', w, 'ih'), (f'iw-{w}', '0', w, 'ih')] if left else [('0', '0', 'iw', h), ('0', f'ih-{h}', 'iw', h)]
+    return simple([f'drawbox=x={x}:y={y}:w={bw}:h={bh}:color=black:t=fill' for x, y, bw, bh in sides])
+
+
+def blockLoss(size, share):
+    w, h = size
+    columns, rows = math.ceil(w / 16), math.ceil(h / 16)
+    return ('[clean]split=3[a][b][d];[b]drawbox=color=gray:t=fill[o];'
+            f"color=black:s={columns * 2}x{rows * 2}:r={FPS}:d={FRAMES / FPS},format=yuv420p,"
+            f"geq=lum='if(lt(st(0,random(1)),{share}),255,0)':cb=128:cr=128,scale={columns}:{rows}:flags=neighbor,"
+            f'scale={columns * 16}:{rows * 16}:flags=neighbor,crop={w}:{h}:0:0[m];'
+            f'[d][o][m]maskedmerge=planes=1[c];[a][c]overlay={WINDOW}:format=yuv420:shortest=1[damaged]')
+
+
+def slices(size, share):
+    """Bands of 16 rows that repeat their columns 64 to 79."""
+    w, h = size
+    columns, rows = math.ceil(w / 16), math.ceil(h / 16)
+    strips = ''.join(f'[s{i}]' for i in range(columns))
+    return (f'[clean]split=3[a][b][d];[b]crop=16:{h}:64:0,split={columns}{strips};{strips}hstack=inputs={columns},'
+            f'crop={w}:{h}:0:0[o];'
+            f"color=black:s=2x{rows * 2}:r={FPS}:d={FRAMES / FPS},format=yuv420p,"
+            f"geq=lum='if(lt(mod(floor(Y/2)*7+N*5,{rows}),{rows}*{share}),255,0)':cb=128:cr=128,"
+            f'scale={columns * 16}:{rows * 16}:flags=neighbor,crop={w}:{h}:0:0[m];'
+            f'[d][o][m]maskedmerge[c];[a][c]overlay={WINDOW}:format=yuv420:shortest=1[damaged]')
+
+
+def combing(distance):
+    """The odd lines are those of the frame `distance` further on."""
+    return inWindow(f'[b]split[e][f];[f]trim=start_frame={distance},setpts=PTS-STARTPTS[g];'
+                    "[e][g]blend=c0_expr='if(mod(Y,2),B,A)'[c]")
+
+
+def flicker(share):
+    """A part of the picture is renewed in every second frame only."""
+    return inWindow(f'[b]framestep=2,fps={FPS},crop=iw:trunc(ih*{share}/16)*16:0:0[c]')
+
+
+def freeze(frames):
+    """Frame FIRST - 1 stays for `frames` more; what it pushed out is dropped, so that the clip keeps its length."""
+    return (f'[clean]split=3[a][b][d];[a]trim=end_frame={FIRST}[x];'
+            f'[b]trim=start_frame={FIRST - 1}:end_frame={FIRST},setpts=PTS-STARTPTS,loop={frames - 1}:1:0,setpts=N/{FPS}/TB[y];'
+            f'[d]trim=start_frame={FIRST + frames},setpts=PTS-STARTPTS[z];[x][y][z]concat=n=3[damaged]')
+
+
+def coded():
+    """Coded coarsely: makeDamaged() gives that as the second input."""
+    return f'[clean][1:v]overlay={WINDOW}:format=yuv420[damaged]'
+
+
+def damages(size):
+    """Type: what is done at the three strengths."""
+    noisyBlack = f'[clean]drawbox=color=black:t=fill:{WINDOW},noise=c0s=6:c0f=t:{WINDOW}[damaged]'
+    return {
+        'black': (levels(0.03, 16), noisyBlack, simple(['drawbox=color=black:t=fill'])),
+        'freeze': tuple(freeze(FREEZES[strength]) for strength in STRENGTHS),
+        'letterbox': (bars(0, 0.04), bars(0, 0.08), bars(0, 0.125)),
+        'pillarbox': (bars(0.04, 0), bars(0.08, 0), bars(0.125, 0)),
+        'combing': (combing(1), combing(2), combing(4)),
+        'block_loss': (blockLoss(size, 0.01), blockLoss(size, 0.03), blockLoss(size, 0.08)),
+        'slice': (slices(size, 0.05), slices(size, 0.15), slices(size, 0.3)),
+        'flicker': (flicker(0.15), flicker(0.5), flicker(1)),
+        'over_exposure': (levels(1, 16, 30), levels(1.4, 16, 50), levels(1.6, 16, 90)),
+        'under_exposure': (levels(0.6, 16), levels(0.35, 16), levels(0.15, 16)),
+        'low_contrast': (levels(0.5, 110), levels(0.2, 110), levels(0.1, 110)),
+        'blockiness': (coded(), coded(), coded()),
+        'blur': (simple(['gblur=sigma=1']), simple(['gblur=sigma=2']), simple(['gblur=sigma=4'])),
+        'noise': (simple(['noise=c0s=10:c0f=t']), simple(['noise=c0s=25:c0f=t']), simple(['noise=c0s=50:c0f=t'])),
+    }
+
+
+# --- making ----------------------------------------------------------------------------------------------------------
+
+
+def run(command, **options):
+    result = subprocess.run([str(word) for word in command], capture_output=True, check=False, **options)
+    if result.returncode != 0:
+        sys.exit(f'{" ".join(str(word) for word in command)}\n{result.stderr.decode()}')
+    return result.stdout
+
+
+def ffmpeg(*arguments):
+    run(['ffmpeg', '-nostdin', '-v', 'error', '-y', '-filter_threads', 1, '-filter_complex_threads', 1, *arguments])
+
+
+def sizeOf(path):
+    text = run(['ffprobe', '-v', 'error', '-select_streams', 'v:0', '-show_entries', 'stream=width,height', '-of',
+                'csv=p=0', path]).decode()
+    return tuple(int(number) for number in text.strip().strip(',').split(','))
+
+
+def analyse(options, folder, inputs, name):
+    """The program's results of inputs that are named as seen from their folder, in WORK/results/NAME."""
+    run([options.lumascan, 'scan', *inputs, '-o', options.work / 'results' / name, '-j', JOBS, '--formats', 'csv',
+         '--thumbs', 'none', '-q'], cwd=folder)
+
+
+def sourceOf(options, clip):
+    return options.work / 'sources' / f'{clip}.mkv'
+
+
+def makeSource(options, clip):
+    _, _, (inputs, filters) = CLIPS[clip]
+    ffmpeg(*inputs, '-vf', f'{filters},format=yuv420p', '-frames:v', FRAMES, '-c:v', 'utvideo', sourceOf(options, clip))
+
+
+def deliver(folder, name, inputs, graph, frames=FRAMES):
+    """Writes [damaged] of a graph in every delivery: FOLDER/NAME.DELIVERY.mkv."""
+    ends = ''.join(f'[{delivery}]' for delivery in DELIVERIES)
+    outputs = []
+    for delivery, encoding in DELIVERIES.items():
+        outputs += ['-map', f'[{delivery}]', '-frames:v', frames, *encoding, folder / f'{name}.{delivery}.mkv']
+    ffmpeg(*inputs, '-filter_complex', f'{graph};[damaged]format=yuv420p,split={len(DELIVERIES)}{ends}', *outputs)
+
+
+def makeDamaged(options, folder, clip, kind, strength, throughout):
+    source = sourceOf(options, clip)
+    inputs = ['-i', source]
+    graph = '[clean]null[damaged]'
+    name = f'{kind}.{strength}' + ('.throughout' if throughout else '')
+    if kind == 'blockiness':
+        coarse = folder.with_name(f'{clip}.{name}.avi')
+        ffmpeg('-i', source, '-c:v', 'mpeg4', '-qscale:v', QUANTISERS[strength], coarse)
+        inputs += ['-i', coarse]
+    if kind != 'clean':
+        graph = damages(sizeOf(source))[kind][STRENGTHS.index(strength)]
+    if throughout:
+        graph = graph.replace(f':{WINDOW}', '').replace(f'={WINDOW}:', '=')
+    deliver(folder, name, inputs, f'[0:v]null[clean];{graph}')
+
+
+def versionsOf():
+    """Kind, strength, whether it lasts throughout, of everything that is made of a clip."""
+    yield 'clean', 'none', False
+    for kind in damages((640, 360)):
+        for strength in STRENGTHS:
+            yield kind, strength, False
+        if kind in THROUGHOUT:
+            yield kind, 'medium', True
+
+
+def makeCuts(options, folder, half):
+    """A second of every clip of the half, and another one of each."""
+    clips = [clip for clip in CLIPS if CLIPS[clip][0] == half]
+    inputs = [word for clip in clips for word in ('-i', sourceOf(options, clip))]
+    graph = ''
+    for i in range(len(clips)):
+        graph += f'[{i}:v]scale=640:360,setsar=1,split[u{i}x0][u{i}x100];'
+        for start in (0, 100):
+            graph += f'[u{i}x{start}]trim=start_frame={start}:end_frame={start + FPS},setpts=PTS-STARTPTS[c{start}x{i}];'
+    order = ''.join(f'[c{start}x{i}]' for start in (0, 100) for i in range(len(clips)))
+    count = 2 * len(clips)
+    deliver(folder, f'cuts.{half}', inputs, f'{graph}{order}concat=n={count}[damaged]', count * FPS)
+
+
+def make(options):
+    with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
+        def each(function, items):
+            list(pool.map(function, items))
+
+        def inFolder(name, fill):
+            """Makes clips, analyses them and throws them away; passes over what an earlier run has done."""
+            folder = options.work / 'clips' / name
+            if (options.work / 'results' / name / 'summary.csv').exists():
+                return
+            folder.mkdir(parents=True, exist_ok=True)
+            fill(folder)
+            analyse(options, folder, ['.'], name)
+            for path in [*folder.iterdir(), *folder.parent.glob(f'{name}.*.avi')]:
+                path.unlink()
+
+        (options.work / 'sources').mkdir(parents=True, exist_ok=True)
+        each(lambda clip: makeSource(options, clip), CLIPS)
+        for name, (_, folder) in ORIGINALS.items():
+            analyse(options, folder, [name], f'originals/{name}')
+        inFolder('cuts', lambda folder: each(lambda half: makeCuts(options, folder, half), ('choose', 'verify')))
+        for clip in CLIPS:
+            inFolder(clip, lambda folder, clip=clip: each(
+                lambda version: makeDamaged(options, folder, clip, *version), versionsOf()))
+            print(clip, flush=True)
+
+
+# --- what was made and what was found --------------------------------------------------------------------------------
+
+
+class Version:
+    """One analysed file. truth: (type, first frame, last frame) of what is there; kind: clean, cuts or the damage."""
+
+    def __init__(self, folder, half, material, delivery, kind, strength, truth):
+        self.folder, self.half, self.material, self.delivery = folder, half, material, delivery
+        self.kind, self.strength, self.truth = kind, strength, truth
+        self.events = []  # (type, first frame, last frame)
+
+    def frames(self):
+        with open(self.folder / 'frames.csv', newline='', encoding='utf-8') as file:
+            return list(csv.DictReader(file))
+
+
+
+def versions(options):
+    results = options.work / 'results'
+    for name, (half, _) in ORIGINALS.items():
+        yield Version(results / 'originals' / name / f'{name}.lumascan', half, 'original', 'original', 'clean', 'none',
+                      TRUE_EVENTS.get(name, []))
+    for delivery in DELIVERIES:
+        for half in ('choose', 'verify'):
+            count = 2 * sum(clip[0] == half for clip in CLIPS.values())
+            truth = [('scene_cut', k * FPS, k * FPS) for k in range(1, count)]
+            yield Version(results / 'cuts' / f'cuts.{half}.{delivery}.mkv.lumascan', half, 'mixed', delivery, 'cuts',
+                          'medium', truth)
+        for clip, (half, material, _) in CLIPS.items():
+            for kind, strength, throughout in versionsOf():
+                name = f'{kind}.{strength}' + ('.throughout' if throughout else '')
+                last = FIRST + FREEZES[strength] - 1 if kind == 'freeze' else LAST
+                damage = (kind, 0, FRAMES - 1) if throughout else (kind, FIRST, last)
+                yield Version(results / clip / f'{name}.{delivery}.mkv.lumascan', half, material, delivery, kind,
+                              'throughout' if throughout else strength,
+                              TRUE_EVENTS.get(clip, []) + ([damage] if kind != 'clean' else []))
+
+
+def overlap(a, b):
+    return max(0, min(a[2], b[2]) - max(a[1], b[1]) + 1)
+
+
+def isFound(damage, events):
+    """At least half of its frames lie in events of its type."""
+    kind, first, last = damage
+    return 2 * sum(overlap(damage, event) for event in events if event[0] == kind) >= last - first + 1
+
+
+def isFalse(event, truth):
+    """Of no such thing, not even beside it."""
+    return not any(event[0] == true[0] and overlap(event, true) > 0 for true in truth)
+
+
+# --- trying levels ---------------------------------------------------------------------------------------------------
+
+STRETCHES = {  # type: (indicator, sign: 1 where high is worse)
+    'letterbox': ('letterbox', 1), 'pillarbox': ('pillarbox', 1), 'combing': ('interlace', 1),
+    'block_loss': ('block_loss', 1), 'slice': ('slice', 1), 'flicker': ('flickering', 1),
+    'over_exposure': ('exposure', 1), 'under_exposure': ('exposure', -1), 'low_contrast': ('contrast', -1),
+    'blockiness': ('blockiness', -1), 'blur': ('blur', 1), 'noise': ('noise', 1),
+}
+RELATIVE = {'blur': (1, 2, 3, 4, 6), 'noise': (0.5, 1, 2, 3, 4), 'blockiness': (0.1, 0.2, 0.3, 0.4, 0.5)}
+
+
+def column(version, indicator):
+    rows = version.frames()
+    values = [float(row[indicator]) if row[indicator] else None for row in rows]
+    if indicator == 'flickering':
+        for i in reversed(range(len(values))):
+            if values[i] is None and i + 1 < len(values) and i > 0:
+                values[i] = values[i + 1]
+    else:
+        values = [None if row['blackout'] == '1' else value for row, value in zip(rows, values)]
+    return values
+
+
+def median(values):
+    values = sorted(values)
+    middle = len(values) // 2
+    return values[middle] if len(values) % 2 else (values[middle - 1] + values[middle]) / 2
+
+
+def stretches(kind, values, enter, leave, least):
+    """Values turned so that high is worse."""
+    found = []
+    i = 0
+    while i < len(values):
+        start = i
+        while i < len(values) and values[i] is not None and values[i] >= enter:
+            i += 1
+        if i > start and i - start >= least:
+            while i < len(values) and values[i] is not None and values[i] >= leave:
+                i += 1
+            found.append((kind, start, i - 1))
+        elif i == start:
+            i += 1
+    return found
+
+
+def relativeLevels(values, mads, distance):
+    defined = [value for value in values if value is not None]
+    if not defined:
+        return math.inf, math.inf
+    middle = median(defined)
+    reach = max(mads * median([abs(value - middle) for value in defined]), distance)
+    return middle + reach, middle + 0.75 * reach
+
+
+def tryLevels(options):
+    """Prints, of every type, what levels find of the clips for choosing: medium damage found, false events."""
+    every = [version for version in versions(options) if version.half == 'choose']
+    for kind, (indicator, sign) in STRETCHES.items():
+        columns = {version: [None if value is None else sign * value for value in column(version, indicator)]
+                   for version in every if version.kind in ('clean', kind)}
+        damaged = [version for version in columns if version.strength in ('medium', 'throughout')]
+        clean = [version for version in columns if version.kind == 'clean']
+        levels = sorted({value for version in columns for value in columns[version] if value is not None})
+        levels = sorted({float(f'{levels[len(levels) * k // 80]:.3g}') for k in range(80)})
+
+        def outcome(findIn):
+            events = {version: findIn(columns[version]) for version in columns}
+            found = [isFound(version.truth[-1], events[version]) for version in damaged]
+            false = sum(isFalse(event, version.truth) for version in clean for event in events[version])
+            return sum(found) / len(found), false
+
+        print(f'\n{kind}')
+        for least in (1, 5, 12, 25):
+            lines = []
+            for enter in levels:
+                leave = enter - 0.15 * abs(enter)
+                recall, false = outcome(lambda values, enter=enter, leave=leave, least=least:
+                                        stretches(kind, values, enter, leave, least))
+                lines.append((false, -recall, enter))
+            for false, recall, enter in sorted(lines)[:6] + [min(line for line in lines if -line[1] >= 0.95)]:
+                print(f'  {least:3} frames at {sign * enter:8}: {-recall:6.1%} found, {false} false')
+        for distance in RELATIVE.get(kind, ()):
+            for mads in (3, 6, 9, 12):
+                recall, false = outcome(lambda values, mads=mads, distance=distance: stretches(
+                    kind, values, *relativeLevels(values, mads, distance), 12))
+                print(f'   12 frames, {mads} MAD, least {distance}: {recall:6.1%} found, {false} false')
+
+
+# --- figures ---------------------------------------------------------------------------------------------------------
+
+
+def share(found):
+    return f'{sum(found)}/{len(found)}' if found else '-'
+
+
+def recallTable(every, half):
+    print(f'| {half} | weak | medium | strong | throughout | medium, lossless | medium, h264 |')
+    print('|---|--:|--:|--:|--:|--:|--:|')
+    for kind in damages((640, 360)):
+        ones = [(version, isFound(version.truth[-1], version.events))
+                for version in every if version.half == half and version.kind == kind]
+        cells = [share([found for version, found in ones if version.strength == strength])
+                 for strength in (*STRENGTHS, 'throughout')]
+        cells += [share([found for version, found in ones
+                         if version.strength == 'medium' and version.delivery == delivery]) for delivery in DELIVERIES]
+        print(f'| {kind} | {" | ".join(cells)} |')
+    cuts = [(version, isFound(true, version.events)) for version in every
+            if version.half == half and version.kind in ('cuts', 'clean') for true in version.truth
+            if true[0] == 'scene_cut']
+    cells = [share([found for _, found in cuts])] + ['-'] * 2
+    cells += [share([found for version, found in cuts if version.delivery == delivery]) for delivery in DELIVERIES]
+    print(f'| scene_cut | - | {" | ".join(cells)} |\n')
+
+
+def falseTable(every):
+    kinds = ('original', 'camera', 'photo', 'graphics')
+    groups = [(half, kind) for half in ('choose', 'verify') for kind in kinds]
+    print('| clean | minutes | false events | a minute | which |\n|---|--:|--:|--:|---|')
+    for half, kind in [*groups, ('choose', None), ('verify', None)]:
+        clean = [version for version in every if version.kind == 'clean' and version.half == half
+                 and kind in (version.material, None)]
+        minutes = sum(duration(version) for version in clean) / 60
+        false = [event[0] for version in clean for event in version.events if isFalse(event, version.truth)]
+        which = ', '.join(f'{false.count(one)} {one}' for one in sorted(set(false)))
+        print(f'| {half}, {kind or "all"} | {minutes:.2f} | {len(false)} | {len(false) / minutes:.2f} | {which} |')
+
+
+def duration(version):
+    rows = version.frames()
+    return float(rows[-1]['time_s']) + float(rows[-1]['duration_s'] or 0) - float(rows[0]['time_s'])
+
+
+def judge(options):
+    every = list(versions(options))
+    byFolder = {version.folder: version for version in every}
+    for group in {version.folder.parent for version in every}:
+        text = run([options.lumascan, 'events', group]).decode()
+        for row in csv.DictReader(text.splitlines()):
+            version = byFolder[group / f"{row['path']}.lumascan"]
+            version.events.append((row['type'], int(row['first_frame']), int(row['last_frame'])))
+    for half in ('choose', 'verify'):
+        recallTable(every, half)
+    falseTable(every)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument('step', choices=STEPS)
+    parser.add_argument('work', type=pathlib.Path)
+    parser.add_argument('lumascan', type=pathlib.Path, nargs='?')
+    options = parser.parse_args()
+    options.work = options.work.resolve()
+    options.lumascan = options.lumascan and options.lumascan.resolve()
+    STEPS[options.step](options)
+
+
+STEPS = {'make': make, 'search': tryLevels, 'judge': judge}
+
+if __name__ == '__main__':
+    main()
