@@ -212,12 +212,12 @@ double medianOfNeighbours(const Column& values, size_t row) {
   return medianOf(definedOnes(neighbours));
 }
 
-// A cut to or from a uniform picture is none: the "black" event says it. The first comparison has
-// nothing before it to stand out from.
+// A cut to or from a uniform picture is none: the "black" event says it. The first two comparisons
+// have too little before them to stand out from.
 void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
   const Column& activity = scene.table.values[indicatorNamed(scene.rule.indicator)];
-  for (size_t i = 2; i < activity.size(); ++i) {
-    if (!(activity[i] >= scene.threshold.enter) || std::isnan(activity[i - 1])) continue;
+  for (size_t i = 3; i < activity.size(); ++i) {
+    if (!(activity[i] >= scene.threshold.enter) || std::isnan(activity[i - 2])) continue;
     if (isBlack(scene.table, i) || isBlack(scene.table, i - 1)) continue;
     const double needed =
         std::max(scene.threshold.enter, scene.threshold.ratio * medianOfNeighbours(activity, i));

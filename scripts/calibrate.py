@@ -96,7 +96,7 @@ TRUE_EVENTS = {
     'megamind': [('scene_cut', 96, 96)],
 }
 
-# --- damage: one filter graph from [clean] to [damaged] for each type and strength -----------------------------------
+# --- damage: one filter graph from [clean] to [damaged] for each type and strength --------------------------
 
 QUANTISERS = {'weak': 10, 'medium': 18, 'strong': 31}  # of MPEG-4 part 2
 FREEZES = {'weak': 8, 'medium': 25, 'strong': 50}  # frames
@@ -123,8 +123,9 @@ def levels(gain, about, offset=0):
 def bars(left, top):
     """Black bars, as shares of the width and the height."""
     w, h = f'trunc(iw*{left}/2)*2', f'trunc(ih*{top}/2)*2'
-    sides = [('0', '0', w, 'ih'), (f'iw-{w}', '0', w, 'ih')] if left else [('0', '0', 'iw', h), ('0', f'ih-{h}', 'iw', h)]
-    return simple([f'drawbox=x={x}:y={y}:w={bw}:h={bh}:color=black:t=fill' for x, y, bw, bh in sides])
+    boxes = [f'x=0:y=0:w={w}:h=ih', f'x=iw-{w}:y=0:w={w}:h=ih'] if left else [f'x=0:y=0:w=iw:h={h}',
+                                                                               f'x=0:y=ih-{h}:w=iw:h={h}']
+    return simple([f'drawbox={box}:color=black:t=fill' for box in boxes])
 
 
 def blockLoss(size, share):
@@ -164,7 +165,8 @@ def flicker(share):
 def freeze(frames):
     """Frame FIRST - 1 stays for `frames` more; what it pushed out is dropped, so that the clip keeps its length."""
     return (f'[clean]split=3[a][b][d];[a]trim=end_frame={FIRST}[x];'
-            f'[b]trim=start_frame={FIRST - 1}:end_frame={FIRST},setpts=PTS-STARTPTS,loop={frames - 1}:1:0,setpts=N/{FPS}/TB[y];'
+            f'[b]trim=start_frame={FIRST - 1}:end_frame={FIRST},setpts=PTS-STARTPTS,loop={frames - 1}:1:0,'
+            f'setpts=N/{FPS}/TB[y];'
             f'[d]trim=start_frame={FIRST + frames},setpts=PTS-STARTPTS[z];[x][y][z]concat=n=3[damaged]')
 
 
@@ -194,7 +196,7 @@ def damages(size):
     }
 
 
-# --- making ----------------------------------------------------------------------------------------------------------
+# --- making -------------------------------------------------------------------------------------------------
 
 
 def run(command, **options):
@@ -226,7 +228,8 @@ def sourceOf(options, clip):
 
 def makeSource(options, clip):
     _, _, (inputs, filters) = CLIPS[clip]
-    ffmpeg(*inputs, '-vf', f'{filters},format=yuv420p', '-frames:v', FRAMES, '-c:v', 'utvideo', sourceOf(options, clip))
+    ffmpeg(*inputs, '-vf', f'{filters},format=yuv420p', '-frames:v', FRAMES, '-c:v', 'utvideo',
+           sourceOf(options, clip))
 
 
 def deliver(folder, name, inputs, graph, frames=FRAMES):
@@ -272,7 +275,8 @@ def makeCuts(options, folder, half):
     for i in range(len(clips)):
         graph += f'[{i}:v]scale=640:360,setsar=1,split[u{i}x0][u{i}x100];'
         for start in (0, 100):
-            graph += f'[u{i}x{start}]trim=start_frame={start}:end_frame={start + FPS},setpts=PTS-STARTPTS[c{start}x{i}];'
+            graph += (f'[u{i}x{start}]trim=start_frame={start}:end_frame={start + FPS},setpts=PTS-STARTPTS'
+                      f'[c{start}x{i}];')
     order = ''.join(f'[c{start}x{i}]' for start in (0, 100) for i in range(len(clips)))
     count = 2 * len(clips)
     deliver(folder, f'cuts.{half}', inputs, f'{graph}{order}concat=n={count}[damaged]', count * FPS)
@@ -305,7 +309,7 @@ def make(options):
             print(clip, flush=True)
 
 
-# --- what was made and what was found --------------------------------------------------------------------------------
+# --- what was made and what was found -----------------------------------------------------------------------
 
 
 class Version:
@@ -325,8 +329,8 @@ class Version:
 def versions(options):
     results = options.work / 'results'
     for name, (half, _) in ORIGINALS.items():
-        yield Version(results / 'originals' / name / f'{name}.lumascan', half, 'original', 'original', 'clean', 'none',
-                      TRUE_EVENTS.get(name, []))
+        yield Version(results / 'originals' / name / f'{name}.lumascan', half, 'original', 'original', 'clean',
+                      'none', TRUE_EVENTS.get(name, []))
     for delivery in DELIVERIES:
         for half in ('choose', 'verify'):
             count = 2 * sum(clip[0] == half for clip in CLIPS.values())
@@ -358,7 +362,7 @@ def isFalse(event, truth):
     return not any(event[0] == true[0] and overlap(event, true) > 0 for true in truth)
 
 
-# --- trying levels ---------------------------------------------------------------------------------------------------
+# --- trying levels ------------------------------------------------------------------------------------------
 
 STRETCHES = {  # type: (indicator, sign: 1 where high is worse)
     'letterbox': ('letterbox', 1), 'pillarbox': ('pillarbox', 1), 'combing': ('interlace', 1),
@@ -438,8 +442,12 @@ def tryLevels(options):
                 recall, false = outcome(lambda values, enter=enter, leave=leave, least=least:
                                         stretches(kind, values, enter, leave, least))
                 lines.append((false, -recall, enter))
-            for false, recall, enter in sorted(lines)[:6] + [min(line for line in lines if -line[1] >= 0.95)]:
-                print(f'  {least:3} frames at {sign * enter:8}: {-recall:6.1%} found, {false} false')
+            for wanted in (0.8, 0.9, 0.95, 1.0):
+                good = [line for line in lines if -line[1] >= wanted]
+                few = min(good, default=(0,))[0]
+                served = sorted(sign * line[2] for line in good if line[0] == few)
+                if served:
+                    print(f'  {least:3} frames: {wanted:.0%} found with {few} false from {served[0]} to {served[-1]}')
         for distance in RELATIVE.get(kind, ()):
             for mads in (3, 6, 9, 12):
                 recall, false = outcome(lambda values, mads=mads, distance=distance: stretches(
@@ -447,7 +455,7 @@ def tryLevels(options):
                 print(f'   12 frames, {mads} MAD, least {distance}: {recall:6.1%} found, {false} false')
 
 
-# --- figures ---------------------------------------------------------------------------------------------------------
+# --- figures ------------------------------------------------------------------------------------------------
 
 
 def share(found):
@@ -462,8 +470,9 @@ def recallTable(every, half):
                 for version in every if version.half == half and version.kind == kind]
         cells = [share([found for version, found in ones if version.strength == strength])
                  for strength in (*STRENGTHS, 'throughout')]
-        cells += [share([found for version, found in ones
-                         if version.strength == 'medium' and version.delivery == delivery]) for delivery in DELIVERIES]
+        medium = [one for one in ones if one[0].strength == 'medium']
+        cells += [share([found for version, found in medium if version.delivery == delivery])
+                  for delivery in DELIVERIES]
         print(f'| {kind} | {" | ".join(cells)} |')
     cuts = [(version, isFound(true, version.events)) for version in every
             if version.half == half and version.kind in ('cuts', 'clean') for true in version.truth

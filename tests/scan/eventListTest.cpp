@@ -61,6 +61,14 @@ TEST(EventsCsv, hasAHeaderAndARowForEveryEvent) {
             "2,truncation,warn,124,124,,,,124,,,1,0\r\n");
 }
 
+TEST(EventsCsv, hasNoDigitsThatNobodyMeasured) {
+  // 3.85 - 3.7 is 0.1499999999999999.
+  Event event = freeze;
+  event.startTime = 3.7;
+  event.endTime = 3.85;
+  EXPECT_NE(csvOf({event}).find(",3.7,3.85,0.15,"), std::string::npos);
+}
+
 TEST(EventsCsv, isItsHeader_ofNoEvents) {
   EXPECT_EQ(csvOf({}), std::string(EVENT_COLUMNS) + "\r\n");
 }
