@@ -113,10 +113,15 @@ bool isBeyond(double value, double level, Direction direction) {
   return direction == Direction::ABOVE ? value >= level : value <= level;
 }
 
-// The threshold's own levels, or those taken from the file's median where these are met sooner.
+// The threshold's own levels, raised where they are no multiple of the file's median; or those
+// taken from the median, where these are met sooner.
 Levels levelsOf(const Scene& scene, const Column& values) {
   const Threshold& threshold = scene.threshold;
   const Levels own = {threshold.enter, threshold.leave};
+  if (threshold.ratio > 0.0) {
+    const double needed = threshold.ratio * medianOf(definedOnes(values));
+    return needed > own.enter ? Levels{needed, needed * (own.leave / own.enter)} : own;
+  }
   if (!(threshold.mad > 0.0)) return own;
   Column deviations = definedOnes(values);
   const double median = medianOf(deviations);

@@ -125,13 +125,13 @@ const std::array<EventRule, EVENT_TYPES> EVENT_RULES = {{
 // chosen and what they find.
 const Thresholds DEFAULT_THRESHOLDS = {{
     {1.0, 1.0, 0.2, WARN, true, NONE, NONE, NONE},      // black
-    {1.0, 1.0, 0.5, FAIL, true, NONE, NONE, NONE},      // freeze
+    {1.0, 1.0, 0.3, FAIL, true, NONE, NONE, NONE},      // freeze
     {0.05, 0.03, 0.5, WARN, true, NONE, NONE, NONE},    // letterbox
     {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE},    // pillarbox
     {0.024, 0.012, 0.2, WARN, true, NONE, NONE, NONE},  // combing
     {11.0, 5.5, 0.8, FAIL, true, NONE, NONE, NONE},     // block_loss
-    {18.0, 6.0, 0.5, WARN, true, NONE, NONE, NONE},     // slice
-    {0.76, 0.7, 0.5, WARN, true, NONE, NONE, NONE},     // flicker
+    {18.0, 6.0, 0.5, WARN, true, NONE, NONE, 8.0},      // slice
+    {0.76, 0.7, 0.6, WARN, true, NONE, NONE, NONE},     // flicker
     {190.0, 182.0, 0.5, WARN, true, NONE, NONE, NONE},  // over_exposure
     {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE},    // under_exposure
     {9.5, 10.5, 0.5, WARN, true, NONE, NONE, NONE},     // low_contrast

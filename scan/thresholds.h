@@ -49,7 +49,9 @@ struct Threshold {
   // whole file beyond the file's median, and at least `least` beyond it; 0 deviations: they do not.
   double mad;
   double least;
-  // SCENE_CUT, TIMESTAMP_GAP: at least so many times the median of its neighbours, of all steps.
+  // At least so many times the median: of the neighbours for SCENE_CUT, of all steps for
+  // TIMESTAMP_GAP, of the whole file for those STRETCH types above whose indicator has a level of
+  // its own in every file.
   double ratio;
 };
 

@@ -229,6 +229,24 @@ TEST(RelativeLevels, leaveOutUndefinedValues) {
   EXPECT_EQ(stretches(detectEvents(tableOf("blur", {NONE, NONE}), thresholds, WHOLE)), "");
 }
 
+TEST(RelativeLevels, areAMultipleOfTheMedian_whereARatioIsAsked) {
+  // Median 4: five times that is 20, and the other level keeps its share of a half.
+  Thresholds thresholds = only("slice", 10, 5, 0);
+  thresholds.at(eventTypeNamed("slice")).ratio = 5.0;
+  const std::vector<Event> events =
+      detectEvents(tableOf("slice", {4, 4, 4, 4, 4, 4, 19, 20, 10, 9}), thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "7-8");
+  EXPECT_EQ(events[0].threshold, 20.0);
+  // Median 1: the threshold's own levels are higher.
+  EXPECT_EQ(
+      stretches(detectEvents(tableOf("slice", {1, 1, 1, 1, 1, 9, 10, 5, 4}), thresholds, WHOLE)),
+      "6-7");
+  // All are alike: this is the file's own level.
+  EXPECT_EQ(stretches(detectEvents(tableOf("slice", {99, 99, 99}), thresholds, WHOLE)), "");
+  thresholds.at(eventTypeNamed("slice")).ratio = 0.0;
+  EXPECT_EQ(stretches(detectEvents(tableOf("slice", {99, 99, 99}), thresholds, WHOLE)), "0-2");
+}
+
 TEST(Freeze, beginsWhereThePictureStopped) {
   // At 25 frames per second the flag rises with the third still frame.
   FrameTable table = tableOf("freezing", {NONE, 0, 0, 0, 0, 1, 1, 0});

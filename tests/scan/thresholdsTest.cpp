@@ -59,7 +59,8 @@ TEST(DefaultThresholds, haveWhatTheirKindNeeds_andNothingElse) {
     EXPECT_EQ(!std::isnan(threshold.enter), isStretch || isMarker) << rule.type;
     EXPECT_EQ(!std::isnan(threshold.leave), isStretch) << rule.type;
     EXPECT_EQ(!std::isnan(threshold.minSeconds), isStretch) << rule.type;
-    EXPECT_EQ(!std::isnan(threshold.ratio), isMarker) << rule.type;
+    const bool isSlice = rule.type == std::string("slice");
+    EXPECT_EQ(!std::isnan(threshold.ratio), isMarker || isSlice) << rule.type;
     EXPECT_EQ(std::isnan(threshold.mad), std::isnan(threshold.least)) << rule.type;
     EXPECT_TRUE(threshold.isEnabled) << rule.type;
     if (!isStretch) continue;
