@@ -27,11 +27,22 @@ std::string controlPicture(unsigned char c) {
   return {'\xe2', '\x90', static_cast<char>(0x80U + place)};
 }
 
+// U+202A to U+202E and U+2066 to U+2069 turn text around: a name must not show another ending.
+void replaceDirections(std::string* text) {
+  for (size_t i = 0; i + 2 < text->size(); ++i) {
+    const std::string_view three(text->data() + i, 3);
+    const bool isEmbedding = three >= "\xe2\x80\xaa" && three <= "\xe2\x80\xae";
+    const bool isIsolate = three >= "\xe2\x81\xa6" && three <= "\xe2\x81\xa9";
+    if (isEmbedding || isIsolate) text->replace(i, 3, "\xef\xbf\xbd");
+  }
+}
+
 }  // namespace
 
 std::string escapeHtml(std::string_view text) {
   // The way through JSON is what replaces bytes that are no UTF-8.
-  const auto valid = Json::parse(dumped(std::string(text))).get<std::string>();
+  auto valid = Json::parse(dumped(std::string(text))).get<std::string>();
+  replaceDirections(&valid);
   std::string html;
   for (const char c : valid) {
     const auto byte = static_cast<unsigned char>(c);

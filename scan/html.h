@@ -6,8 +6,9 @@
 #include <string_view>
 #include "scan/json.h"
 
-// Text for element content and quoted attributes. Bytes that are no UTF-8 become U+FFFD, control
-// characters (line ends too) their visible pictures, so that a name stays one line and one word.
+// Text for element content and quoted attributes. Bytes that are no UTF-8 and characters that
+// change the direction of reading become U+FFFD, control characters (line ends too) their visible
+// pictures, so that a name stays one line and shows its own order.
 std::string escapeHtml(std::string_view text);
 
 // JSON for the inside of a script element: no "<" in it, bytes that are no UTF-8 as U+FFFD.

@@ -71,13 +71,14 @@ Range rangeOf(const std::vector<IndexEntry>& entries, size_t indicator) {
   return range;
 }
 
-std::string sparkPath(const Json& overview, const Range& range) {
+// Undefined stretches interrupt the line, unless they are meant to be there (isBridged).
+std::string sparkPath(const Json& overview, const Range& range, bool isBridged) {
   std::string path;
   const size_t count = overview.is_array() ? overview.size() : 0;
   bool isStart = true;
   for (size_t i = 0; i < count; ++i) {
     if (!overview[i].is_number()) {
-      isStart = true;
+      isStart = isStart || !isBridged;
       continue;
     }
     const double spread = range.high / 2.0 - range.low / 2.0;
@@ -102,7 +103,7 @@ std::string sparkHtml(const Row& row, size_t indicator, const Range& range) {
   std::string html = std::string("<td class=\"spark ") + row.worst[indicator] + "\" data-v=\"" +
                      shortestText(numberOf(statistics, "mean")) + "\"><span class=\"label\">" +
                      info.title + "</span>";
-  const std::string path = sparkPath(overviewOf(result, indicator), range);
+  const std::string path = sparkPath(overviewOf(result, indicator), range, isSparse(indicator));
   if (path.empty()) return html + "\xe2\x80\x93</td>";
   return html + "<svg viewBox=\"-1 -2 " + std::to_string(SPARK_W + 2) + " " +
          std::to_string(SPARK_H + 4) +

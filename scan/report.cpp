@@ -13,8 +13,9 @@
 namespace {
 
 constexpr char DASH[] = "\xe2\x80\x93";
-constexpr int COLOURS = 8;     // of inputs: classes i0 to i7
-constexpr int LANE = 14;       // pixels of height
+constexpr int COLOURS = 8;  // of inputs: classes i0 to i7
+constexpr int LANE = 14;    // pixels of height
+constexpr double NEAR_END = 0.03;
 constexpr int AXIS_MARKS = 8;  // on the axis above the lanes
 constexpr const char* GROUPS[] = {"compression", "picture", "motion", "levels"};
 
@@ -172,20 +173,21 @@ std::vector<std::string> warningsOf(const Json& result) {
   if (flagOf(result, "truncated")) {
     warnings.insert(warnings.begin(), "The file ends before it should.");
   }
-  const std::string error = textOf(result, "error");
-  if (!error.empty()) {
-    warnings.insert(warnings.begin(), "Analysis " + textOf(result, "status") + ": " + error);
-  }
   return warnings;
+}
+
+std::string errorHtml(const Json& result) {
+  const std::string error = textOf(result, "error");
+  return error.empty() ? "" : "<p class=\"error\">" + escapeHtml(error) + "</p>";
 }
 
 std::string verdictHtml(const Page& page, const Source& source) {
   const Json& result = source.input->result;
   const Verdict verdict = verdictOf(result);
-  return std::string("<section class=\"verdict ") + verdictKey(verdict) + "\"><h2>" +
-         (isComparison(page) ? keyHtml(source) : nameHtml(source)) + "</h2><p class=\"mark\">" +
+  return std::string("<section class=\"verdict ") + verdictKey(verdict) + "\"><h1>" +
+         (isComparison(page) ? keyHtml(source) : nameHtml(source)) + "</h1><p class=\"mark\">" +
          verdictTitle(verdict) + "</p>" + listHtml("reasons", textsOf(result, "reasons")) +
-         listHtml("warnings", warningsOf(result)) + "</section>\n";
+         errorHtml(result) + listHtml("warnings", warningsOf(result)) + "</section>\n";
 }
 
 std::string factListHtml(const Source& source) {
@@ -215,7 +217,11 @@ std::string factTableHtml(const Page& page) {
   std::string html = "<div class=\"scroll\"><table class=\"facts\"><thead><tr><td></td>" + head +
                      "</tr></thead><tbody>";
   for (const char* const title : titles) {
-    html += std::string("<tr><th scope=\"row\">") + title + "</th>";
+    const bool isSame = std::all_of(facts.begin(), facts.end(), [&](auto& known) {
+      return known[title] == facts.front()[title];
+    });
+    html += std::string(isSame ? "<tr>" : "<tr class=\"differs\">") + "<th scope=\"row\">" + title +
+            "</th>";
     for (auto& known : facts) html += "<td>" + escapeHtml(known[title]) + "</td>";
     html += "</tr>";
   }
@@ -257,8 +263,11 @@ std::string laneAxisHtml(const Page& page) {
       "<div class=\"lane axis\"><span></span><svg height=\"16\" aria-hidden=\"true\">";
   for (const double mark : marks) {
     const std::string x = percentOf(mark, page.span);
+    // Centred, it would reach beyond the page.
+    const bool isLast = page.span.end - mark < NEAR_END * (page.span.end - page.span.start);
     html += "<line x1=\"" + x + "\" x2=\"" + x + "\" y1=\"12\" y2=\"16\"/><text x=\"" + x +
-            "\" y=\"10\">" + markText(mark, step) + "</text>";
+            "\" y=\"10\"" + (isLast ? " class=\"last\"" : "") + ">" + markText(mark, step) +
+            "</text>";
   }
   return html + "</svg></div>\n";
 }
@@ -303,11 +312,6 @@ ValueRange rangeOf(const Page& page, size_t indicator) {
   return shownRange(min, max, thresholds);
 }
 
-// Flickering says something once in eight frames.
-bool isBridged(size_t indicator) {
-  return indicator == indicatorNamed("flickering");
-}
-
 std::string trackSvgHtml(const Page& page, size_t indicator, const ValueRange& range) {
   std::string html = "<svg viewBox=\"0 0 " + std::to_string(SVG_COLUMNS) + " " +
                      std::to_string(SVG_HEIGHT) + "\" preserveAspectRatio=\"none\" role=\"img\"" +
@@ -332,7 +336,7 @@ std::string trackSvgHtml(const Page& page, size_t indicator, const ValueRange& r
   for (const Source& source : page.sources) {
     html += "<path class=\"line " + colourClass(source.place) + "\" d=\"" +
             envelopePath(source.times, source.input->frames.values[indicator], page.span, range,
-                         isBridged(indicator)) +
+                         isSparse(indicator)) +
             "\"/>";
   }
   return html + "</svg>";
@@ -404,7 +408,7 @@ std::string pictureHtml(const ReportInput& input, int64_t frame, const char* wha
   const auto found = input.thumbnails.find(frame);
   if (found == input.thumbnails.end()) return "";
   const std::string number = std::to_string(frame);
-  return "<figure><img loading=\"lazy\" alt=\"frame " + number +
+  return "<figure><img decoding=\"async\" alt=\"frame " + number +
          "\" src=\"data:image/jpeg;base64," + base64(found->second) + "\"><figcaption>" + what +
          "</figcaption></figure>";
 }
@@ -481,7 +485,7 @@ Json modelOf(const Page& page) {
       thresholds.push_back({{"value", threshold.value}, {"severity", threshold.severity}});
     }
     tracks.push_back({{"name", INDICATOR_TABLE[i].name},
-                      {"isBridged", isBridged(i)},
+                      {"isBridged", isSparse(i)},
                       {"thresholds", thresholds}});
   }
   Json events = Json::array();

@@ -52,6 +52,12 @@ std::string wholeText(double value) {
   return std::isnan(value) ? "" : text;
 }
 
+std::string rateText(double rate) {
+  char text[48];
+  std::snprintf(text, sizeof text, "%.6g per second", rate);
+  return std::isnan(rate) ? "" : text;
+}
+
 std::string pictureText(const Json& input) {
   const double w = numberOf(input, "width");
   const double h = numberOf(input, "height");
@@ -199,6 +205,10 @@ size_t indicatorOfEvent(std::string_view type) {
   return INDICATORS;
 }
 
+bool isSparse(size_t indicator) {
+  return indicator == indicatorNamed("flickering");
+}
+
 std::string words(std::string_view key) {
   std::string text(key);
   for (char& c : text) c = c == '_' ? ' ' : c;
@@ -228,7 +238,7 @@ std::vector<Fact> factsOf(const Json& result) {
       {"Codec", joined({textOf(input, "codec"), textOf(input, "pixel_format")}, ", ")},
       {"Container", textOf(input, "container")},
       {"Picture", pictureText(input)},
-      {"Frame rate", std::isnan(rate) ? "" : shortestText(rate) + " per second"},
+      {"Frame rate", rateText(rate)},
       {"Duration", durationFact},
       {"Frames", framesText(analysis)},
       {"Damage", damageText(analysis)},

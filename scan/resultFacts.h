@@ -36,6 +36,9 @@ double durationOf(const Json& result);   // seconds: what was analysed, else wha
 // The indicator that shows an event of this type, or INDICATORS.
 size_t indicatorOfEvent(std::string_view type);
 
+// Whether it says something in some frames only, by its nature: flickering, once in eight.
+bool isSparse(size_t indicator);
+
 // An event type or the like for readers: "block_loss" is "block loss".
 std::string words(std::string_view key);
 

@@ -169,7 +169,9 @@ function drawTimeMarks() {
   for (const mark of marks) {
     const label = document.createElement('span');
     label.textContent = markText(mark, step);
-    label.style.left = `${(mark - view.from) / (view.to - view.from) * 100}%`;
+    const part = (mark - view.from) / (view.to - view.from);
+    label.style.left = `${part * 100}%`;
+    label.classList.toggle('last', part > 0.97);
     ticks.append(label);
   }
   element('axis').replaceChildren(ticks);
@@ -231,7 +233,7 @@ function makePlot(track, data) {
       y: {range: (plot) => valueRange(plot.data, model.tracks[track].thresholds)},
     },
     axes: [{show: false}, {
-      size: area.axis, gap: 4, space: 24, font: '11px system-ui, sans-serif',
+      size: () => plotArea().axis, gap: 4, space: 24, font: '11px system-ui, sans-serif',
       stroke: () => view.colours.quiet, ticks: {show: false},
       grid: {stroke: () => view.colours.rule, width: 1},
       values: (_, marks) => marks.map(axisText),

@@ -50,6 +50,16 @@ constexpr Defect DEFECTS[] = {{"black", "fail", "blackout", 0.00, 0.05, 1.0, 1.0
                               {"over_exposure", "warn", "exposure", 0.80, 0.86, 228.0, 215.0},
                               {"freeze", "warn", "freezing", 0.95, 1.00, 1.0, 1.0}};
 
+struct FrameSpan {
+  int64_t first, last;
+};
+
+FrameSpan framesOf(const Defect& defect, int64_t count) {
+  const auto last = static_cast<double>(count - 1);
+  const auto first = static_cast<int64_t>(std::ceil(defect.start * last));
+  return {first, std::max(first, static_cast<int64_t>(std::floor(defect.end * last)))};
+}
+
 double waveAt(const Wave& wave, double time, double noise) {
   constexpr double TURN = 6.283185307179586;
   const double value = wave.level + wave.swing * std::sin(TURN * time / wave.period);
@@ -68,8 +78,8 @@ FrameTable makeFrames(int64_t count, double fps, uint32_t seed) {
       row.values[i] = waveAt(WAVES[i], time + seed, noise(random));
     }
     for (const Defect& defect : DEFECTS) {
-      const double part = static_cast<double>(frame) / static_cast<double>(count - 1);
-      if (part < defect.start || part > defect.end + 0.5 / static_cast<double>(count)) continue;
+      const FrameSpan span = framesOf(defect, count);
+      if (frame < span.first || frame > span.last) continue;
       const size_t i = indicatorNamed(defect.indicator);
       const bool isFlag = defect.value == 1.0;
       row.values[i] = isFlag ? 1.0 : defect.value * (1.0 + 0.02 * noise(random));
@@ -87,11 +97,9 @@ FrameTable makeFrames(int64_t count, double fps, uint32_t seed) {
 
 Json eventsOf(const FrameTable& table, double fps) {
   Json events = Json::array();
-  const auto last = static_cast<double>(table.rows() - 1);
   for (const Defect& defect : DEFECTS) {
     const std::vector<double>& values = table.values[indicatorNamed(defect.indicator)];
-    const auto first = static_cast<int64_t>(std::ceil(defect.start * last));
-    const auto end = std::max(first, static_cast<int64_t>(std::floor(defect.end * last)));
+    const auto [first, end] = framesOf(defect, table.rows());
     int64_t peak = first;
     for (int64_t frame = first; frame <= end; ++frame) {
       if (values[static_cast<size_t>(frame)] > values[static_cast<size_t>(peak)]) peak = frame;

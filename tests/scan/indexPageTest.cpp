@@ -1,0 +1,105 @@
+// The index as it is written; its sorting and filtering are looked at in a browser: page.mjs.
+#include "scan/indexPage.h"
+
+#include <gtest/gtest.h>
+
+#include "pageParts.h"
+#include "sample.h"
+#include "scan/indicatorTable.h"
+
+namespace {
+
+// An input with this verdict and so many failures and warnings.
+IndexEntry entryOf(const std::string& path, const std::string& verdict, int fails, int warnings) {
+  Json events = Json::array();
+  for (int i = 0; i < fails; ++i) events.push_back({{"type", "freeze"}, {"severity", "fail"}});
+  for (int i = 0; i < warnings; ++i) events.push_back({{"type", "blur"}, {"severity", "warn"}});
+  return {{{"input", {{"path", path}}}, {"verdict", verdict}, {"events", events}},
+          path + ".lumascan"};
+}
+
+std::vector<std::string> namesOf(const std::string& page) {
+  return allBetween(page, "<bdi>", "</bdi>");
+}
+
+}  // namespace
+
+TEST(Index, putsTheWorstFirst) {
+  const std::string page =
+      renderIndex({entryOf("pass", "pass", 0, 0), entryOf("attention", "attention", 0, 1),
+                   entryOf("fail b", "fail", 1, 1), entryOf("fail many warnings", "fail", 1, 5),
+                   entryOf("fail twice", "fail", 2, 0), entryOf("fail a", "fail", 1, 1),
+                   entryOf("incomplete", "incomplete", 0, 0), entryOf("unknown", "?", 0, 0)});
+  EXPECT_EQ(namesOf(page),
+            (std::vector<std::string>{"incomplete", "unknown", "fail twice", "fail many warnings",
+                                      "fail a", "fail b", "attention", "pass"}));
+  EXPECT_TRUE(contains(page, "<h1>8 inputs</h1>"));
+  EXPECT_TRUE(contains(page, "4 Fail</span>"));
+}
+
+TEST(Index, tellsVerdictReasonsCountsAndDuration) {
+  const Json result = sampleInput("clips/a.mp4", 300, 25.0, 1).result;
+  const std::string page = renderIndex({{result, "clips/a.mp4.lumascan"}});
+  EXPECT_TRUE(contains(page, "<a href=\"clips/a.mp4.lumascan/report.html\">"));
+  EXPECT_TRUE(contains(page, "<p>freeze for 2.1 s</p>"));
+  EXPECT_TRUE(contains(page, ">0:00:12.000</td>"));
+  EXPECT_EQ(allBetween(page, "<td class=\"n count fail\" data-v=\"", "\"").at(0), "3");
+  EXPECT_EQ(allBetween(page, "<td class=\"n count warn\" data-v=\"", "\"").at(0), "3");
+  EXPECT_EQ(allBetween(page, "<td class=\"n count info\" data-v=\"", "\"").at(0), "2");
+}
+
+TEST(Index, drawsEveryOverviewOnAScaleThatAllShare) {
+  IndexEntry low = entryOf("a", "pass", 0, 0);
+  IndexEntry high = entryOf("b", "pass", 0, 0);
+  low.result["indicators"]["blur"]["overview"] = {0.0, 1.0, nullptr, 2.0};
+  high.result["indicators"]["blur"]["overview"] = {4.0};
+  const std::string page = renderIndex({low, high});
+  // 20 pixels for 4 units, columns 21 apart.
+  EXPECT_EQ(allBetween(page, "<path d=\"", "\""),
+            (std::vector<std::string>{"M0 20h1L21 15M63 10h1", "M0 0h1"}));
+  EXPECT_EQ(allBetween(page, "<td class=\"spark ", "\"").size(), 2 * INDICATORS);
+}
+
+TEST(Index, marksTheIndicatorsOfEvents) {
+  const std::string page = renderIndex({entryOf("a", "fail", 1, 1)});
+  EXPECT_EQ(between(page, "<td class=\"spark fail\"", "</td>").find("Freezing</span>") !=
+                std::string::npos,
+            true);
+  EXPECT_TRUE(contains(between(page, "<td class=\"spark warn\"", "</td>"), "Blur</span>"));
+}
+
+TEST(Index, takesHostileTextAsText) {
+  IndexEntry entry = entryOf("<img src=x>\n\"\xff", "fail", 1, 0);
+  entry.result["reasons"] = Json::array({"</script><img>"});
+  entry.folderUri = "\"><img>";
+  const std::string page = renderIndex({entry});
+  EXPECT_FALSE(contains(page, "<img"));
+  EXPECT_FALSE(contains(page, "\xff"));
+  EXPECT_EQ(namesOf(page).at(0), "&lt;img src=x&gt;\xe2\x90\x8a&quot;\xef\xbf\xbd");
+}
+
+TEST(Index, linksToFoldersAndToNothingElse) {
+  const auto linkOf = [](const std::string& folderUri) {
+    IndexEntry entry = entryOf("a", "pass", 0, 0);
+    entry.folderUri = folderUri;
+    return between(renderIndex({entry}), "<a href=\"", "\"");
+  };
+  EXPECT_EQ(linkOf("javascript:alert(1)"), "./javascript:alert(1)/report.html");
+  EXPECT_EQ(linkOf("a:b/c"), "./a:b/c/report.html");
+  EXPECT_EQ(linkOf("a/b:c"), "a/b:c/report.html");
+  EXPECT_EQ(linkOf("../a"), "../a/report.html");
+  EXPECT_EQ(linkOf("file:///a/b"), "file:///a/b/report.html");
+}
+
+TEST(Index, letsItsOwnScriptsRunOnly) {
+  const std::string page = renderIndex({entryOf("a", "pass", 0, 0)});
+  const std::string policy = between(page, "Content-Security-Policy\" content=\"", "\">");
+  const std::vector<std::string> scripts = allBetween(page, "<script>", "</script>");
+  ASSERT_EQ(scripts.size(), 2U);
+  for (const std::string& script : scripts) EXPECT_TRUE(contains(policy, sha256Base64(script)));
+}
+
+TEST(Index, ofNothingIsStillAPage) {
+  EXPECT_TRUE(contains(renderIndex({}), "<h1>0 inputs</h1>"));
+  EXPECT_TRUE(contains(renderIndex({{Json(), "a"}}), "Incomplete"));
+}

@@ -1,0 +1,462 @@
+// Uses the sample pages in Chromium as a reader would: page.mjs SOURCE_FOLDER PAGES_FOLDER
+import assert from 'node:assert/strict';
+import {readFileSync} from 'node:fs';
+import {createRequire} from 'node:module';
+import path from 'node:path';
+import {pathToFileURL} from 'node:url';
+
+const [source, folder] = process.argv.slice(2);
+const {chromium} = createRequire(path.join(source, 'scan/page/package.json'))('playwright-core');
+
+const TRACKS = ['blockiness', 'spatial_activity', 'letterbox', 'pillarbox', 'block_loss', 'blur',
+  'temporal_activity', 'blackout', 'freezing', 'exposure', 'contrast', 'interlace', 'noise', 'slice',
+  'flickering'];
+
+// Rows of frames.csv as records of texts.
+function readCsv(name) {
+  const lines = readFileSync(path.join(folder, name), 'utf8').split('\r\n');
+  const names = lines[0].split(',');
+  return lines.slice(1, -1).map((line) => {
+    const fields = line.split(',');
+    return Object.fromEntries(names.map((title, i) => [title, fields[i]]));
+  });
+}
+
+const browser = await chromium.launch({executablePath: '/usr/bin/chromium', args: ['--no-sandbox']});
+
+// Opens a page of the folder. Whatever it complains of, or asks for beyond itself, fails the test.
+async function open(name, options = {}) {
+  const context = await browser.newContext({viewport: {width: 1400, height: 900}, ...options});
+  const page = await context.newPage();
+  const complaints = [];
+  const url = pathToFileURL(path.join(folder, name)).href;
+  page.on('console', (message) => complaints.push(`${message.type()}: ${message.text()}`));
+  page.on('pageerror', (error) => complaints.push(error.stack));
+  page.on('dialog', (dialog) => { complaints.push(dialog.message()); dialog.dismiss(); });
+  page.on('request', (request) => {
+    const isOwn = request.url().split('#')[0] === url || request.url().startsWith('data:');
+    if (!isOwn) complaints.push(`request of ${request.url()}`);
+  });
+  await page.goto(url);
+  const close = async () => {
+    await context.close();
+    assert.deepEqual(complaints, [], name);
+  };
+  return {page, close};
+}
+
+async function openLive(name, options) {
+  const opened = await open(name, options);
+  await opened.page.waitForSelector('html.live .uplot canvas');
+  return opened;
+}
+
+// What the cursor says of one input.
+function readCursor(page, input = 0) {
+  return page.evaluate(([tracks, place]) => {
+    const readout = document.querySelector(`.readout[data-input="${place}"]`);
+    const text = (name) => readout.querySelector(`.${name}`).textContent;
+    return {
+      frame: Number(text('frame').replace('frame ', '')), timecode: text('timecode'),
+      time: text('time'), flags: text('flags'),
+      values: tracks.map((name) => document.querySelector(
+        `[data-track="${name}"] output[data-input="${place}"]`).textContent),
+    };
+  }, [TRACKS, input]);
+}
+
+function assertValues(cursor, rows) {
+  const row = rows[cursor.frame];
+  assert.equal(Number(row.frame), cursor.frame);
+  TRACKS.forEach((name, i) => {
+    const place = `${name} of frame ${cursor.frame}`;
+    if (row[name] === '') assert.equal(cursor.values[i], '\u2013', place);
+    else assert.equal(Number(cursor.values[i]), Number(row[name]), place);
+  });
+  const time = row.time_s === '' ? 'no time' : `${Number(row.time_s).toFixed(3)} s`;
+  assert.equal(cursor.time, time);
+  assert.equal(cursor.flags.includes('keyframe'), row.keyframe === '1');
+  assert.equal(cursor.flags.includes('damaged'), row.corrupt === '1');
+}
+
+const readView = (page) => page.evaluate(() => [view.from, view.to]);
+
+// The screen's place of a part (0 to 1) of the visible time, on the track of blur.
+async function placeOn(page, part) {
+  await page.locator('[data-track="blur"] .u-over').scrollIntoViewIfNeeded();
+  const box = await page.locator('[data-track="blur"] .u-over').boundingBox();
+  return [box.x + part * box.width, box.y + box.height / 2];
+}
+
+function near(actual, expected, tolerance, what) {
+  assert.ok(Math.abs(actual - expected) <= tolerance, `${what}: ${actual}, not ${expected}`);
+}
+
+const tests = {
+  async cursorShowsTheFramesOfTheCsv() {
+    const rows = readCsv('report.csv');
+    const {page, close} = await openLive('report.html');
+    assertValues(await readCursor(page), rows);
+    const seen = new Set();
+    for (const part of [0.002, 0.0535, 0.1, 0.25, 0.31, 0.5, 0.625, 0.7, 0.83, 0.99, 0.999]) {
+      await page.mouse.move(...await placeOn(page, part));
+      const cursor = await readCursor(page);
+      near(cursor.frame, part * 750, 1.5, 'frame under the pointer');
+      assertValues(cursor, rows);
+      seen.add(cursor.frame);
+    }
+    assert.equal(seen.size, 11);
+    assert.ok(seen.has(40));  // which has no time of its own
+    await close();
+  },
+
+  async everyFrameIsReachedByArrows() {
+    const rows = readCsv('report.csv');
+    const {page, close} = await openLive('report.html');
+    for (let frame = 1; frame <= 120; ++frame) {
+      await page.keyboard.press('ArrowRight');
+      const cursor = await readCursor(page);
+      assert.equal(cursor.frame, frame);
+      assertValues(cursor, rows);
+    }
+    assert.equal((await readCursor(page)).timecode, '00:00:04:20');
+    await page.keyboard.press('ArrowLeft');
+    assert.equal((await readCursor(page)).frame, 119);
+    await page.keyboard.press('Shift+ArrowRight');
+    assert.equal((await readCursor(page)).frame, 144);
+    await page.keyboard.press('Shift+ArrowLeft');
+    assert.equal((await readCursor(page)).frame, 119);
+    for (let i = 0; i < 6; ++i) await page.keyboard.press('Shift+ArrowLeft');
+    assert.equal((await readCursor(page)).frame, 0);
+    // Zoomed in, the view follows the cursor.
+    for (let i = 0; i < 5; ++i) await page.keyboard.press('+');
+    await page.keyboard.press('Shift+ArrowRight');
+    await page.keyboard.press('Shift+ArrowRight');
+    const [from, to] = await readView(page);
+    assert.ok(from <= 2 && 2 <= to, `${from} to ${to}`);
+    await close();
+  },
+
+  async dragZoomsAllTracksAndDoubleClickResets() {
+    const {page, close} = await openLive('report.html');
+    const scales = () => page.evaluate(() =>
+      view.plots.map(({scales: {x}}) => [x.min, x.max].join()));
+    assert.deepEqual([...new Set(await scales())], ['0,30']);
+    await page.mouse.move(...await placeOn(page, 0.2));
+    await page.mouse.down();
+    await page.mouse.move(...await placeOn(page, 0.3));
+    await page.mouse.move(...await placeOn(page, 0.4));
+    assert.ok(await page.locator('#selection').isVisible());
+    await page.mouse.up();
+    assert.ok(await page.locator('#selection').isHidden());
+    const [from, to] = await readView(page);
+    near(from, 6, 0.06, 'start of the view');
+    near(to, 12, 0.06, 'end of the view');
+    assert.deepEqual([...new Set(await scales())], [`${from},${to}`]);
+    assert.ok(await page.locator('#window').isVisible());
+    await page.mouse.dblclick(...await placeOn(page, 0.5));
+    assert.deepEqual(await readView(page), [0, 30]);
+    assert.ok(await page.locator('#window').isHidden());
+    await close();
+  },
+
+  async keysZoomAroundTheCursor() {
+    const {page, close} = await openLive('report.html');
+    await page.mouse.move(...await placeOn(page, 0.5));
+    await page.keyboard.press('+');
+    const [from, to] = await readView(page);
+    near(to - from, 15, 1e-9, 'span');
+    near((from + to) / 2, 15, 0.1, 'middle');
+    await page.keyboard.press('-');
+    assert.deepEqual(await readView(page), [0, 30]);
+    for (const key of ['0', 'Escape']) {
+      await page.keyboard.press('+');
+      await page.keyboard.press(key);
+      assert.deepEqual(await readView(page), [0, 30], key);
+    }
+    await page.keyboard.press('?');
+    assert.ok(await page.locator('dialog').isVisible());
+    await page.keyboard.press('Escape');
+    assert.ok(await page.locator('dialog').isHidden());
+    await page.locator('#in').click();
+    await page.locator('#all').click();
+    assert.deepEqual(await readView(page), [0, 30]);
+    await close();
+  },
+
+  async whatIsDrawnAreTheExtremesOfEveryPixel() {
+    const rows = readCsv('big.csv');
+    const {page, close} = await openLive('big.html');
+    const drawn = await page.evaluate(() => view.plots.map(({data}) => {
+      const known = data[1].filter((value) => value !== null && value !== undefined);
+      return {points: data[0].length, min: Math.min(...known), max: Math.max(...known)};
+    }));
+    TRACKS.forEach((name, i) => {
+      assert.ok(drawn[i].points < 3000, `${drawn[i].points} points`);
+      const values = rows.map((row) => row[name]).filter((text) => text !== '').map(Number);
+      assert.equal(drawn[i].min, values.reduce((a, b) => Math.min(a, b)), name);
+      assert.equal(drawn[i].max, values.reduce((a, b) => Math.max(a, b)), name);
+    });
+    // Close by, every frame is a point.
+    await page.evaluate(() => showView(5000, 5002));
+    const close2 = await page.evaluate(() => [view.plots[5].data[0], view.plots[5].data[1]]);
+    near(close2[0].length, 51, 2, 'points');
+    close2[0].forEach((time, i) =>
+      assert.equal(close2[1][i], Number(rows[Math.round(time * 25)].blur)));
+    await close();
+  },
+
+  async eventsAreVisitedInTheOrderOfTheTable() {
+    const {page, close} = await openLive('report.html');
+    const picked = () => page.locator('tr.picked td').first().textContent();
+    const order = [];
+    for (let i = 0; i < 9; ++i) {
+      await page.keyboard.press('n');
+      order.push(await picked());
+    }
+    assert.deepEqual(order.map((text) => text.split(' from')[0].split(' to ')[0]), ['black',
+      'letterbox', 'freeze', 'blur', 'block loss', 'scene cut', 'over exposure', 'freeze', 'black']);
+    await page.keyboard.press('p');
+    assert.match(await picked(), /^freeze to the end/);
+    await page.keyboard.press('p');
+    assert.equal(await picked(), 'over exposure');
+    // Frames 600 to 644 and as much again on both sides; the cursor is on the peak.
+    const [from, to] = await readView(page);
+    near(from, 24 - 1.8, 1e-9, 'start');
+    near(to, 25.8 + 1.8, 1e-9, 'end');
+    const peak = Number(await page.locator('tr.picked td').nth(5).textContent());
+    assert.equal((await readCursor(page)).frame, peak);
+    assert.ok(await page.locator('#picked').isVisible());
+    await close();
+  },
+
+  async eventsAreReachedFromLanesAndTable() {
+    const {page, close} = await openLive('report.html');
+    await page.locator('#lanes a[data-event="3"] rect').click();
+    assert.equal(await page.locator('tr.picked td').first().textContent(), 'blur');
+    near((await readView(page))[0], 15 - 2.4, 1e-9, 'start');
+    await page.locator('tr[data-event="2"] a').focus();
+    await page.keyboard.press('Enter');
+    assert.equal(await page.locator('tr.picked td').first().textContent(), 'freeze');
+    const tracks = await page.locator('#tracks').boundingBox();
+    assert.ok(tracks.y < 450 && tracks.y + tracks.height > 450);
+    // A click between bands moves the view.
+    await page.evaluate(() => scrollTo(0, 0));
+    const lane = await page.locator('#lanes svg.bands').first().boundingBox();
+    await page.mouse.click(lane.x + lane.width * 0.8, lane.y + lane.height / 2);
+    const [from, to] = await readView(page);
+    near((from + to) / 2, 24, 0.1, 'middle');
+    await close();
+  },
+
+  async tableIsFilteredAndSorted() {
+    const {page, close} = await openLive('report.html');
+    const column = (n) => page.evaluate((place) =>
+      [...document.querySelectorAll('.events tbody tr:not([hidden])')]
+        .map((row) => row.cells[place].textContent), n);
+    assert.equal(await page.locator('#count').textContent(), '8 of 8');
+    await page.locator('#type').selectOption('freeze');
+    assert.equal((await column(0)).length, 2);
+    await page.locator('#severity').selectOption('fail');
+    assert.deepEqual(await column(0), ['freeze']);
+    assert.equal(await page.locator('#count').textContent(), '1 of 8');
+    await page.locator('#type').selectOption('');
+    await page.locator('#severity').selectOption('');
+    await page.locator('#text').fill('BLOCK');
+    assert.deepEqual(await column(0), ['block loss']);
+    // Letters that are keys elsewhere are text here.
+    await page.locator('#text').fill('');
+    await page.locator('#text').pressSequentially('n0');
+    assert.equal(await page.locator('tr.picked').count(), 0);
+    await page.locator('#text').fill('');
+
+    const title = page.locator('.events th', {hasText: 'Duration'});
+    const durations = [0.04, 0.28, 1.52, 1.52, 1.8, 2.12, 2.4, 24];
+    await title.locator('button').click();
+    assert.deepEqual((await column(3)).map(parseFloat), durations);
+    assert.equal(await title.getAttribute('aria-sort'), 'ascending');
+    await title.locator('button').click();
+    assert.deepEqual((await column(3)).map(parseFloat), durations.reverse());
+    await page.locator('.events th button', {hasText: 'Severity'}).click();
+    assert.deepEqual(await column(1),
+      ['info', 'info', 'warn', 'warn', 'warn', 'fail', 'fail', 'fail']);
+    // n follows what the table shows.
+    await page.locator('h2', {hasText: 'Tracks'}).click();
+    await page.keyboard.press('n');
+    assert.equal(await page.locator('tr.picked td').nth(1).textContent(), 'info');
+    await close();
+  },
+
+  async picturesOfEventsAreShown() {
+    const {page, close} = await openLive('report.html');
+    const widths = await page.evaluate(() => [...document.querySelectorAll('.pictures img')]
+      .map((image) => image.naturalWidth));
+    assert.ok(widths.length >= 8, `${widths.length} pictures`);
+    assert.deepEqual([...new Set(widths)], [160]);
+    await close();
+  },
+
+  async severalInputsShareOnePage() {
+    const [first, second] = [readCsv('report.csv'), readCsv('compare.csv')];
+    const {page, close} = await openLive('compare.html');
+    assert.deepEqual(await page.locator('.verdict .mark').allTextContents(), ['Fail', 'Attention']);
+    for (const part of [0.11, 0.43, 0.9]) {
+      await page.mouse.move(...await placeOn(page, part));
+      const cursors = [await readCursor(page, 0), await readCursor(page, 1)];
+      assertValues(cursors[0], first);
+      assertValues(cursors[1], second);
+      near(cursors[0].frame / 25, part * 30.03, 0.1, 'time');
+      near(cursors[1].frame / (30000 / 1001), cursors[0].frame / 25, 0.02, 'time');
+    }
+    const strokes = await page.evaluate(() => view.plots.map(({series}) => series.length));
+    assert.deepEqual([...new Set(strokes)], [3]);
+    assert.equal(await page.locator('.events tbody tr').count(), 15);
+    assert.match(await page.locator('.events tbody td').first().textContent(), /^episode one/);
+    await close();
+  },
+
+  async withoutScriptAllIsThereToRead() {
+    const {page, close} = await open('report.html', {javaScriptEnabled: false});
+    assert.equal(await page.locator('.mark').textContent(), 'Fail');
+    assert.ok(await page.locator('dl.facts').isVisible());
+    assert.equal(await page.locator('.events tbody tr:visible').count(), 8);
+    assert.equal(await page.locator('.track .static svg:visible').count(), 15);
+    assert.equal(await page.locator('.track path.line[d^="M"]').count(), 15);
+    for (const id of ['#bar', '.filter']) assert.ok(await page.locator(id).isHidden(), id);
+    await close();
+  },
+
+  async onPaperTracksArePictures() {
+    const {page, close} = await openLive('report.html');
+    assert.equal(await page.locator('.static svg:visible').count(), 0);
+    await page.emulateMedia({media: 'print'});
+    assert.equal(await page.locator('.static svg:visible').count(), 15);
+    for (const id of ['canvas', '#bar', '.filter', '#cursor']) {
+      assert.equal(await page.locator(`${id}:visible`).count(), 0, id);
+    }
+    await close();
+  },
+
+  async darkAndLightDiffer() {
+    const {page, close} = await openLive('report.html', {colorScheme: 'light'});
+    const colours = () => page.evaluate(() => [getComputedStyle(document.body).backgroundColor,
+      view.colours.i0, view.plots[0].series[1].stroke()]);
+    const light = await colours();
+    await page.emulateMedia({colorScheme: 'dark'});
+    await page.waitForTimeout(100);
+    const dark = await colours();
+    light.forEach((colour, i) => assert.notEqual(colour, dark[i]));
+    await close();
+  },
+
+  async tracksFollowTheWidthOfTheWindow() {
+    const {page, close} = await openLive('report.html');
+    await page.setViewportSize({width: 400, height: 800});
+    await page.waitForTimeout(200);
+    const width = await page.evaluate(() => document.documentElement.scrollWidth);
+    assert.ok(width <= 400, `${width} pixels`);
+    assert.equal(await page.evaluate(() => colour('axis')), '44px');
+    await page.mouse.move(...await placeOn(page, 0.5));
+    assertValues(await readCursor(page), readCsv('report.csv'));
+    near((await readCursor(page)).frame, 375, 3, 'frame in the middle');
+    await close();
+  },
+
+  async namesAreTextAndNothingElse() {
+    for (const scripted of [true, false]) {
+      const {page, close} = await open('hostile.html', {javaScriptEnabled: scripted});
+      if (scripted) await page.waitForSelector('html.live canvas');
+      assert.equal(await page.locator('main img').count(), 0);
+      assert.match(await page.locator('.reasons').textContent(), /^<img src=x onerror=alert\(1\)>/);
+      await close();
+    }
+  },
+
+  async nothingAnalysedIsSaid() {
+    const {page, close} = await open('failed.html');
+    assert.equal(await page.locator('.mark').textContent(), 'Incomplete');
+    assert.match(await page.locator('main').textContent(), /there is no video in it/);
+    assert.match(await page.locator('main').textContent(), /No frame was analysed/);
+    await close();
+    const clean = await openLive('clean.html');
+    assert.match(await clean.page.locator('#lanes').textContent(), /No events/);
+    await clean.page.keyboard.press('n');
+    await clean.close();
+  },
+
+  async indexListsTheWorstFirst() {
+    for (const scripted of [true, false]) {
+      const {page, close} = await open('index.html', {javaScriptEnabled: scripted});
+      assert.deepEqual(await page.locator('td .badge').allTextContents(),
+        ['Incomplete', 'Fail', 'Fail', 'Attention', 'Pass']);
+      const links = await page.evaluate(() => [...document.querySelectorAll('td a')]
+        .map((link) => link.getAttribute('href')));
+      assert.equal(links[0], 'masters/broken.mp4.lumascan/report.html');
+      assert.equal(links[2], 'masters/episode%20one.mp4.lumascan/report.html');
+      assert.equal(await page.locator('tr:nth-child(3) td.spark path').count(), 15);
+      await close();
+    }
+  },
+
+  async indexIsSortedAndFiltered() {
+    const {page, close} = await open('index.html');
+    const names = () => page.locator('tbody tr:visible bdi').allTextContents();
+    await page.locator('#verdict').selectOption('Attention');
+    assert.deepEqual(await names(), ['copies/episode one.mxf']);
+    await page.locator('#verdict').selectOption('');
+    await page.locator('#text').fill('titles');
+    assert.deepEqual(await names(), ['masters/titles.mov']);
+    assert.equal(await page.locator('#count').textContent(), '1 of 5');
+    await page.locator('#text').fill('');
+    await page.locator('th button', {hasText: 'Duration'}).click();
+    const sorted = await names();
+    // Four seconds, ten, 30, 30.03, unknown.
+    assert.match(sorted[0], /^<img/);
+    assert.deepEqual(sorted.slice(1), ['masters/titles.mov', 'masters/episode one.mp4',
+      'copies/episode one.mxf', 'masters/broken.mp4']);
+    await page.locator('th button', {hasText: 'Verdict'}).click();
+    assert.equal((await names())[0], 'masters/broken.mp4');
+    await close();
+  },
+
+  // Times are only told: they depend on the machine.
+  async longVideosStayFluid() {
+    const rows = readCsv('big.csv');
+    const {page, close} = await openLive('big.html');
+    const paint = await page.evaluate(() =>
+      performance.getEntriesByName('first-contentful-paint')[0].startTime);
+    const live = await page.evaluate(() => performance.now());
+    const redraw = await page.evaluate(() => {
+      const start = performance.now();
+      for (let i = 0; i < 5; ++i) showView(i, model.end - i);
+      return (performance.now() - start) / 5;
+    });
+    const move = await page.evaluate(() => {
+      const start = performance.now();
+      for (let i = 0; i < 100; ++i) moveCursorToTime(i * 90);
+      return (performance.now() - start) / 100;
+    });
+    for (const row of [0, 1, 99999, 249999]) {
+      await page.evaluate((place) => moveCursor(0, place), row);
+      assertValues(await readCursor(page), rows);
+    }
+    const bytes = readFileSync(path.join(folder, 'big.html')).length;
+    console.log(`250000 frames: first paint ${paint.toFixed(0)} ms, interactive before ` +
+      `${live.toFixed(0)} ms, all tracks redrawn in ${redraw.toFixed(0)} ms, cursor moved in ` +
+      `${move.toFixed(2)} ms, ${(bytes / 250000).toFixed(1)} bytes per frame`);
+    await close();
+  },
+};
+
+let failures = 0;
+for (const [name, test] of Object.entries(tests)) {
+  try {
+    await test();
+    console.log(`ok ${name}`);
+  } catch (error) {
+    ++failures;
+    console.log(`FAILED ${name}\n${error.stack}`);
+  }
+}
+await browser.close();
+process.exit(failures === 0 ? 0 : 1);

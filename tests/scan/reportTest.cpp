@@ -1,0 +1,180 @@
+// The page as it is written. What its script does is looked at in a browser: page.mjs.
+#include "scan/report.h"
+
+#include <gtest/gtest.h>
+
+#include "pageParts.h"
+#include "sample.h"
+
+namespace {
+
+constexpr char HOSTILE[] = "<img src=x onerror=alert(1)>\n\"'&</script>\xff.mp4";
+
+std::string samplePage() {
+  return renderReport({sampleInput("clips/a b.mp4", 300, 25.0, 1)});
+}
+
+// What is left of the page when scripts and styles are gone.
+std::string readable(const std::string& page) {
+  return between(page, "<main>", "</main>");
+}
+
+}  // namespace
+
+TEST(Report, letsItsOwnScriptsAndStyleRunAndNothingElse) {
+  const std::string page = samplePage();
+  const std::string policy =
+      between(page, "<meta http-equiv=\"Content-Security-Policy\" content=\"", "\">");
+  std::string scripts;
+  for (const std::string& script : allBetween(page, "<script>", "</script>")) {
+    scripts += " 'sha256-" + sha256Base64(script) + "'";
+  }
+  const std::vector<std::string> styles = allBetween(page, "<style>", "</style>");
+  ASSERT_EQ(styles.size(), 1U);
+  EXPECT_EQ(policy, "default-src 'none'; script-src" + scripts + "; style-src 'sha256-" +
+                        sha256Base64(styles[0]) +
+                        "'; img-src data:; base-uri 'none'; form-action 'none'");
+  // The policy comes before all that it is about.
+  EXPECT_LT(page.find("Content-Security-Policy"), page.find("<style>"));
+  EXPECT_FALSE(contains(readable(page), " style="));
+  EXPECT_FALSE(contains(readable(page), " onclick="));
+}
+
+TEST(Report, referstoNothingOutside) {
+  const std::string body = readable(samplePage());
+  for (const std::string& link : allBetween(body, "href=\"", "\"")) EXPECT_EQ(link[0], '#') << link;
+  for (const std::string& image : allBetween(body, "src=\"", "\"")) {
+    EXPECT_EQ(image.rfind("data:", 0), 0U) << image;
+  }
+}
+
+TEST(Report, isReadableWithoutScript) {
+  const std::string body = readable(samplePage());
+  EXPECT_EQ(between(body, "<p class=\"mark\">", "</p>"), "Fail");
+  EXPECT_TRUE(contains(body, "<li>freeze for 2.1 s</li>"));
+  EXPECT_TRUE(contains(body, "<dt>Codec</dt><dd>h264, yuv420p</dd>"));
+  EXPECT_EQ(allBetween(body, "<tr id=\"event-", "\"").size(), 8U);
+  EXPECT_EQ(allBetween(body, "<path class=\"line i0\" d=\"M", "\"").size(), INDICATORS);
+  for (const IndicatorInfo& indicator : INDICATOR_TABLE) {
+    EXPECT_TRUE(contains(body, std::string("<h4>") + indicator.title + " ")) << indicator.name;
+  }
+}
+
+TEST(Report, putsTheVerdictFirst) {
+  const std::string body = readable(samplePage());
+  size_t last = 0;
+  for (const char* const part :
+       {"class=\"mark\"", "class=\"facts\"", "id=\"lanes\"", "id=\"tracks\"", "id=\"events\""}) {
+    const size_t place = body.find(part);
+    ASSERT_NE(place, std::string::npos) << part;
+    EXPECT_GT(place, last) << part;
+    last = place;
+  }
+}
+
+TEST(Report, drawsThresholdsOnTheirTracks) {
+  const std::string body = readable(samplePage());
+  const std::string exposure = between(body, "data-track=\"exposure\"", "<div class=\"track\"");
+  EXPECT_TRUE(contains(exposure, "over exposure at 215"));
+  EXPECT_TRUE(contains(exposure, "under exposure at 30"));
+  EXPECT_EQ(allBetween(exposure, "<path class=\"threshold warn\"", "/>").size(), 2U);
+  const std::string contrast = between(body, "data-track=\"contrast\"", "</svg>");
+  EXPECT_FALSE(contains(contrast, "threshold"));
+}
+
+TEST(Report, showsPicturesOfEventsOnce) {
+  ReportInput input = sampleInput("a", 300, 25.0, 1);
+  Json& event = input.result["events"][3];
+  event["first_frame"] = 150;
+  event["peak_frame"] = 150;
+  event["last_frame"] = 170;
+  input.result["events"] = Json::array({event});
+  input.thumbnails = {{150, "first"}, {170, "last"}, {151, "of no event"}};
+  const std::string body = readable(renderReport({input}));
+  EXPECT_EQ(allBetween(body, "data:image/jpeg;base64,", "\""),
+            (std::vector<std::string>{base64("first"), base64("last")}));
+  EXPECT_TRUE(contains(body, "<figcaption>start, peak</figcaption>"));
+}
+
+TEST(Report, carriesItsFrames) {
+  const std::string page = samplePage();
+  const Json model =
+      Json::parse(between(page, "<script type=\"application/json\" id=\"model\">", "</script>"));
+  EXPECT_EQ(model["inputs"][0]["rows"], 300);
+  EXPECT_EQ(model["inputs"][0]["fps"], 25.0);
+  EXPECT_EQ(model["tracks"].size(), INDICATORS);
+  EXPECT_EQ(model["events"].size(), 8U);
+  EXPECT_EQ(model["start"], 0.0);
+  EXPECT_NEAR(model["end"].get<double>(), 12.0, 1e-9);
+  const std::string frames = between(page, "id=\"frames-0\">", "</script>");
+  EXPECT_EQ(base64(unbase64(frames)), frames);
+  EXPECT_GT(frames.size(), 300U);
+}
+
+TEST(Report, takesHostileTextAsText) {
+  ReportInput input = sampleInput(HOSTILE, 50, 25.0, 1);
+  Json& result = input.result;
+  for (const char* const key : {"codec", "container", "pixel_format", "field_order", "checksum",
+                                "color_range", "color_transfer", "sample_aspect_ratio"}) {
+    result["input"][key] = HOSTILE;
+  }
+  result["analysis"]["luma"] = HOSTILE;
+  result["tool"]["name"] = HOSTILE;
+  result["error"] = HOSTILE;
+  result["reasons"] = Json::array({HOSTILE});
+  result["warnings"] = Json::array({HOSTILE});
+  result["events"][0]["type"] = HOSTILE;
+  result["events"][0]["severity"] = HOSTILE;
+  result["thresholds"]["blur"]["severity"] = HOSTILE;
+  for (const std::string& page : {renderReport({input}), renderReport({input, input})}) {
+    EXPECT_FALSE(contains(page, "<img"));
+    EXPECT_FALSE(contains(page, "\xff"));
+    // Scripts of the page, its model and the frames of every input.
+    EXPECT_EQ(allBetween(page, "<script", "</script").size(),
+              6U + 1U + (contains(page, "frames-1") ? 2U : 1U));
+  }
+}
+
+TEST(Report, showsSeveralInputsSideBySide) {
+  ReportInput second = sampleInput("b.mp4", 600, 50.0, 2);
+  second.result["verdict"] = "pass";
+  const std::string body =
+      readable(renderReport({sampleInput("a.mp4", 300, 25.0, 1), second, failedInput("c.mp4")}));
+  EXPECT_EQ(allBetween(body, "<p class=\"mark\">", "</p>"),
+            (std::vector<std::string>{"Fail", "Pass", "Incomplete"}));
+  EXPECT_TRUE(contains(body, "<th scope=\"col\">Input</th>"));
+  EXPECT_TRUE(contains(body,
+                       "<tr class=\"differs\"><th scope=\"row\">Frame rate</th><td>25 per "
+                       "second</td><td>50 per second</td><td></td></tr>"));
+  const std::string blur = between(body, "data-track=\"blur\"", "</svg>");
+  EXPECT_EQ(allBetween(blur, "<path class=\"line i", "\""),
+            (std::vector<std::string>{"0", "1", "2"}));
+}
+
+TEST(Report, ofNothingIsStillAPage) {
+  EXPECT_TRUE(contains(renderReport({failedInput("c.mp4")}), "No frame was analysed."));
+  EXPECT_TRUE(contains(renderReport({failedInput("c.mp4")}), "there is no video in it"));
+  EXPECT_TRUE(contains(renderReport({}), "</html>"));
+  EXPECT_TRUE(contains(renderReport({ReportInput{}}), "Incomplete"));
+}
+
+TEST(Report, bearsResultsOfOtherShapes) {
+  ReportInput input = sampleInput("a.mp4", 50, 25.0, 1);
+  for (const char* const key : {"input", "analysis", "events", "thresholds", "indicators",
+                                "reasons", "warnings", "verdict", "error", "truncated"}) {
+    for (const Json& other : {Json(), Json(7), Json("x"), Json::array({1, nullptr, "x"}),
+                              Json{{"path", 3}, {"enter", "x"}}}) {
+      ReportInput changed = input;
+      changed.result[key] = other;
+      EXPECT_TRUE(contains(renderReport({changed}), "</html>")) << key << other;
+    }
+  }
+  // Events outside of the frames that were analysed, and without times.
+  Json& event = input.result["events"][0];
+  event["first_frame"] = -5;
+  event["last_frame"] = 1000000000000;
+  event["start_s"] = nullptr;
+  event["end_s"] = nullptr;
+  event["peak_value"] = nullptr;
+  EXPECT_FALSE(contains(readable(renderReport({input})), "nan"));
+}
