@@ -160,6 +160,7 @@ std::string summaryHtml(const std::vector<Row>& rows) {
 
 std::string renderIndex(const std::vector<IndexEntry>& entries) {
   std::vector<Row> rows;
+  rows.reserve(entries.size());
   for (const IndexEntry& entry : entries) rows.push_back(rowOf(entry));
   std::stable_sort(rows.begin(), rows.end(), isWorse);
   std::array<Range, INDICATORS> ranges;

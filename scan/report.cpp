@@ -199,32 +199,40 @@ std::string factListHtml(const Source& source) {
   return html + "</dl>\n";
 }
 
+// Empty when it is not among them.
+std::string factNamed(const std::vector<Fact>& facts, std::string_view title) {
+  for (const Fact& fact : facts) {
+    if (fact.title == title) return fact.text;
+  }
+  return "";
+}
+
+// Facts that are not the same for all inputs stand out.
+std::string factRowHtml(const std::vector<std::vector<Fact>>& inputs, const char* title) {
+  std::string cells;
+  bool isSame = true;
+  for (const std::vector<Fact>& facts : inputs) {
+    const std::string text = factNamed(facts, title);
+    cells += "<td>" + escapeHtml(text) + "</td>";
+    isSame = isSame && text == factNamed(inputs.front(), title);
+  }
+  return std::string(isSame ? "<tr>" : "<tr class=\"differs\">") + "<th scope=\"row\">" + title +
+         "</th>" + cells + "</tr>";
+}
+
 std::string factTableHtml(const Page& page) {
-  std::string head;
-  std::vector<const char*> titles;
-  std::vector<std::map<std::string, std::string>> facts;
+  std::string html = "<div class=\"scroll\"><table class=\"facts\"><thead><tr><td></td>";
+  std::vector<std::vector<Fact>> inputs;
+  std::vector<Fact> rows;  // of all inputs
   for (const Source& source : page.sources) {
-    head += "<th scope=\"col\">" + keyHtml(source) + "</th>";
-    facts.emplace_back();
-    for (const Fact& fact : factsOf(source.input->result)) {
-      facts.back()[fact.title] = fact.text;
-      const bool isKnown = std::any_of(titles.begin(), titles.end(), [&](const char* title) {
-        return std::string(title) == fact.title;
-      });
-      if (!isKnown) titles.push_back(fact.title);
+    html += "<th scope=\"col\">" + keyHtml(source) + "</th>";
+    inputs.push_back(factsOf(source.input->result));
+    for (const Fact& fact : inputs.back()) {
+      if (factNamed(rows, fact.title).empty()) rows.push_back(fact);
     }
   }
-  std::string html = "<div class=\"scroll\"><table class=\"facts\"><thead><tr><td></td>" + head +
-                     "</tr></thead><tbody>";
-  for (const char* const title : titles) {
-    const bool isSame = std::all_of(facts.begin(), facts.end(), [&](auto& known) {
-      return known[title] == facts.front()[title];
-    });
-    html += std::string(isSame ? "<tr>" : "<tr class=\"differs\">") + "<th scope=\"row\">" + title +
-            "</th>";
-    for (auto& known : facts) html += "<td>" + escapeHtml(known[title]) + "</td>";
-    html += "</tr>";
-  }
+  html += "</tr></thead><tbody>";
+  for (const Fact& row : rows) html += factRowHtml(inputs, row.title);
   return html + "</tbody></table></div>\n";
 }
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what this machine lacks, with apt-get, and says what that is. Does nothing when all is there.
+# Installs what this machine lacks, with apt-get and npm, and says what that is. Does nothing when all is there.
 #
 # usage: scripts/setup.sh GROUP...
 #   build   compile the analyser
@@ -36,18 +36,34 @@ for package in $wanted; do
   status=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
   [[ $status == 'install ok installed' || $missing == *" $package"* ]] || missing+=" $package"
 done
-[[ -n $missing ]] || exit 0
+# What draws the plots of lumascan's pages, and what tries them in a browser, come from npm, which may be there
+# without Debian's package of it.
+page=$(dirname "$0")/../scan/page
+wants_page=
+[[ " $wanted " != *' zlib1g-dev '* ]] || wants_page=yes
+[[ -z $wants_page ]] || command -v npm > /dev/null || missing+=' nodejs npm'
 
-echo "setup.sh: installing$missing"
-as_root=
-[[ $(id -u) == 0 ]] || as_root=sudo
-export DEBIAN_FRONTEND=noninteractive
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-# shellcheck disable=SC2086  # words of a list
-if ! { $as_root apt-get update && $as_root apt-get install -y --no-install-recommends $missing; } \
-  > "$log" 2>&1; then
+
+# $1: what is installed, the rest: the command.
+install() {
+  local what=$1
+  shift
+  echo "setup.sh: installing $what"
+  "$@" > "$log" 2>&1 && return
   tail -n 20 "$log" >&2
-  echo "setup.sh: could not install$missing" >&2
+  echo "setup.sh: could not install $what" >&2
   exit 1
+}
+
+if [[ -n $missing ]]; then
+  as_root=
+  [[ $(id -u) == 0 ]] || as_root=sudo
+  # shellcheck disable=SC2086,SC2016  # words of a list; the inner shell's own
+  install "${missing# }" $as_root env DEBIAN_FRONTEND=noninteractive sh -c \
+    'apt-get update && apt-get install -y --no-install-recommends "$@"' sh $missing
+fi
+if [[ -n $wants_page && $page/node_modules/.package-lock.json -ot $page/package-lock.json ]]; then
+  install "the page's packages" npm ci --prefix "$page" --ignore-scripts --no-audit --no-fund
 fi
