@@ -264,19 +264,22 @@ std::string laneBandHtml(const Page& page, size_t place) {
          "</title></rect></a>";
 }
 
+std::string markHtml(const TimeSpan& span, double mark, double step) {
+  const std::string x = percentOf(mark, span);
+  // Centred, it would reach beyond the page.
+  const bool isLast = span.end - mark < NEAR_END * (span.end - span.start);
+  std::string html = "<line y1=\"12\" y2=\"16\" x1=\"";
+  html.append(x).append("\" x2=\"").append(x).append("\"/><text y=\"10\" x=\"").append(x);
+  html.append(isLast ? "\" class=\"last\">" : "\">").append(markText(mark, step));
+  return html + "</text>";
+}
+
 std::string laneAxisHtml(const Page& page) {
   const std::vector<double> marks = axisMarks(page.span, AXIS_MARKS);
   const double step = marks.size() > 1 ? marks[1] - marks[0] : 1.0;
   std::string html =
       "<div class=\"lane axis\"><span></span><svg height=\"16\" aria-hidden=\"true\">";
-  for (const double mark : marks) {
-    const std::string x = percentOf(mark, page.span);
-    // Centred, it would reach beyond the page.
-    const bool isLast = page.span.end - mark < NEAR_END * (page.span.end - page.span.start);
-    html += "<line x1=\"" + x + "\" x2=\"" + x + "\" y1=\"12\" y2=\"16\"/><text x=\"" + x +
-            "\" y=\"10\"" + (isLast ? " class=\"last\"" : "") + ">" + markText(mark, step) +
-            "</text>";
-  }
+  for (const double mark : marks) html += markHtml(page.span, mark, step);
   return html + "</svg></div>\n";
 }
 

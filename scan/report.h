@@ -10,6 +10,7 @@
 #include "scan/frameTable.h"
 #include "scan/html.h"
 
+// NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
 struct ReportInput {
   Json result;                                // docs/results.md; what is missing is left out
   FrameTable frames;                          // may be empty

@@ -44,14 +44,8 @@ void addThumbnails(const std::string& folder, ReportInput* input) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::cerr << "usage: scanSamplePages OUTDIR\n";
-    return 2;
-  }
-  const std::string out = std::string(argv[1]) + "/";
+// out: a folder's name with a slash behind it
+void writePages(const std::string& out) {
   ReportInput first = sampleInput("masters/episode one.mp4", 750, 25.0, 1);
   addThumbnails(out + "thumbs", &first);
   ReportInput second = sampleInput("copies/episode one.mxf", 900, 30000.0 / 1001.0, 2);
@@ -83,5 +77,20 @@ int main(int argc, char** argv) {
   const ReportInput big = sampleInput("masters/long.mp4", 250000, 25.0, 5);
   write(out + "big.html", renderReport({big}));
   writeCsv(out + "big.csv", big.frames);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "usage: scanSamplePages OUTDIR\n";
+    return 2;
+  }
+  try {
+    writePages(std::string(argv[1]) + "/");
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << "\n";
+    return 1;
+  }
   return 0;
 }
