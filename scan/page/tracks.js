@@ -11,26 +11,26 @@ function element(id) {
   return document.getElementById(id);
 }
 
-function colour(name) {
+function styleValue(name) {
   return getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
 }
 
 // ---- geometry
 
 // Where time is drawn, in pixels from the left of #plots.
-function plotArea() {
+function measureArea() {
   const plot = plotsElement.querySelector('.plot');
-  const axis = parseFloat(colour('axis'));
+  const axis = parseFloat(styleValue('axis'));
   return {left: plot.offsetLeft + axis, width: Math.max(1, plot.clientWidth - axis), axis};
 }
 
 function placeOf(time) {
-  const area = plotArea();
+  const {area} = view;
   return area.left + (time - view.from) / (view.to - view.from) * area.width;
 }
 
 function timeAt(clientX) {
-  const area = plotArea();
+  const {area} = view;
   const x = clientX - plotsElement.getBoundingClientRect().left - area.left;
   return view.from + Math.min(1, Math.max(0, x / area.width)) * (view.to - view.from);
 }
@@ -105,7 +105,7 @@ function pixelValues(rows, values) {
 
 // One entry per track, as uPlot takes it: times, then one array per input.
 function trackData() {
-  const width = Math.round(plotArea().width);
+  const width = Math.round(view.area.width);
   const counts = view.frames.map(({times}) => {
     const [first, end] = visibleRows(times);
     return end - first;
@@ -146,7 +146,7 @@ const STEPS = [0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 30
 
 function timeMarks() {
   const span = view.to - view.from;
-  const wanted = span * 90 / plotArea().width;
+  const wanted = span * 90 / view.area.width;
   const step = STEPS.find((candidate) => candidate >= wanted) ?? Math.ceil(wanted / 3600) * 3600;
   const marks = [];
   const first = Math.ceil(view.from / step);
@@ -219,7 +219,7 @@ function axisText(value) {
 
 function makePlot(track, data) {
   const host = document.querySelector(`[data-track="${model.tracks[track].name}"] .plot`);
-  const area = plotArea();
+  const {area} = view;
   const series = view.frames.map((_, input) => ({
     stroke: () => view.colours[`i${input % 8}`], width: 1, spanGaps: model.tracks[track].isBridged,
     points: {size: 4},
@@ -233,7 +233,7 @@ function makePlot(track, data) {
       y: {range: (plot) => valueRange(plot.data, model.tracks[track].thresholds)},
     },
     axes: [{show: false}, {
-      size: () => plotArea().axis, gap: 4, space: 24, font: '11px system-ui, sans-serif',
+      size: () => view.area.axis, gap: 4, space: 24, font: '11px system-ui, sans-serif',
       stroke: () => view.colours.quiet, ticks: {show: false},
       grid: {stroke: () => view.colours.rule, width: 1},
       values: (_, marks) => marks.map(axisText),
@@ -245,9 +245,9 @@ function makePlot(track, data) {
 
 function readColours() {
   view.colours = {};
-  for (const name of ['fail', 'warn', 'info', 'rule', 'quiet']) view.colours[name] = colour(name);
-  view.colours.warn = colour('attention');
-  for (let i = 0; i < 8; ++i) view.colours[`i${i}`] = colour(`i${i}`);
+  for (const name of ['fail', 'warn', 'info', 'rule', 'quiet']) view.colours[name] = styleValue(name);
+  view.colours.warn = styleValue('attention');
+  for (let i = 0; i < 8; ++i) view.colours[`i${i}`] = styleValue(`i${i}`);
 }
 
 function drawTracks() {
@@ -257,7 +257,7 @@ function drawTracks() {
 }
 
 function drawOverlays() {
-  const area = plotArea();
+  const {area} = view;
   const right = area.left + area.width;
   const base = baseInput();
   const x = base < 0 ? -1 : placeOf(view.frames[base].times[view.rows[base]]);
@@ -408,7 +408,7 @@ function listenToPointer() {
 }
 
 function resizePlots() {
-  const area = plotArea();
+  const {area} = view;
   view.plots.forEach((plot) => plot.setSize({width: area.width + area.axis, height: plot.height}));
   showView(view.from, view.to);
 }
@@ -421,13 +421,14 @@ async function startTracks() {
   document.documentElement.classList.add('live');
   element('bar').hidden = false;
   readColours();
+  view.area = measureArea();
   moveCursor(baseInput(), 0);
   showAll();
   listenToPointer();
-  let width = plotArea().width;
   new ResizeObserver(() => {
-    if (plotArea().width === width) return;
-    width = plotArea().width;
+    const area = measureArea();
+    if (area.width === view.area.width && area.left === view.area.left) return;
+    view.area = area;
     resizePlots();
   }).observe(plotsElement);
   matchMedia('(prefers-color-scheme: dark)').addEventListener('change', () => {

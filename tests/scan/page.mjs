@@ -355,7 +355,7 @@ const tests = {
     await page.waitForTimeout(200);
     const width = await page.evaluate(() => document.documentElement.scrollWidth);
     assert.ok(width <= 400, `${width} pixels`);
-    assert.equal(await page.evaluate(() => colour('axis')), '44px');
+    assert.equal(await page.evaluate(() => styleValue('axis')), '44px');
     await page.mouse.move(...await placeOn(page, 0.5));
     assertValues(await readCursor(page), readCsv('report.csv'));
     near((await readCursor(page)).frame, 375, 3, 'frame in the middle');
