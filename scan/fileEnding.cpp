@@ -7,10 +7,14 @@
 
 namespace {
 
-constexpr std::string_view GIF_ENDING("\0;", 2);    // the end of a block and the trailer
-constexpr char OGG_PAGE[] = "OggS";                 // at the start of a page
-constexpr size_t OGG_FLAGS = 5;                     // place in it
-constexpr int OGG_CLOSES_STREAM = 4;                // flag
+constexpr std::string_view GIF_ENDING("\0;", 2);  // the end of a block and the trailer
+// Of an Ogg page (RFC 3533): what it starts with, places in its header, and the header's length;
+// the lengths of its segments follow, a byte each.
+constexpr char OGG_PAGE[] = "OggS";
+constexpr size_t OGG_FLAGS = 5;
+constexpr size_t OGG_SEGMENTS = 26;
+constexpr size_t OGG_HEADER = 27;
+constexpr size_t OGG_CLOSES_STREAM = 4;
 constexpr std::streamoff OGG_LONGEST_PAGE = 65307;  // bytes
 // Bytes of a packet: as broadcast, with a time stamp in front, with error correction behind.
 constexpr std::array TRANSPORT_PACKETS = {188, 192, 204};
@@ -22,10 +26,18 @@ std::string tailOf(std::ifstream* file, std::streamoff size, std::streamoff leng
   return tail;
 }
 
+// Whether the last page closes a stream, and is there as a whole.
 bool closesStream(const std::string& tail) {
-  const size_t page = tail.rfind(OGG_PAGE);
-  return page != std::string::npos && page + OGG_FLAGS < tail.size() &&
-         (tail[page + OGG_FLAGS] & OGG_CLOSES_STREAM) != 0;
+  const size_t start = tail.rfind(OGG_PAGE);
+  if (start == std::string::npos || start + OGG_HEADER > tail.size()) return false;
+  const auto byteAt = [&](size_t place) {
+    return size_t{static_cast<unsigned char>(tail[start + place])};
+  };
+  const size_t segments = byteAt(OGG_SEGMENTS);
+  if (start + OGG_HEADER + segments > tail.size()) return false;
+  size_t length = OGG_HEADER + segments;
+  for (size_t i = 0; i < segments; ++i) length += byteAt(OGG_HEADER + i);
+  return (byteAt(OGG_FLAGS) & OGG_CLOSES_STREAM) != 0 && start + length <= tail.size();
 }
 
 }  // namespace
