@@ -1,0 +1,225 @@
+// What files say about themselves, in clips made to say it.
+#include "scan/streamFacts.h"
+
+#include <gtest/gtest.h>
+
+#include "clips.h"
+
+namespace {
+
+using Warnings = std::vector<std::string>;
+
+const char* const fullRange = "full-range video: levels are measured as they are, 0 to 255";
+const char* const highDynamicRange =
+    "high dynamic range: levels are measured as they are, without tone mapping";
+const char* const interlaced =
+    "interlaced video: frames are measured as they are, without deinterlacing";
+const char* const turned = "players turn this video: it is measured as it is stored";
+const char* const converted =
+    "the pixel format has no luma of its own: it is converted to luma of video range";
+const char* const unknownRate = "the frame rate is not known: 25 is assumed for freezing";
+const char* const unknownLength =
+    "the container does not say how long it is: a cut end cannot be seen";
+const char* const furtherVideos = "there are further video streams: they are not measured";
+
+struct Said {
+  Json facts;
+  Warnings warnings;
+};
+
+Said saidBy(const VideoSource& source) {
+  av_log_set_level(AV_LOG_QUIET);
+  VideoReader reader;
+  EXPECT_EQ(openVideo(source, 1, &reader), "");
+  if (reader.decoder == nullptr) return {};
+  return {streamFacts(reader), streamWarnings(reader)};
+}
+
+// Of a second of the test picture.
+Said saidByClip(const std::string& name, const Arguments& encoding) {
+  const TemporaryDirectory directory;
+  makeClip(directory, name, encoding);
+  return saidBy({directory.path + "/" + name, 0, 0, ""});
+}
+
+const Arguments plainH264 = {"-c:v", "libx264", "-pix_fmt", "yuv420p"};
+
+Arguments h264With(const Arguments& further) {
+  Arguments all = plainH264;
+  all.insert(all.end(), further.begin(), further.end());
+  return all;
+}
+
+}  // namespace
+
+TEST(StreamFacts, ofAnOrdinaryClip) {
+  const Said said =
+      saidByClip("clip.mp4", h264With({"-colorspace", "bt709", "-color_primaries", "bt709",
+                                       "-color_trc", "bt709", "-color_range", "tv"}));
+  // MP4 counts in as many units as make the frame rate's multiple of at least 10000: 512 * 25.
+  const Json expected = {{"container", "mov,mp4,m4a,3gp,3g2,mj2"},
+                         {"codec", "h264"},
+                         {"pixel_format", "yuv420p"},
+                         {"width", 128},
+                         {"height", 80},
+                         {"frame_rate", 25.0},
+                         {"time_base", "1/12800"},
+                         {"declared_duration_s", 1.0},
+                         {"declared_frames", 25},
+                         {"field_order", "progressive"},
+                         {"color_range", "tv"},
+                         {"color_transfer", "bt709"},
+                         {"rotation", 0.0},
+                         {"sample_aspect_ratio", "1:1"}};
+  EXPECT_EQ(said.facts.dump(), expected.dump());
+  EXPECT_EQ(said.warnings, Warnings());
+}
+
+TEST(StreamFacts, haveTheDepthOfDeepVideo_whichIsNothingToWarnOf) {
+  const Said said = saidByClip("clip.mkv", {"-c:v", "ffv1", "-pix_fmt", "yuv422p10le"});
+  EXPECT_EQ(said.facts["pixel_format"], "yuv422p10le");
+  EXPECT_EQ(said.warnings, Warnings());
+}
+
+TEST(StreamFacts, haveTheRange_andWarnOfTheFullOne) {
+  const Said h264 = saidByClip("clip.mp4", h264With({"-color_range", "pc"}));
+  EXPECT_EQ(h264.facts["color_range"], "pc");
+  EXPECT_EQ(h264.warnings, Warnings({fullRange}));
+  // The older way to say it is the name of the pixel format.
+  const Said jpeg = saidByClip("clip.avi", {"-c:v", "mjpeg", "-pix_fmt", "yuvj420p"});
+  EXPECT_EQ(jpeg.facts["pixel_format"], "yuvj420p");
+  EXPECT_EQ(jpeg.warnings, Warnings({fullRange}));
+}
+
+TEST(StreamFacts, haveTheTransfer_andWarnOfHighDynamicRange) {
+  for (const char* const transfer : {"smpte2084", "arib-std-b67"}) {
+    const Said said = saidByClip("clip.mp4", h264With({"-color_trc", transfer}));
+    EXPECT_EQ(said.facts["color_transfer"], transfer);
+    EXPECT_EQ(said.warnings, Warnings({highDynamicRange}));
+  }
+  EXPECT_EQ(saidByClip("clip.mp4", h264With({"-color_trc", "bt2020-10"})).warnings, Warnings());
+}
+
+TEST(StreamFacts, haveTheOrderOfFields_andWarnOfInterlacedVideo) {
+  const Said top = saidByClip("clip.mp4", h264With({"-x264opts", "tff=1", "-flags", "+ildct"}));
+  EXPECT_EQ(top.facts["field_order"], "tt");
+  EXPECT_EQ(top.warnings, Warnings({interlaced}));
+  const Said bottom = saidByClip("clip.mp4", h264With({"-x264opts", "bff=1", "-flags", "+ildct"}));
+  EXPECT_EQ(bottom.facts["field_order"], "bb");
+  EXPECT_EQ(bottom.warnings, Warnings({interlaced}));
+}
+
+TEST(StreamFacts, doNotKnowTheOrderOfFields_whereTheCodecDoesNotSay) {
+  const Said said = saidByClip("clip.avi", {"-c:v", "mpeg4"});
+  EXPECT_EQ(said.facts["field_order"], "unknown");
+  EXPECT_EQ(said.facts["color_range"], "unknown");
+  EXPECT_EQ(said.facts["color_transfer"], "unknown");
+  EXPECT_EQ(said.warnings, Warnings());
+}
+
+TEST(StreamFacts, haveTheTurnInDegreesClockwise_andWarnOfIt) {
+  const TemporaryDirectory directory;
+  constexpr size_t SIDE = 64;
+  makeClip(directory, "clip.mp4", plainH264,
+           "color=black:size=64x64:duration=0.2,drawbox=0:0:32:32:white:fill");
+  for (const char* const turn : {"90", "180", "270"}) {
+    ffmpeg(directory, {"-i", "clip.mp4", "-c", "copy", "-metadata:s:v:0",
+                       std::string("rotate=") + turn, "turned.mp4"});
+    // Where a player, the ffmpeg program, shows the corner that was on the upper left.
+    ffmpeg(directory, {"-i", "turned.mp4", "-pix_fmt", "gray", "-f", "rawvideo", "turned.gray"});
+    const std::string shown = readFile(directory.path + "/turned.gray");
+    const auto isWhite = [&](size_t x, size_t y) { return shown[y * SIDE + x] < 0; };
+    const double expected = isWhite(48, 16) ? 90 : isWhite(48, 48) ? 180 : 270;
+    ASSERT_EQ(isWhite(16, 48), expected == 270);
+    const Said said = saidBy({directory.path + "/turned.mp4", 0, 0, ""});
+    // Three quarters clockwise are one quarter back.
+    const double degrees = said.facts["rotation"];
+    EXPECT_EQ(degrees < 0 ? degrees + 360 : degrees, expected);
+    EXPECT_EQ(said.warnings, Warnings({turned}));
+  }
+}
+
+TEST(StreamFacts, haveTheShapeOfSamples) {
+  const Said said = saidByClip("clip.mp4", h264With({"-vf", "setsar=16/11"}));
+  EXPECT_EQ(said.facts["sample_aspect_ratio"], "16:11");
+  EXPECT_EQ(said.warnings, Warnings());
+}
+
+TEST(StreamFacts, warnOfFormatsWithoutLuma) {
+  for (const char* const format : {"bgr0", "gray"}) {
+    const Said said = saidByClip("clip.mkv", {"-c:v", "ffv1", "-pix_fmt", format});
+    EXPECT_EQ(said.facts["pixel_format"], format);
+    EXPECT_EQ(said.warnings, Warnings({converted}));
+  }
+}
+
+TEST(StreamFacts, haveTheDeclaredLength_andWarnWhereThereIsNone) {
+  const Arguments encoding = h264With({"-frames:v", "20"});
+  const Said mp4 = saidByClip("clip.mp4", encoding);
+  EXPECT_EQ(mp4.facts["declared_duration_s"], 0.8);
+  EXPECT_EQ(mp4.facts["declared_frames"], 20);
+  // Matroska says how long it is, but not how many frames.
+  const Said mkv = saidByClip("clip.mkv", encoding);
+  EXPECT_EQ(mkv.facts["declared_duration_s"], 0.8);
+  EXPECT_EQ(mkv.facts["declared_frames"], nullptr);
+  EXPECT_EQ(mkv.warnings, Warnings());
+  for (const char* const name : {"clip.ts", "clip.h264"}) {
+    const Said said = saidByClip(name, encoding);
+    EXPECT_EQ(said.facts["declared_duration_s"], nullptr) << name;
+    EXPECT_EQ(said.facts["declared_frames"], nullptr) << name;
+    EXPECT_EQ(said.warnings, Warnings({unknownLength})) << name;
+  }
+}
+
+TEST(StreamFacts, haveTheRateAsAFraction) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mp4", plainH264, "testsrc2=size=64x64:rate=30000/1001:duration=1");
+  const Said said = saidBy({directory.path + "/clip.mp4", 0, 0, ""});
+  EXPECT_DOUBLE_EQ(said.facts["frame_rate"], 30000.0 / 1001.0);
+  EXPECT_EQ(said.facts["time_base"], "1/30000");
+}
+
+TEST(StreamFacts, doNotHaveARate_whereThereIsOnePicture) {
+  const Said said = saidByClip("clip.mkv", {"-c:v", "ffv1", "-frames:v", "1", "-r", "0.001"});
+  if (said.facts["frame_rate"].is_null()) {
+    EXPECT_EQ(said.warnings, Warnings({unknownRate}));
+  } else {
+    EXPECT_EQ(said.warnings, Warnings());
+  }
+}
+
+TEST(StreamFacts, ofRawVideoAreWhatWasSaidAboutIt) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/clip.yuv", std::string(32 * 16 * 3 / 2 * 5, 'x'));
+  const Said said = saidBy({directory.path + "/clip.yuv", 32, 16, "12.5"});
+  EXPECT_EQ(said.facts["container"], "rawvideo");
+  EXPECT_EQ(said.facts["pixel_format"], "yuv420p");
+  EXPECT_EQ(said.facts["width"], 32);
+  EXPECT_EQ(said.facts["height"], 16);
+  EXPECT_EQ(said.facts["frame_rate"], 12.5);
+  EXPECT_EQ(said.warnings, Warnings({unknownLength}));
+}
+
+TEST(StreamWarnings, countVideosButNoCovers) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mp4", plainH264);
+  makeClip(directory, "cover.png", {"-frames:v", "1"});
+  ffmpeg(directory,
+         {"-i", "clip.mp4", "-i", "clip.mp4", "-map", "0", "-map", "1", "-c", "copy", "two.mp4"});
+  ffmpeg(directory, {"-i", "clip.mp4", "-i", "cover.png", "-map", "0", "-map", "1", "-c", "copy",
+                     "-disposition:v:1", "attached_pic", "covered.mp4"});
+  ffmpeg(directory,
+         {"-f", "lavfi", "-i", "sine=duration=1", "-i", "clip.mp4", "-c:v", "copy", "loud.mp4"});
+  EXPECT_EQ(saidBy({directory.path + "/two.mp4", 0, 0, ""}).warnings, Warnings({furtherVideos}));
+  EXPECT_EQ(saidBy({directory.path + "/covered.mp4", 0, 0, ""}).warnings, Warnings());
+  EXPECT_EQ(saidBy({directory.path + "/loud.mp4", 0, 0, ""}).warnings, Warnings());
+}
+
+TEST(StreamWarnings, areAllSaid_whereSeveralApply) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.ts",
+           h264With({"-color_range", "pc", "-color_trc", "smpte2084", "-x264opts", "tff=1",
+                     "-flags", "+ildct"}));
+  EXPECT_EQ(saidBy({directory.path + "/clip.ts", 0, 0, ""}).warnings,
+            Warnings({fullRange, highDynamicRange, interlaced, unknownLength}));
+}
