@@ -100,13 +100,15 @@ std::vector<std::string> streamWarnings(const VideoReader& reader) {
   const auto warn = [&](bool applies, const char* text) {
     if (applies) warnings.emplace_back(text);
   };
-  warn(isFullRange(video), "full-range video: levels are measured as they are, 0 to 255");
+  const bool isConverted = lumaPathOf(pixelFormat(stream)) == LumaPath::CONVERTED;
+  warn(isFullRange(video) && !isConverted,
+       "full-range video: levels are measured as they are, 0 to 255");
   warn(video.color_trc == AVCOL_TRC_SMPTE2084 || video.color_trc == AVCOL_TRC_ARIB_STD_B67,
        "high dynamic range: levels are measured as they are, without tone mapping");
   warn(video.field_order > AV_FIELD_PROGRESSIVE,
        "interlaced video: frames are measured as they are, without deinterlacing");
   warn(rotation(stream) != 0.0, "players turn this video: it is measured as it is stored");
-  warn(lumaPathOf(pixelFormat(stream)) == LumaPath::CONVERTED,
+  warn(isConverted,
        "the pixel format has no luma of its own: it is converted to luma of video range");
   warn(stream.avg_frame_rate.num <= 0, "the frame rate is not known: 25 is assumed for freezing");
   warn(std::isnan(declaredDuration(reader)),
