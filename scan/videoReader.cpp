@@ -108,6 +108,11 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   error = avformat_find_stream_info(container, nullptr);
   if (error < 0) return ffmpegError(error);
 
+  // FFmpeg measures the average rate, and not of raw files.
+  if (source.rawWidth > 0) {
+    av_parse_video_rate(&container->streams[0]->avg_frame_rate, source.rawRate.c_str());
+  }
+
   const AVCodec* codec = nullptr;
   reader->stream = mainVideo(container, &codec);
   if (reader->stream == AVERROR_STREAM_NOT_FOUND) return "there is no video in it";
