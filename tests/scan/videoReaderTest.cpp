@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 #include "clips.h"
@@ -66,6 +67,52 @@ void expectFrames(const TemporaryDirectory& directory, const std::string& name, 
 
 std::string openError(const std::string& path) {
   return readAll(path).openError;
+}
+
+// Whether a file ends too early, once all of it is read; nothing when it cannot be opened.
+std::optional<bool> truncationOf(const VideoSource& source) {
+  av_log_set_level(AV_LOG_QUIET);
+  VideoReader reader;
+  if (!openVideo(source, 1, &reader).empty()) return std::nullopt;
+  const FfmpegOwner<AVFrame> picture(av_frame_alloc());
+  std::string error;
+  while (readFrame(&reader, picture.get(), &error) == ReadResult::FRAME) {
+  }
+  EXPECT_EQ(error, "");
+  return isTruncated(reader);
+}
+
+const std::optional<bool> whole = false;
+
+void expectWhole(const TemporaryDirectory& directory, const std::string& name) {
+  EXPECT_EQ(truncationOf({directory.path + "/" + name, 0, 0, ""}), whole) << name;
+}
+
+// Copies streams into another container, in the form that it wants of H.264.
+void copyInto(const TemporaryDirectory& directory, Arguments arguments, const std::string& name) {
+  arguments.insert(arguments.end(), {"-c", "copy"});
+  const auto isNamed = [&](const char* end) { return name.find(end) != std::string::npos; };
+  if (isNamed(".avi")) arguments.insert(arguments.end(), {"-bsf:v", "h264_mp4toannexb"});
+  if (isNamed("front.mp4")) arguments.insert(arguments.end(), {"-movflags", "+faststart"});
+  arguments.push_back(name);
+  ffmpeg(directory, arguments);
+}
+
+// Expects that a file is whole, and that all of its parts that can be opened, cut at each tenth,
+// are not. There are at least `openable` of these.
+void expectCutsToShow(const TemporaryDirectory& directory, const std::string& name, int openable) {
+  SCOPED_TRACE(name);
+  expectWhole(directory, name);
+  const std::string bytes = readFile(directory.path + "/" + name);
+  const std::string part = directory.path + "/part-" + name;
+  int opened = 0;
+  for (size_t tenth = 1; tenth < 10; ++tenth) {
+    writeFile(part, bytes.substr(0, bytes.size() * tenth / 10));
+    const std::optional<bool> truncation = truncationOf({part, 0, 0, ""});
+    opened += truncation.has_value() ? 1 : 0;
+    EXPECT_TRUE(truncation.value_or(true)) << tenth << " tenths";
+  }
+  EXPECT_GE(opened, openable);
 }
 
 }  // namespace
@@ -247,4 +294,97 @@ TEST(VideoReader, givesAndMarksFramesWhoseReferencesAreMissing) {
   EXPECT_EQ(reading.times.size(), 22u);
   EXPECT_EQ(reading.corrupt, 7);
   EXPECT_TRUE(reading.luma == lumaByProgram(directory, "cut.ts", 128, 80));
+}
+
+TEST(IsTruncated, saysSoOfEveryCutPart) {
+  const TemporaryDirectory directory;
+  // Four seconds: a tenth is more than a file may end early.
+  const auto make = [&](const char* name, const Arguments& encoding) {
+    makeClip(directory, name, encoding, "testsrc2=size=128x80:rate=25:duration=4");
+    expectCutsToShow(directory, name, 7);
+  };
+  const Arguments h264 = {"-c:v", "libx264", "-g", "10", "-pix_fmt", "yuv420p"};
+  for (const char* const name : {"clip.mkv", "clip.avi", "clip.flv"}) make(name, h264);
+  make("front.mp4",
+       {"-c:v", "libx264", "-g", "10", "-pix_fmt", "yuv420p", "-movflags", "+faststart"});
+  make("mpeg4.avi", {"-c:v", "mpeg4", "-q:v", "5"});
+  make("clip.webm", {"-c:v", "libvpx-vp9", "-deadline", "realtime", "-b:v", "300k"});
+}
+
+TEST(IsTruncated, saysSoOfEveryCutPartWithSound) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "video.mkv", {"-c:v", "libx264", "-g", "10", "-pix_fmt", "yuv420p"},
+           "testsrc2=size=128x80:rate=25:duration=4");
+  ffmpeg(directory, {"-f", "lavfi", "-i", "sine=duration=4", "-c:a", "aac", "sound.m4a"});
+  for (const char* const name : {"front.mp4", "clip.mkv", "clip.avi", "clip.flv"}) {
+    copyInto(directory, {"-i", "video.mkv", "-i", "sound.m4a"}, name);
+    expectCutsToShow(directory, name, 7);
+  }
+}
+
+TEST(IsTruncated, cannotBeSaidOfAnMP4WithItsTableBehind_whichDoesNotOpen) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mp4", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+  expectWhole(directory, "clip.mp4");
+  const std::string bytes = readFile(directory.path + "/clip.mp4");
+  writeFile(directory.path + "/part.mp4", bytes.substr(0, bytes.size() / 2));
+  EXPECT_EQ(truncationOf({directory.path + "/part.mp4", 0, 0, ""}), std::nullopt);
+}
+
+TEST(IsTruncated, isFalseOfWholeFiles_whoseSoundIsLongerOrShorter) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "video.mkv", {"-c:v", "libx264", "-pix_fmt", "yuv420p"},
+           "testsrc2=size=128x80:rate=25:duration=2");
+  for (const char* const seconds : {"1", "1.9", "2.1", "3"}) {
+    SCOPED_TRACE(seconds);
+    ffmpeg(directory, {"-f", "lavfi", "-i", std::string("sine=duration=") + seconds, "-c:a", "aac",
+                       "sound.m4a"});
+    for (const char* const name : {"clip.mp4", "clip.mkv", "clip.avi", "clip.flv", "clip.ts"}) {
+      copyInto(directory, {"-i", "video.mkv", "-i", "sound.m4a"}, name);
+      expectWhole(directory, name);
+    }
+  }
+}
+
+TEST(IsTruncated, isFalseOfWholeFiles_thatBeginWithinTheirVideo) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "video.mp4",
+           {"-c:v", "libx264", "-g", "25", "-bf", "3", "-pix_fmt", "yuv420p"},
+           "testsrc2=size=128x80:rate=25:duration=4");
+  ffmpeg(directory, {"-f", "lavfi", "-i", "sine=duration=4", "-i", "video.mp4", "-c:v", "copy",
+                     "-c:a", "aac", "both.mp4"});
+  // Copied from within a group: an edit list leaves out what comes before, other containers begin
+  // with negative times.
+  for (const char* const from : {"video.mp4", "both.mp4"}) {
+    for (const char* const name : {"cut.mp4", "cut.mkv", "cut.avi", "cut.flv"}) {
+      SCOPED_TRACE(from);
+      copyInto(directory, {"-ss", "1.5", "-i", from}, name);
+      expectWhole(directory, name);
+    }
+  }
+  // And one whose times begin late.
+  for (const char* const name : {"late.mp4", "late.mkv", "late.flv"}) {
+    copyInto(directory, {"-itsoffset", "5", "-i", "both.mp4"}, name);
+    expectWhole(directory, name);
+  }
+}
+
+TEST(IsTruncated, isFalseOfWholeFiles_whoseFrameRateVaries) {
+  const TemporaryDirectory directory;
+  // Frame N is shown for (N + 1) / 40 s.
+  for (const char* const name : {"clip.mp4", "clip.mkv", "clip.flv"}) {
+    makeClip(directory, name,
+             {"-vf", "settb=1/1000,setpts=25*N*(N+1)/2", "-fps_mode", "passthrough",
+              "-enc_time_base", "1:1000", "-c:v", "libx264", "-bf", "2", "-pix_fmt", "yuv420p"},
+             "testsrc2=size=64x64:rate=25:duration=1");
+    expectWhole(directory, name);
+  }
+}
+
+TEST(IsTruncated, isFalse_whereTheContainerDoesNotDeclareItsLength) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.ts", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+  makeClip(directory, "clip.yuv", {"-f", "rawvideo", "-pix_fmt", "yuv420p"});
+  expectWhole(directory, "clip.ts");
+  EXPECT_EQ(truncationOf({directory.path + "/clip.yuv", 128, 80, "25"}), whole);
 }
