@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string_view>
 
 #include "scan/fileEnding.h"
 
@@ -13,9 +14,11 @@ constexpr double USUAL_FRAME_RATE = 25.0;  // frames per second
 // Errors in a row, once all packets are sent, at which the decoder is taken to be at its end. It
 // holds back fewer pictures than this.
 constexpr int MOST_ERRORS_AT_END = 256;
-// A file may end so many frames before what it declares: containers round, and count the last frame
-// in different ways.
+// A file may end so many frames before what it declares, and so many seconds: containers round,
+// count the last frame in different ways, and sound by packets of which the last ones may be
+// missing.
 constexpr double FRAMES_OF_TOLERANCE = 2.5;
+constexpr double SECONDS_OF_TOLERANCE = 0.2;
 constexpr char FILE_ADDRESS[] = "file:";
 
 // The stream that FFmpeg holds for the best, or the best of the others when that is a cover
@@ -75,7 +78,9 @@ void noteEnd(const AVPacket& packet, VideoReader* reader) {
   if (time == AV_NOPTS_VALUE) return;
   const AVStream& stream = *reader->container->streams[packet.stream_index];
   const double end = seconds(time + packet.duration, stream.time_base);
-  reader->lastEnd = std::max(reader->lastEnd, end - startOf(*reader->container));
+  // What begins late has declared that as well, what begins before zero has not.
+  const double before = std::min(0.0, startOf(*reader->container));
+  reader->lastEnd = std::max(reader->lastEnd, end - before);
 }
 
 // Hands the decoder the stream's next packet, or the end. Negative when the file cannot be read.
@@ -177,14 +182,21 @@ double declaredDuration(const VideoReader& reader) {
   const AVFormatContext& container = *reader.container;
   const bool isDeclared = container.duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
   if (!isDeclared || container.duration <= 0) return UNKNOWN;
-  return seconds(container.duration, AV_TIME_BASE_Q);
+  // Of an AVI that is cut FFmpeg shortens the duration to what there is, but not the number of
+  // frames, which are the stream's unit of time there.
+  const AVStream& stream = videoStream(reader);
+  const bool countsFrames = std::string_view(container.iformat->name) == "avi";
+  const double counted = countsFrames ? seconds(stream.nb_frames, stream.time_base) : 0.0;
+  return std::max(counted, seconds(container.duration, AV_TIME_BASE_Q));
 }
 
 bool isTruncated(const VideoReader& reader) {
   const AVFormatContext& container = *reader.container;
   const std::string format = container.iformat->name;
   const double missing = declaredDuration(reader) - reader.lastEnd;  // NaN: nothing is declared
-  if (reader.endsInDamage || missing > FRAMES_OF_TOLERANCE / averageFrameRate(reader)) return true;
+  const double tolerance =
+      std::max(SECONDS_OF_TOLERANCE, FRAMES_OF_TOLERANCE / averageFrameRate(reader));
+  if (reader.endsInDamage || missing > tolerance) return true;
   // Of YUV4MPEG a part of a frame is passed over without a word.
   if (format == "yuv4mpegpipe" && avio_tell(container.pb) > reader.bytesRead) return true;
   const std::string url = container.url;

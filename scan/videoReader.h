@@ -23,7 +23,7 @@ struct VideoReader {
   bool isDrained = false;     // the container has no further packets
   int64_t decodeErrors = 0;   // packets that the decoder has refused so far
   bool endsInDamage = false;  // the video's last packet so far was not whole
-  double lastEnd = 0.0;       // seconds: when the last packet so far, of any stream, ends
+  double lastEnd = 0.0;       // seconds from zero: when the last packet so far, of any stream, ends
   int64_t bytesRead = 0;      // place in the file behind the last packet so far
 };
 
