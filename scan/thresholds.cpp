@@ -128,16 +128,16 @@ const Thresholds DEFAULT_THRESHOLDS = {{
     {1.0, 1.0, 0.3, FAIL, true, NONE, NONE, NONE},      // freeze
     {0.05, 0.03, 0.3, WARN, true, NONE, NONE, NONE},    // letterbox
     {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE},    // pillarbox
-    {0.024, 0.012, 0.2, WARN, true, NONE, NONE, NONE},  // combing
-    {25.0, 8.0, 0.3, FAIL, true, NONE, NONE, NONE},     // block_loss
+    {0.03, 0.015, 0.3, WARN, true, NONE, NONE, NONE},   // combing
+    {20.0, 6.0, 0.4, FAIL, true, NONE, NONE, NONE},     // block_loss
     {18.0, 6.0, 0.3, WARN, true, NONE, NONE, 8.0},      // slice
-    {0.76, 0.7, 0.6, WARN, true, NONE, NONE, NONE},     // flicker
-    {190.0, 182.0, 0.3, WARN, true, NONE, NONE, NONE},  // over_exposure
+    {0.83, 0.75, 0.6, WARN, true, NONE, NONE, NONE},    // flicker
+    {175.0, 168.0, 0.3, WARN, true, NONE, NONE, NONE},  // over_exposure
     {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE},    // under_exposure
-    {9.5, 10.5, 0.3, WARN, true, NONE, NONE, NONE},     // low_contrast
-    {0.4, 0.7, 0.0, WARN, true, 0.0, 0.4, NONE},        // blockiness
-    {15.0, 12.5, 1.0, WARN, true, 3.0, 2.5, NONE},      // blur
-    {4.9, 4.1, 0.3, WARN, true, 6.0, 2.5, NONE},        // noise
+    {9.7, 10.7, 0.3, WARN, true, NONE, NONE, NONE},     // low_contrast
+    {0.4, 0.8, 0.0, WARN, true, 0.0, 0.4, NONE},        // blockiness
+    {15.0, 12.5, 1.0, WARN, true, 3.0, 2.0, NONE},      // blur
+    {4.9, 4.1, 0.3, WARN, true, 0.0, 2.5, NONE},        // noise
     {20.0, NONE, NONE, INFO, true, NONE, NONE, 4.0},    // scene_cut
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE},   // decode_error
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE},   // truncation

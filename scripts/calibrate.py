@@ -38,11 +38,11 @@ def video(path, size, skip=0):
     return (['-r', str(FPS), '-i', path], f'trim=start_frame={skip},setpts=N/{FPS}/TB,scale={size}:flags=area')
 
 
-def photo(name, dx, dy, grain=0):
-    """A camera that moves over a photograph by dx, dy samples a frame; grain: deviation of its noise."""
+def photo(path, dx, dy, grain=0, scale='1280:720:force_original_aspect_ratio=increase:flags=area'):
+    """A camera that moves over a photograph by dx, dy samples a frame; grain: strength of its noise."""
     noise = f',noise=c0s={grain}:c0f=t' if grain else ''
-    return (['-i', NATURE + name],
-            f'scale=1280:720:force_original_aspect_ratio=increase:flags=area,loop={FRAMES}:1:0,setpts=N/{FPS}/TB,'
+    return (['-i', path],
+            f'scale={scale},loop={FRAMES}:1:0,setpts=N/{FPS}/TB,'
             f"crop=640:360:'40+{dx}*n':'20+{dy}*n'{noise}")
 
 
@@ -50,27 +50,37 @@ def generated(source):
     return (['-f', 'lavfi', '-i', f'{source}:r={FPS}'], 'null')
 
 
-# Name: (half, kind, (input, filter)). No picture is in both halves: "choose" is what levels are chosen by, "verify"
-# what they are tried on.
+# Name: (half, kind, (input, filter)). No picture is in both halves, though the same camera and the same film are:
+# "choose" is what levels are chosen by, "verify" what they are tried on.
 CLIPS = {
     'cockatoo': ('choose', 'camera', video(IMAGEIO + 'cockatoo.mp4', '640:360')),
     'balle': ('choose', 'camera', video(MECAVIDEO + 'balle-jbart.mp4', '480:384')),
-    'greenMeadow': ('choose', 'photo', photo('GreenMeadow.jpg', 3, 1)),
-    'ladyBird': ('choose', 'photo', photo('LadyBird.jpg', 1, 1, 4)),
-    'wood': ('choose', 'photo', photo('Wood.jpg', 2, 2)),
-    'storm': ('choose', 'photo', photo('Storm.jpg', 4, 0, 4)),
-    'freshFlower': ('choose', 'photo', photo('FreshFlower.jpg', 2, 0)),
+    'greenMeadow': ('choose', 'photo', photo(NATURE + 'GreenMeadow.jpg', 3, 1)),
+    'ladyBird': ('choose', 'photo', photo(NATURE + 'LadyBird.jpg', 1, 1, 4)),
+    'wood': ('choose', 'photo', photo(NATURE + 'Wood.jpg', 2, 2)),
+    'storm': ('choose', 'photo', photo(NATURE + 'Storm.jpg', 4, 0, 4)),
+    'freshFlower': ('choose', 'photo', photo(NATURE + 'FreshFlower.jpg', 2, 0)),
     'testsrc2': ('choose', 'graphics', generated('testsrc2=s=640x360')),
     'gradients': ('choose', 'graphics', generated('gradients=s=640x360:seed=7:speed=0.05:nb_colors=5')),
-    'megamind': ('verify', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 2)),  # begins with a black frame
-    'vtest': ('verify', 'camera', video(OPENCV + 'vtest.avi', '480:360')),
-    'garden': ('verify', 'photo', photo('Garden.jpg', 2, 1)),
-    'dune': ('verify', 'photo', photo('Dune.jpg', 3, 0, 4)),
-    'twoWings': ('verify', 'photo', photo('TwoWings.jpg', 1, 2)),
-    'yellowFlower': ('verify', 'photo', photo('YellowFlower.jpg', 3, 2, 4)),
-    'blinds': ('verify', 'photo', photo('Blinds.jpg', 2, 1)),
-    'mandelbrot': ('verify', 'graphics', generated('mandelbrot=s=640x360')),
-    'sierpinski': ('verify', 'graphics', generated('sierpinski=s=640x360:seed=3')),
+    'megamind': ('choose', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 2)),  # begins with a black frame
+    'vtest': ('choose', 'camera', video(OPENCV + 'vtest.avi', '480:360')),
+    'garden': ('choose', 'photo', photo(NATURE + 'Garden.jpg', 2, 1)),
+    'dune': ('choose', 'photo', photo(NATURE + 'Dune.jpg', 3, 0, 4)),
+    'twoWings': ('choose', 'photo', photo(NATURE + 'TwoWings.jpg', 1, 2)),
+    'yellowFlower': ('choose', 'photo', photo(NATURE + 'YellowFlower.jpg', 3, 2, 4)),
+    'blinds': ('choose', 'photo', photo(NATURE + 'Blinds.jpg', 2, 1)),
+    'mandelbrot': ('choose', 'graphics', generated('mandelbrot=s=640x360')),
+    'sierpinski': ('choose', 'graphics', generated('sierpinski=s=640x360:seed=3')),
+    'megamindLater': ('verify', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 120)),
+    'vtestLater': ('verify', 'camera', video(OPENCV + 'vtest.avi', '480:360', 500)),
+    'aqua': ('verify', 'photo', photo(NATURE + 'Aqua.jpg', 2, 1)),
+    'rainDrops': ('verify', 'photo', photo(NATURE + 'RainDrops.jpg', 3, 1, 4)),
+    'aloe': ('verify', 'photo', photo(OPENCV + 'aloeL.jpg', 2, 2)),
+    'leuven': ('verify', 'photo', photo(OPENCV + 'leuvenA.jpg', 1, 1, 4, 'iw:ih')),
+    'graf': ('verify', 'photo', photo(OPENCV + 'graf1.png', 0, 1, 0, 'iw:ih')),
+    'starryNight': ('verify', 'photo', photo(OPENCV + 'starry_night.jpg', 0, 1, 0, 'iw:ih')),
+    'cellauto': ('verify', 'graphics', generated('cellauto=s=640x360:rule=110:random_seed=5')),
+    'gradientsLater': ('verify', 'graphics', generated('gradients=s=640x360:seed=11:speed=0.02:nb_colors=8')),
 }
 
 # Clean files as they came.
@@ -80,13 +90,15 @@ ORIGINALS = {
     'Effet_force_magnetique.ogv': ('choose', MECAVIDEO),
     'Force_constante.avi': ('choose', MECAVIDEO),
     'Principe_inertie.avi': ('choose', MECAVIDEO),
-    'realshort.mp4': ('verify', IMAGEIO),
-    'newtonscradle.gif': ('verify', IMAGEIO),
-    'balle1-vp9.avi': ('verify', MECAVIDEO),
-    'g1.avi': ('verify', MECAVIDEO),
-    'retroMars2018.avi': ('verify', MECAVIDEO),
-    'Megamind.avi': ('verify', OPENCV),
-    'vtest.avi': ('verify', OPENCV),
+    'realshort.mp4': ('choose', IMAGEIO),
+    'newtonscradle.gif': ('choose', IMAGEIO),
+    'balle1-vp9.avi': ('choose', MECAVIDEO),
+    'g1.avi': ('choose', MECAVIDEO),
+    'retroMars2018.avi': ('choose', MECAVIDEO),
+    'Megamind.avi': ('choose', OPENCV),
+    'vtest.avi': ('choose', OPENCV),
+    'g2.avi': ('verify', MECAVIDEO),
+    'tree.avi': ('verify', OPENCV),
 }
 
 # What is truly there in clean material, found by looking at it: (type, first frame, last frame).
@@ -94,6 +106,7 @@ TRUE_EVENTS = {
     'cockatoo.mp4': [('blur', 150, 180)],  # out of focus
     'Megamind.avi': [('black', 0, 0), ('scene_cut', 98, 98), ('scene_cut', 154, 154), ('scene_cut', 200, 200)],
     'megamind': [('scene_cut', 96, 96)],
+    'megamindLater': [('scene_cut', 34, 34), ('scene_cut', 80, 80)],
 }
 
 # --- damage: one filter graph from [clean] to [damaged] for each type and strength --------------------------

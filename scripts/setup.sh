@@ -7,7 +7,7 @@
 #   video   decode video files
 #   bench   measure it (includes build and video)
 #   test    build and run all tests (includes all above)
-#   long    run the long tiers: fuzzing, coverage (includes all others)
+#   long    run the long tiers: fuzzing, coverage, calibration (includes all others)
 set -euo pipefail
 
 build='g++ cmake ninja-build'
@@ -18,7 +18,7 @@ bench="$build $video libbenchmark-dev valgrind"
 test="$bench $scan libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
 test+=' g++-aarch64-linux-gnu qemu-user python3 python3-jsonschema python3-imageio python3-mecavideo chromium'
 # shellcheck disable=SC2034  # read by its name
-long="$test libclang-rt-14-dev gcovr"
+long="$test libclang-rt-14-dev gcovr opencv-doc mate-backgrounds"
 
 wanted=
 for group in "$@"; do
