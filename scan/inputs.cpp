@@ -149,11 +149,9 @@ std::vector<std::string> findInputs(const Options& options, std::vector<std::str
   for (const std::string& input : inputs) {
     std::error_code error;
     const fs::file_status status = fs::status(input, error);
-    if (input == "-") {
-      files.push_back(input);
-    } else if (status.type() == fs::file_type::directory) {
+    if (input != "-" && fs::is_directory(status)) {
       addFolder(options, input, &files, problems);
-    } else if (!fs::exists(status)) {
+    } else if (input != "-" && !fs::exists(status)) {
       problems->push_back(refusal(input, error ? error.message() : std::strerror(ENOENT)));
     } else {
       files.push_back(input);

@@ -1,6 +1,7 @@
 #include "scan/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -56,7 +57,7 @@ bool isRate(const std::string& text) {
 
 // WxH@FPS
 std::string parseRaw(const std::string& text, VideoSource* raw) {
-  const std::string mistake = "\"" + text + "\" is not of the form WIDTHxHEIGHT@FPS";
+  std::string mistake = "\"" + text + "\" is not of the form WIDTHxHEIGHT@FPS";
   const char* const end = text.data() + text.size();
   const auto w = std::from_chars(text.data(), end, raw->rawWidth);
   if (w.ec != std::errc() || w.ptr == end || *w.ptr != 'x') return mistake;
@@ -160,10 +161,7 @@ void addFlags(CLI::App* app, Options* options) {
 
 bool isVerb(const std::string& word) {
   static const std::array<const char*, 4> VERBS = {"scan", "events", "report", "probe"};
-  for (const char* const verb : VERBS) {
-    if (word == verb) return true;
-  }
-  return false;
+  return std::find(VERBS.begin(), VERBS.end(), word) != VERBS.end();
 }
 
 // "scan" is understood where no verb stands.

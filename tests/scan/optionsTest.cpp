@@ -42,7 +42,7 @@ Options optionsOf(const Arguments& arguments) {
 // Those of a scan of one file with further arguments.
 Options scanWith(Arguments arguments) {
   arguments.emplace_back("a.mp4");
-  const Options options = optionsOf(arguments);
+  Options options = optionsOf(arguments);
   EXPECT_EQ(options.verb, Verb::SCAN);
   EXPECT_EQ(options.inputs, Arguments({"a.mp4"}));
   return options;

@@ -82,10 +82,10 @@ std::optional<bool> truncationOf(const VideoSource& source) {
   return isTruncated(reader);
 }
 
-const std::optional<bool> whole = false;
+const std::optional<bool> notTruncated = false;
 
 void expectWhole(const TemporaryDirectory& directory, const std::string& name) {
-  EXPECT_EQ(truncationOf({directory.path + "/" + name, 0, 0, ""}), whole) << name;
+  EXPECT_EQ(truncationOf({directory.path + "/" + name, 0, 0, ""}), notTruncated) << name;
 }
 
 // Copies streams into another container, in the form that it wants of H.264.
@@ -386,5 +386,5 @@ TEST(IsTruncated, isFalse_whereTheContainerDoesNotDeclareItsLength) {
   makeClip(directory, "clip.ts", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
   makeClip(directory, "clip.yuv", {"-f", "rawvideo", "-pix_fmt", "yuv420p"});
   expectWhole(directory, "clip.ts");
-  EXPECT_EQ(truncationOf({directory.path + "/clip.yuv", 128, 80, "25"}), whole);
+  EXPECT_EQ(truncationOf({directory.path + "/clip.yuv", 128, 80, "25"}), notTruncated);
 }
