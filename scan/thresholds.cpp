@@ -131,7 +131,7 @@ const Thresholds DEFAULT_THRESHOLDS = {{
     {0.03, 0.015, 0.3, WARN, true, NONE, NONE, NONE},   // combing
     {20.0, 6.0, 0.4, FAIL, true, NONE, NONE, NONE},     // block_loss
     {18.0, 6.0, 0.3, WARN, true, NONE, NONE, 8.0},      // slice
-    {0.83, 0.75, 0.6, WARN, true, NONE, NONE, NONE},    // flicker
+    {0.83, 0.75, 0.9, WARN, true, NONE, NONE, NONE},    // flicker
     {175.0, 168.0, 0.3, WARN, true, NONE, NONE, NONE},  // over_exposure
     {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE},    // under_exposure
     {9.7, 10.7, 0.3, WARN, true, NONE, NONE, NONE},     // low_contrast
