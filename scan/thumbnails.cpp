@@ -145,7 +145,8 @@ std::vector<int64_t> ranked(const Json& events) {
 bool find(const VideoSource& source, const FrameTable& frames, int64_t row, Search* search) {
   constexpr int64_t ENOUGH = 1;  // seconds; no decoder holds pictures back for longer
   const int64_t key = keyBefore(frames, row);
-  const bool isAhead = key > search->row + 1;
+  // Rows before the first are negative as well.
+  const bool isAhead = key >= 0 && key > search->row + 1;
   while (isAhead && search->isSeekable && !seekKey(frames, key, search)) {
     search->isSeekable = search->head == 0;
     search->head = ENOUGH;
