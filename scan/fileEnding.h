@@ -1,12 +1,13 @@
-// Ends of files whose containers do not say how long they are, but how they end.
+// Whether files have the end that their containers' structure asks for.
 #ifndef LUMASCAN_FILE_ENDING_H
 #define LUMASCAN_FILE_ENDING_H
 
 #include <string>
 
-// Whether a file of this container, as FFmpeg names it, lacks its end: a GIF its trailer, an Ogg
-// file the page that closes a stream, a transport stream a part of its last packet. False for all
-// other containers and for what cannot be read.
+// Whether a file of this container, as FFmpeg names it, lacks its end: the last element of an MP4,
+// Matroska or AVI file is longer than what is left for it, an FLV file does not end behind a tag, a
+// GIF has no trailer, an Ogg file no page that closes a stream, a transport stream a part of a
+// packet. False for all other containers and for what cannot be read.
 bool lacksEnding(const std::string& path, const std::string& container);
 
 #endif

@@ -1,0 +1,87 @@
+// Which files lack their end: real ones, whole and cut at many places.
+#include "scan/fileEnding.h"
+
+#include <gtest/gtest.h>
+
+#include "clips.h"
+#include "scan/videoReader.h"
+
+namespace {
+
+struct Kind {
+  const char* name;
+  const char* container;
+  Arguments encoding;
+};
+
+const std::vector<Kind> KINDS = {
+    {"a.mp4", "mov,mp4,m4a,3gp,3g2,mj2", {"-c:v", "mpeg4"}},
+    {"a.mov", "mov,mp4,m4a,3gp,3g2,mj2", {"-c:v", "mjpeg", "-movflags", "faststart"}},
+    {"a.mkv", "matroska,webm", {"-c:v", "ffv1"}},
+    {"a.webm", "matroska,webm", {"-c:v", "libvpx", "-deadline", "realtime"}},
+    {"a.avi", "avi", {"-c:v", "mpeg4"}},
+    {"a.flv", "flv", {"-c:v", "flv1"}},
+    {"a.gif", "gif", {}},
+    {"a.ogv", "ogg", {"-c:v", "libtheora"}},
+};
+
+}  // namespace
+
+TEST(LacksEnding, isFalseOfWholeFilesAndTrueOfThoseCutAnywhere) {
+  const TemporaryDirectory directory;
+  for (const Kind& kind : KINDS) {
+    SCOPED_TRACE(kind.name);
+    makeClip(directory, kind.name, kind.encoding);
+    const std::string whole = readFile(directory.path + "/" + kind.name);
+    EXPECT_FALSE(lacksEnding(directory.path + "/" + kind.name, kind.container));
+    const std::string cut = directory.path + "/cut";
+    // From a third on, behind what a file begins with, to the last two bytes.
+    for (size_t k = 0; k < 100; ++k) {
+      const size_t bytes = whole.size() / 3 + k * (whole.size() - 2 - whole.size() / 3) / 99;
+      writeFile(cut, whole.substr(0, bytes));
+      EXPECT_TRUE(lacksEnding(cut, kind.container)) << bytes << " of " << whole.size();
+    }
+  }
+}
+
+TEST(LacksEnding, isTrueOfATransportStreamCutInsideAPacket) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.ts", {"-c:v", "mpeg2video"});
+  const std::string whole = readFile(directory.path + "/a.ts");
+  const std::string cut = directory.path + "/cut";
+  EXPECT_FALSE(lacksEnding(directory.path + "/a.ts", "mpegts"));
+  writeFile(cut, whole.substr(0, 188 * 20));
+  EXPECT_FALSE(lacksEnding(cut, "mpegts"));  // nobody can know
+  writeFile(cut, whole.substr(0, 188 * 20 + 1));
+  EXPECT_TRUE(lacksEnding(cut, "mpegts"));
+}
+
+TEST(LacksEnding, isFalseOfWhatSaysNothingAboutItsLength) {
+  const TemporaryDirectory directory;
+  // A pipe cannot be sought: lengths stay unknown.
+  makeClip(directory, "live.mkv", {"-c:v", "ffv1", "-f", "matroska", "-live", "1"});
+  EXPECT_FALSE(lacksEnding(directory.path + "/live.mkv", "matroska,webm"));
+  // The last box of an MP4 may reach to the end, whatever it holds: length 0.
+  writeFile(directory.path + "/open.mp4", std::string("\0\0\0\x8"
+                                                      "free\0\0\0\0mdat1234567",
+                                                      23));
+  EXPECT_FALSE(lacksEnding(directory.path + "/open.mp4", "mov,mp4,m4a,3gp,3g2,mj2"));
+  // One with a length of 64 bits: 24 of which 22 are there, then all.
+  const std::string box(
+      "\0\0\0\1mdat\0\0\0\0\0\0\0\x18"
+      "12345678",
+      24);
+  writeFile(directory.path + "/long.mp4", box.substr(0, 22));
+  EXPECT_TRUE(lacksEnding(directory.path + "/long.mp4", "mov,mp4,m4a,3gp,3g2,mj2"));
+  writeFile(directory.path + "/long.mp4", box);
+  EXPECT_FALSE(lacksEnding(directory.path + "/long.mp4", "mov,mp4,m4a,3gp,3g2,mj2"));
+}
+
+TEST(LacksEnding, isFalseOfOtherContainersAndOfWhatIsNotThere) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/a.nut", "anything");
+  EXPECT_FALSE(lacksEnding(directory.path + "/a.nut", "nut"));
+  EXPECT_FALSE(lacksEnding(directory.path + "/missing.gif", "gif"));
+  writeFile(directory.path + "/empty.gif", "");
+  EXPECT_FALSE(lacksEnding(directory.path + "/empty.gif", "gif"));
+}
