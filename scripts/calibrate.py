@@ -41,8 +41,10 @@ def video(path, size, skip=0):
 def photo(path, dx, dy, grain=0, scale='1280:720:force_original_aspect_ratio=increase:flags=area'):
     """A camera that moves over a photograph by dx, dy samples a frame; grain: strength of its noise."""
     noise = f',noise=c0s={grain}:c0f=t' if grain else ''
+    # With chroma of half the size a crop goes by two samples: a slow move would stand still every second frame.
+    fine = ',format=yuv444p' if max(dx, dy) == 1 else ''
     return (['-i', path],
-            f'scale={scale},loop={FRAMES}:1:0,setpts=N/{FPS}/TB,'
+            f'scale={scale}{fine},loop={FRAMES}:1:0,setpts=N/{FPS}/TB,'
             f"crop=640:360:'40+{dx}*n':'20+{dy}*n'{noise}")
 
 
