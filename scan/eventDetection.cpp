@@ -113,8 +113,8 @@ bool isBeyond(double value, double level, Direction direction) {
   return direction == Direction::ABOVE ? value >= level : value <= level;
 }
 
-// The threshold's own levels, raised where they are no multiple of the file's median; or those
-// taken from the median, where these are met sooner.
+// The threshold's own levels, or those taken from the file's median where these lie further out:
+// what counts is beyond both.
 Levels levelsOf(const Scene& scene, const Column& values) {
   const Threshold& threshold = scene.threshold;
   const Levels own = {threshold.enter, threshold.leave};
@@ -129,7 +129,7 @@ Levels levelsOf(const Scene& scene, const Column& values) {
   const double distance = std::max(threshold.mad * medianOf(deviations), threshold.least);
   const double sign = scene.rule.direction == Direction::ABOVE ? 1.0 : -1.0;
   const Levels relative = {median + sign * distance, median + sign * RELATIVE_LEAVE * distance};
-  return isBeyond(own.enter, relative.enter, scene.rule.direction) ? relative : own;
+  return isBeyond(own.enter, relative.enter, scene.rule.direction) ? own : relative;
 }
 
 bool isBlack(const FrameTable& table, size_t row) {

@@ -135,9 +135,9 @@ const Thresholds DEFAULT_THRESHOLDS = {{
     {175.0, 168.0, 0.3, WARN, true, NONE, NONE, NONE},  // over_exposure
     {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE},    // under_exposure
     {9.7, 10.7, 0.3, WARN, true, NONE, NONE, NONE},     // low_contrast
-    {0.4, 0.8, 0.0, WARN, true, 0.0, 0.4, NONE},        // blockiness
-    {15.0, 12.5, 1.0, WARN, true, 3.0, 2.0, NONE},      // blur
-    {4.9, 4.1, 0.3, WARN, true, 0.0, 2.5, NONE},        // noise
+    {0.8, 0.9, 0.3, WARN, true, 6.0, 0.1, NONE},        // blockiness
+    {5.0, 4.5, 1.0, WARN, true, 6.0, 0.5, NONE},        // blur
+    {2.0, 1.6, 0.3, WARN, true, 6.0, 0.3, NONE},        // noise
     {20.0, NONE, NONE, INFO, true, NONE, NONE, 4.0},    // scene_cut
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE},   // decode_error
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE},   // truncation

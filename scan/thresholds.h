@@ -45,8 +45,8 @@ struct Threshold {
   double minSeconds;  // STRETCH: how long the value is at `enter` or beyond before it is an event
   Severity severity;
   bool isEnabled;
-  // Some STRETCH types also begin where the value lies so many median absolute deviations of the
-  // whole file beyond the file's median, and at least `least` beyond it; 0 deviations: they do not.
+  // Some STRETCH types begin only where the value also lies so many median absolute deviations of
+  // the whole file beyond the file's median, and at least `least` beyond it; 0: anywhere.
   double mad;
   double least;
   // At least so many times the median: of the neighbours for SCENE_CUT, of all steps for

@@ -181,7 +181,7 @@ TEST(Stretches, ofUniformFramesAreBlackOnes_andNothingElse) {
 TEST(RelativeLevels, followTheFilesOwnMedian) {
   // Median 3; deviations 0 0 0 1 1 1 4 4, whose median is 1.
   const Values values = {2, 3, 4, 7, 3, 2, 7, 3};
-  Thresholds thresholds = only("blur", 20, 10, 0);
+  Thresholds thresholds = only("blur", 0, 0, 0);
   thresholds.at(eventTypeNamed("blur")).mad = 3.0;
   thresholds.at(eventTypeNamed("blur")).least = 0.5;
   const std::vector<Event> events = detectEvents(tableOf("blur", values), thresholds, WHOLE);
@@ -194,26 +194,35 @@ TEST(RelativeLevels, followTheFilesOwnMedian) {
 
 TEST(RelativeLevels, leaveAtThreeQuartersOfTheWay) {
   // Median 1, all deviations 0: from 1 + 4 on, and down to 1 + 3.
-  Thresholds thresholds = only("blur", 20, 10, 0);
+  Thresholds thresholds = only("blur", 0, 0, 0);
   thresholds.at(eventTypeNamed("blur")).mad = 6.0;
   thresholds.at(eventTypeNamed("blur")).least = 4.0;
   const Values values = {1, 1, 1, 1, 1, 1, 1, 4.9, 5, 4, 3.9};
   EXPECT_EQ(stretches(detectEvents(tableOf("blur", values), thresholds, WHOLE)), "8-9");
 }
 
-TEST(RelativeLevels, areUsedOnlyWhereTheyAreMetSooner) {
-  Thresholds thresholds = only("blur", 3, 2, 0);
+TEST(RelativeLevels, countTogetherWithTheThresholdsOwn) {
+  // Median 1, all deviations 0: from 1 + 2 on.
+  const FrameTable table = tableOf("blur", {1, 1, 1, 1, 1, 1, 3, 4, 5});
+  Thresholds thresholds = only("blur", 4, 3.5, 0);
   thresholds.at(eventTypeNamed("blur")).mad = 6.0;
-  thresholds.at(eventTypeNamed("blur")).least = 4.0;
-  const std::vector<Event> events =
-      detectEvents(tableOf("blur", {1, 1, 1, 3, 2, 1}), thresholds, WHOLE);
-  ASSERT_EQ(stretches(events), "3-4");
-  EXPECT_EQ(events[0].threshold, 3.0);
+  thresholds.at(eventTypeNamed("blur")).least = 2.0;
+  const std::vector<Event> events = detectEvents(table, thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "7-8");
+  EXPECT_EQ(events[0].threshold, 4.0);
+  thresholds.at(eventTypeNamed("blur")).enter = 2.0;
+  thresholds.at(eventTypeNamed("blur")).leave = 2.0;
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "6-8");
+  // A file that is blurred throughout has no other level to be held against.
+  const FrameTable blurred = tableOf("blur", {9, 9, 9, 9, 9});
+  EXPECT_EQ(stretches(detectEvents(blurred, thresholds, WHOLE)), "");
+  thresholds.at(eventTypeNamed("blur")).mad = 0.0;
+  EXPECT_EQ(stretches(detectEvents(blurred, thresholds, WHOLE)), "0-4");
 }
 
 TEST(RelativeLevels, lieBelowTheMedian_whereLowIsWorse) {
   // Median 1, all deviations 0: from 1 - 0.4 on, and up to 1 - 0.3.
-  Thresholds thresholds = only("blockiness", 0.1, 0.2, 0);
+  Thresholds thresholds = only("blockiness", 2, 2, 0);
   thresholds.at(eventTypeNamed("blockiness")).mad = 6.0;
   thresholds.at(eventTypeNamed("blockiness")).least = 0.4;
   const Values values = {1, 1, 1, 1, 1, 1, 0.65, 0.59, 0.69, 0.71};
@@ -221,7 +230,7 @@ TEST(RelativeLevels, lieBelowTheMedian_whereLowIsWorse) {
 }
 
 TEST(RelativeLevels, leaveOutUndefinedValues) {
-  Thresholds thresholds = only("blur", 20, 10, 0);
+  Thresholds thresholds = only("blur", 0, 0, 0);
   thresholds.at(eventTypeNamed("blur")).mad = 6.0;
   thresholds.at(eventTypeNamed("blur")).least = 4.0;
   const Values values = {NONE, NONE, NONE, NONE, 1, 1, 1, 5};
