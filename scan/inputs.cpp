@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <set>
+#include <map>
 
 #include "scan/names.h"
 
@@ -137,6 +137,27 @@ std::vector<std::string> readList(const std::string& path, std::vector<std::stri
   return names;
 }
 
+// Without those that come again. Another file whose results would go to the same folder is left
+// out, and that is said.
+std::vector<std::string> eachOnce(const std::vector<std::string>& files,
+                                  std::vector<std::string>* problems) {
+  std::map<std::string, std::string> places;  // where a folder's results come from
+  std::vector<std::string> once;
+  for (const std::string& file : files) {
+    const std::string folder = resultFolder("", file);
+    const std::string place = file == "-" ? file : fs::absolute(file).lexically_normal().string();
+    const auto known = places.emplace(folder, place);
+    if (known.second) {
+      once.push_back(file);
+    } else if (known.first->second != place) {
+      problems->push_back("the results of \"" + printableName(file) +
+                          "\" would go where those of \"" + printableName(known.first->second) +
+                          "\" go");
+    }
+  }
+  return once;
+}
+
 }  // namespace
 
 std::vector<std::string> findInputs(const Options& options, std::vector<std::string>* problems) {
@@ -157,12 +178,7 @@ std::vector<std::string> findInputs(const Options& options, std::vector<std::str
       files.push_back(input);
     }
   }
-  std::set<std::string> seen;
-  const auto isKnown = [&](const std::string& file) {
-    return !seen.insert(resultFolder("", file)).second;
-  };
-  files.erase(std::remove_if(files.begin(), files.end(), isKnown), files.end());
-  return files;
+  return eachOnce(files, problems);
 }
 
 std::string resultFolder(const std::string& output, const std::string& path) {

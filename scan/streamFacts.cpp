@@ -1,6 +1,8 @@
 #include "scan/streamFacts.h"
 
-#include <limits>
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 #include "scan/luma.h"
 
@@ -57,6 +59,13 @@ bool isFullRange(const AVCodecParameters& video) {
   return video.color_range == AVCOL_RANGE_JPEG || isByName;
 }
 
+// Containers in which a missing end is seen without a declared duration.
+bool showsItsEnd(const AVFormatContext& container) {
+  constexpr std::array SHOWING = {"gif", "ogg", "rawvideo", "yuv4mpegpipe"};
+  return std::find(SHOWING.begin(), SHOWING.end(), std::string_view(container.iformat->name)) !=
+         SHOWING.end();
+}
+
 int videoStreams(const AVFormatContext& container) {
   int count = 0;
   for (unsigned int i = 0; i < container.nb_streams; ++i) {
@@ -111,8 +120,8 @@ std::vector<std::string> streamWarnings(const VideoReader& reader) {
   warn(isConverted,
        "the pixel format has no luma of its own: it is converted to luma of video range");
   warn(stream.avg_frame_rate.num <= 0, "the frame rate is not known: 25 is assumed for freezing");
-  warn(std::isnan(declaredDuration(reader)),
-       "the container does not say how long it is: a cut end cannot be seen");
+  warn(std::isnan(declaredDuration(reader)) && !showsItsEnd(*reader.container),
+       "the container does not say how long it is: a missing end may not be seen");
   warn(videoStreams(*reader.container) > 1,
        "there are further video streams: they are not measured");
   return warnings;

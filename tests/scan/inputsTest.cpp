@@ -200,6 +200,20 @@ TEST(FindInputs, takesEachFileOnce_howeverItIsNamed) {
             Names({"clips/b.mp4", "clips/a.mp4", "-"}));
 }
 
+TEST(FindInputs, saysWhoseResultsWouldGoToTheSameFolder) {
+  const CurrentFolder here;
+  const std::string outside = here.directory.path + "/a.mp4";
+  // A file that is not below the current folder goes by its path from the root.
+  fs::create_directories("inside");
+  fs::current_path("inside");
+  makeFiles({outside.substr(1)});
+  writeFile(outside, "");
+  const Findings findings = find(scanOf({outside, outside.substr(1)}));
+  EXPECT_EQ(findings.files, Names{outside});
+  EXPECT_EQ(findings.problems, Names{"the results of \"" + outside.substr(1) +
+                                     "\" would go where those of \"" + outside + "\" go"});
+}
+
 TEST(FindInputs, doesNotEnterFoldersOfResults) {
   const CurrentFolder here;
   makeFiles({"a.mp4", "out/b.mp4", "c.mp4.lumascan/c.mp4", "deep/d.lumascan/e/f.mp4"});
