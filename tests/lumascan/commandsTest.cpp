@@ -75,10 +75,11 @@ TEST(Commands, printNothing_whenQuiet) {
 
 TEST(Commands, tellProgressAsJson) {
   const TemporaryDirectory directory;
-  makeClip(directory, "a.mkv", {"-c:v", "ffv1"}, "testsrc=size=1280x720:rate=25:duration=8");
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1"}, "testsrc=size=1280x720:rate=25:duration=16");
   const ProgramRun run = lumascan(directory, {"a.mkv", "--progress", "json", "-j", "1"});
   EXPECT_EQ(run.status, 0);
   double share = 0.0;
+  EXPECT_GE(linesOf(run.err).size(), 1u);
   for (const std::string& line : linesOf(run.err)) {
     const Json progress = Json::parse(line);
     EXPECT_GE(progress["progress"], share);

@@ -242,3 +242,36 @@ TEST(Resuming, comesToTheSameEnd_whateverIsKilledOnTheWay) {
     }
   }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Sanitizers reserve terabytes of addresses: no limit on them leaves a program that starts.
+TEST(Resuming, goesOnWithTheOthers_whenAFileNeedsMoreMemoryThanThereIs) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "b.mp4");
+  // Two frames of 75 MB.
+  writeFile(directory.path + "/a.y4m", "YUV4MPEG2 W10000 H5000 F25:1\n");
+  for (int frame = 0; frame < 2; ++frame) {
+    std::ofstream file(directory.path + "/a.y4m", std::ios::binary | std::ios::app);
+    file << "FRAME\n" << std::string(75000000, 'x');
+  }
+  bool isRefused = false;
+  bool isCrashed = false;
+  for (rlim_t megabytes = 325; megabytes <= 800; megabytes += 25) {
+    SCOPED_TRACE(megabytes);
+    const ProgramRun run =
+        lumascan(directory, {"a.y4m", "b.mp4", "-j", "1", "--force"}, "/dev/null", [=] {
+          const rlimit limit = {megabytes << 20, megabytes << 20};
+          setrlimit(RLIMIT_AS, &limit);
+        });
+    const Json result = resultOf(directory, "a.y4m");
+    const bool isComplete = result["status"] == "complete";
+    EXPECT_EQ(run.status, isComplete ? 0 : 3) << run.err;
+    EXPECT_TRUE(!isComplete || result["analysis"]["frames"] == 2);
+    EXPECT_EQ(resultOf(directory, "b.mp4")["status"], "complete");
+    isRefused = isRefused || !isComplete;
+    isCrashed = isCrashed || run.err.find("given up") != std::string::npos;
+  }
+  EXPECT_TRUE(isRefused);
+  EXPECT_TRUE(isCrashed);  // frames that cannot be had are not checked for
+}
+#endif
