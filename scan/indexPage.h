@@ -7,6 +7,7 @@
 
 #include "scan/html.h"
 
+// NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
 struct IndexEntry {
   Json result;            // docs/results.md
   std::string folderUri;  // where its report.html is: a relative reference, percent-encoded

@@ -216,6 +216,7 @@ int runScan(const Options& options) {
   const std::vector<std::string> paths = findInputs(options, &problems);
   for (const std::string& problem : problems) complain(problem);
   std::vector<Task> tasks;
+  tasks.reserve(paths.size());
   for (const std::string& path : paths) tasks.push_back(makeTask(options, thresholds, path));
   if (options.isDryRun)
     return std::max<int>(printPlan(tasks), problems.empty() ? DONE : INPUT_PROBLEM);

@@ -26,7 +26,7 @@ std::string runJob(const ScanJob& job, const Options& options, const Thresholds&
   OutputFile rows;
   const bool hasRows = options.choice.hasCsv;
   if (hasRows) {
-    const std::string error = beginRows(job.folder, &rows);
+    std::string error = beginRows(job.folder, &rows);
     if (!error.empty()) return error;
   }
   AnalysisOptions analysis = options.analysis;

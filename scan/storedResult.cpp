@@ -104,7 +104,7 @@ std::string readResultJson(const std::string& folder, Json* json) {
 }
 
 std::string readResult(const std::string& folder, VideoResult* result) {
-  const std::string error = readResultJson(folder, &result->json);
+  std::string error = readResultJson(folder, &result->json);
   if (!error.empty() || result->json["status"] == "failed") return error;
   const std::string path = (fs::path(folder) / "frames.csv").string();
   const std::string mistake = readFramesCsv(path, &result->frames);
@@ -122,7 +122,7 @@ Thumbnails readThumbnails(const std::string& folder) {
 }
 
 std::string beginRows(const std::string& folder, OutputFile* rows) {
-  const std::string error = makeFolder(folder);
+  std::string error = makeFolder(folder);
   if (!error.empty()) return error;
   removeLeftovers(folder);
   const std::string path = (fs::path(folder) / "rows.tsv").string();

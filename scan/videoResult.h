@@ -11,6 +11,7 @@
 #include "scan/thresholds.h"
 #include "scan/videoAnalysis.h"
 
+// NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
 struct VideoResult {
   Json json;
   FrameTable frames;

@@ -46,14 +46,19 @@ void makeFifo(const TemporaryDirectory& directory, const std::string& name) {
   ASSERT_EQ(mkfifo((directory.path + "/" + name).c_str(), 0600), 0);
 }
 
-std::vector<pid_t> childrenOf(pid_t process, size_t count) {
+std::vector<pid_t> childrenOf(pid_t process) {
   const std::string number = std::to_string(process);
+  std::ifstream list("/proc/" + number + "/task/" + number + "/children");
+  std::vector<pid_t> children;
+  for (pid_t child = 0; list >> child;) children.push_back(child);
+  return children;
+}
+
+std::vector<pid_t> waitForChildren(pid_t process, size_t count) {
   std::vector<pid_t> children;
   for (int i = 0; i < 200 && children.size() != count; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    std::ifstream list("/proc/" + number + "/task/" + number + "/children");
-    children.clear();
-    for (pid_t child = 0; list >> child;) children.push_back(child);
+    children = childrenOf(process);
   }
   EXPECT_EQ(children.size(), count);
   return children;

@@ -28,8 +28,10 @@ void makeVideo(const TemporaryDirectory& directory, const std::string& name);
 // A FIFO: a video that does not get on, since nobody writes to it.
 void makeFifo(const TemporaryDirectory& directory, const std::string& name);
 
-// Waits until the process has so many children, for at most 20 seconds, and returns them.
-std::vector<pid_t> childrenOf(pid_t process, size_t count);
+std::vector<pid_t> childrenOf(pid_t process);
+
+// The same when there are so many, for which it waits, at most 20 seconds.
+std::vector<pid_t> waitForChildren(pid_t process, size_t count);
 
 // Whether a process is there and no zombie.
 bool isAlive(pid_t process);
