@@ -209,6 +209,8 @@ int runTasks(const Options& options, const Thresholds& thresholds, std::vector<T
 }  // namespace
 
 int runScan(const Options& options) {
+  // A scan goes on when nobody reads what it prints any more.
+  std::signal(SIGPIPE, SIG_IGN);
   const auto start = std::chrono::system_clock::now();
   Thresholds thresholds;
   if (!chooseThresholds(options, &thresholds)) return USAGE;

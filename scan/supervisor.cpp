@@ -17,7 +17,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int MOST_ATTEMPTS = 2;
-constexpr int TICK = 200;  // milliseconds
+constexpr int TICK = 200;         // milliseconds
+constexpr size_t LINES_TOLD = 5;  // of what a worker said before it crashed
 
 struct Run {
   const Options& options;
@@ -46,18 +47,24 @@ void finish(Run* run, Task* task) {
   run->listener.onFinished(*run->tasks, *task);
 }
 
-// The last line that says something.
-std::string lastWords(const std::string& log) {
-  const size_t end = log.find_last_not_of("\r\n ");
-  if (end == std::string::npos) return "";
-  const size_t start = log.find_last_of('\n', end);
-  return printableName(log.substr(start == std::string::npos ? 0 : start + 1, end - start));
+// The last lines that say something, oldest first.
+std::vector<std::string> lastLines(const std::string& log) {
+  std::vector<std::string> lines;
+  size_t end = log.find_last_not_of("\r\n ");
+  while (end != std::string::npos && lines.size() < LINES_TOLD) {
+    const size_t before = log.find_last_of("\r\n", end);
+    const size_t start = before == std::string::npos ? 0 : before + 1;
+    lines.push_back(printableName(log.substr(start, end - start + 1)));
+    end = start == 0 ? std::string::npos : log.find_last_not_of("\r\n ", start - 1);
+  }
+  std::reverse(lines.begin(), lines.end());
+  return lines;
 }
 
 void storeFailure(const Run& run, const std::string& what, Task* task) {
-  const std::string words = lastWords(task->worker.logTail);
+  const std::vector<std::string> lines = lastLines(task->worker.logTail);
   std::string error = "its analysis was given up after two attempts: " + what;
-  if (!words.empty()) error += "; last message: " + words;
+  if (!lines.empty()) error += "; last message: " + lines.back();
   VideoResult result = {failedResult(task->job.source, run.options.analysis, error), {}, {}};
   removeLeftovers(task->job.folder);
   judgeResult(run.thresholds, &result);
@@ -77,6 +84,9 @@ void handleFailure(Run* run, const std::string& what, Task* task) {
   if (isRetried) {
     task->state = TaskState::WAITING;
   } else {
+    for (const std::string& line : lastLines(task->worker.logTail)) {
+      run->listener.onMessage("  it said: " + line);
+    }
     storeFailure(*run, what, task);
     finish(run, task);
   }

@@ -16,7 +16,8 @@ scan+=' libcli11-dev nlohmann-json3-dev zlib1g-dev'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
 test="$bench $scan libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
-test+=' g++-aarch64-linux-gnu qemu-user python3 python3-jsonschema python3-imageio python3-mecavideo chromium'
+test+=' g++-aarch64-linux-gnu qemu-user python3 python3-jsonschema chromium'
+test+=' python3-imageio python3-mecavideo planetblupi-common gem-doc'  # for their video clips
 # shellcheck disable=SC2034  # read by its name
 long="$test libclang-rt-14-dev gcovr opencv-doc mate-backgrounds"
 
