@@ -1,21 +1,22 @@
-#!/ usr / bin / env bash
-#Files of every kind, whole, odd, cut and damaged : none crashes lumascan or hangs it, \
-    every result keeps to the
-#schema, and none that lacks something is called complete.
+#!/usr/bin/env bash
+# Files of every kind, whole, odd, cut and damaged: none crashes lumascan or hangs it, every result keeps to the
+# schema, and none that lacks something is called complete.
 #
-#usage : robustness.sh SOURCE_FOLDER BUILD_FOLDER
-set - euo pipefail source = $1 lumascan = $2 / lumascan work =
-                                              $(mktemp - d) trap 'rm -rf "$work"' EXIT cd "$work"
+# usage: robustness.sh SOURCE_FOLDER BUILD_FOLDER
+set -euo pipefail
+source=$1
+lumascan=$2/lumascan
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
 
-    make() {
-  ffmpeg - nostdin - v error - y "$@";
-}
+make() { ffmpeg -nostdin -v error -y "$@"; }
 picture=(-f lavfi -i testsrc2=size=320x240:rate=25:duration=1)
 sound=(-f lavfi -i sine=duration=1)
 h264=(-c:v libx264 -preset ultrafast)
 
 mkdir whole odd none cut flipped
-#Containers and codecs.
+# Containers and codecs.
 make "${picture[@]}" "${sound[@]}" "${h264[@]}" -pix_fmt yuv420p -movflags faststart whole/a.mp4
 make "${picture[@]}" "${sound[@]}" "${h264[@]}" -pix_fmt yuv420p whole/b.mkv
 make "${picture[@]}" "${sound[@]}" -c:v mpeg4 -bf 2 whole/c.avi
@@ -26,7 +27,7 @@ make "${picture[@]}" -c:v flv1 whole/g.flv
 make "${picture[@]}" whole/h.gif
 make "${picture[@]}" -pix_fmt yuv420p whole/i.y4m
 make "${picture[@]}" -c:v mjpeg -pix_fmt yuvj420p whole/j.mov
-#Pixel formats, sizes, timing.
+# Pixel formats, sizes, timing.
 make "${picture[@]}" "${h264[@]}" -pix_fmt yuv420p10le odd/10bit.mkv
 make "${picture[@]}" "${h264[@]}" -pix_fmt yuv422p odd/422.mkv
 make "${picture[@]}" "${h264[@]}" -pix_fmt yuv444p odd/444.mp4
@@ -42,7 +43,7 @@ make "${picture[@]}" -c:v png -pix_fmt rgba odd/rgba.mov
 make "${picture[@]}" -c:v ffv1 -pix_fmt gray odd/gray.mkv
 make "${picture[@]}" -frames:v 1 "${h264[@]}" -pix_fmt yuv420p odd/one.mp4
 cp odd/444.mp4 odd/wrong.avi
-#Nothing to analyse.
+# Nothing to analyse.
 make "${sound[@]}" none/sound.mp4
 make "${picture[@]}" -frames:v 1 cover.png
 make "${sound[@]}" -i cover.png -map 0 -map 1 -c:v copy -disposition:v attached_pic none/cover.mp4
@@ -51,18 +52,16 @@ printf 'YUV4MPEG2 W320 H240 F25:1\n' > none/zero.y4m
 : > none/empty.mp4
 echo 'no video' > none/text.mp4
 head -c 100000 /dev/zero > none/zeros.mkv
-#Cut at every tenth.A transport stream says nothing about its length : it is cut inside a packet.
-for file in whole/[a-ce-i].* whole/d.ts;
-do
+# Cut at every tenth. A transport stream says nothing about its length: it is cut inside a packet.
+for file in whole/[a-ce-i].* whole/d.ts; do
   size=$(stat -c %s "$file")
-  for tenth in 1 2 3 4 5 6 7 8 9;
-do
+  for tenth in 1 2 3 4 5 6 7 8 9; do
     bytes=$((size * tenth / 10))
     [[ $file != *.ts ]] || bytes=$((bytes / 188 * 188 + 94))
     head -c "$bytes" "$file" > "cut/$tenth.${file#whole/}"
   done
 done
-#More and more bits turned over, anywhere.
+# More and more bits turned over, anywhere.
 python3 - <<'PYTHON'
 import pathlib
 import random
@@ -75,7 +74,7 @@ for file in sorted(pathlib.Path("whole").iterdir()):
             data[random.randrange(len(data))] ^= 1 << random.randrange(8)
         pathlib.Path("flipped", f"{step}.{file.name}").write_bytes(data)
 PYTHON
-#A name may be anything.
+# A name may be anything.
 for name in 'sp ace' "q\"uo'te" $'new\nline' $'in\xff\xfevalid' '<img src=x onerror=alert(1)>' '-dash' '%41#?&amp;'; do
   cp odd/one.mp4 "odd/$name.mp4"
 done
@@ -93,21 +92,15 @@ import json
 import pathlib
 import sys
 
-EXPECTED = {
-    "whole" : {"complete"},
-              "odd" : {"complete"},
-                      "none" : {"failed"},
-                               "cut" : {"partial", "failed"},
-                                       "flipped" : {
-      "complete", "partial", "failed"
-    }}
+EXPECTED = {"whole": {"complete"}, "odd": {"complete"}, "none": {"failed"}, "cut": {"partial", "failed"},
+            "flipped": {"complete", "partial", "failed"}}
 wrong = 0
 seen = dict.fromkeys(EXPECTED, 0)
 for path in sorted(pathlib.Path("lumascan-results").rglob("result.json")):
     folder = path.relative_to("lumascan-results").parts[0]
     result = json.loads(path.read_text(encoding="utf-8"))
     seen[folder] += 1
-#What was turned over may have been of no importance, but what was found is not passed over.
+    # What was turned over may have been of no importance, but what was found is not passed over.
     facts = result["analysis"] or {}
     is_damaged = facts.get("decode_errors", 0) > 0 or result["truncated"]
     if result["status"] not in EXPECTED[folder] or (is_damaged and result["status"] == "complete"):

@@ -1,4 +1,4 @@
-#!/ usr / bin / env python3
+#!/usr/bin/env python3
 """Holds every result.json below a folder against the schema.
 
 usage: validateResults.py SCHEMA FOLDER
