@@ -70,8 +70,9 @@ std::string parseRaw(const std::string& text, VideoSource* raw) {
 
 // What an option's text is turned into by one of the functions above; CLI11 reports what they say.
 template <typename Target>
-void addParsed(CLI::App* app, const std::string& name, const std::string& help,
-               std::string (*parse)(const std::string&, Target*), Target* target) {
+void addParsed(CLI::App* app, const std::string& name, const std::string& form,
+               const std::string& help, std::string (*parse)(const std::string&, Target*),
+               Target* target) {
   app->add_option_function<std::string>(
          name,
          [=](const std::string& text) {
@@ -79,7 +80,7 @@ void addParsed(CLI::App* app, const std::string& name, const std::string& help,
            if (!mistake.empty()) throw CLI::ValidationError(name, mistake);
          },
          help)
-      ->type_name("TEXT");
+      ->type_name(form);
 }
 
 std::string parsePlace(const std::string& text, Position* position) {
@@ -100,49 +101,72 @@ std::string refuseNan(const std::string& text) {
   return std::isnan(std::strtod(text.c_str(), nullptr)) ? "\"" + text + "\" is no number" : "";
 }
 
+std::string parseThumbs(const std::string& text, Thumbs* thumbs) {
+  for (const Thumbs each : {Thumbs::NONE, Thumbs::EVENTS, Thumbs::ALL}) {
+    if (text != thumbsName(each)) continue;
+    *thumbs = each;
+    return "";
+  }
+  return "\"" + text + "\" is not one of none, events and all";
+}
+
+std::string parseProgress(const std::string& text, ProgressStyle* style) {
+  static const std::map<std::string, ProgressStyle> STYLES = {{"auto", ProgressStyle::AUTO},
+                                                              {"bar", ProgressStyle::BAR},
+                                                              {"plain", ProgressStyle::PLAIN},
+                                                              {"json", ProgressStyle::JSON},
+                                                              {"none", ProgressStyle::NONE}};
+  const auto found = STYLES.find(text);
+  if (found == STYLES.end()) {
+    return "\"" + text + "\" is not one of auto, bar, plain, json and none";
+  }
+  *style = found->second;
+  return "";
+}
+
 void addJudgement(CLI::App* app, Options* options) {
-  app->add_option("--thresholds", options->thresholds, "judge by the thresholds in this JSON file");
-  addParsed(app, "--fail-on", "end with status 1 at a finding of this severity: info, warn, fail",
-            parseSeverity, &options->failOn);
+  app->add_option("--thresholds", options->thresholds, "judge by the thresholds in this JSON file")
+      ->type_name("FILE");
+  addParsed(app, "--fail-on", "SEVERITY",
+            "end with status 1 at a finding of this severity: info, warn, fail", parseSeverity,
+            &options->failOn);
 }
 
 void addScan(CLI::App* app, Options* options) {
   app->add_option("INPUT", options->inputs,
                   "files and folders; - is a YUV4MPEG stream from standard input");
-  app->add_option("-o,--output", options->output, "folder of the results (lumascan-results)");
+  app->add_option("-o,--output", options->output, "folder of the results (lumascan-results)")
+      ->type_name("DIR");
   app->add_option("-j,--jobs", options->jobs, "files at once; 0: as many as there are cores")
       ->check(CLI::Range(0, 4096));
   app->add_option("--include", options->include, "of folders, only files whose name matches")
+      ->type_name("GLOB")
       ->expected(1)
       ->take_all();
   app->add_option("--exclude", options->exclude, "of folders, no files whose name matches")
+      ->type_name("GLOB")
       ->expected(1)
       ->take_all();
   app->add_option("--files-from", options->filesFrom,
-                  "further inputs, one a line or each ended by a zero byte; - is standard input");
-  addParsed(app, "--raw", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS", parseRaw,
+                  "further inputs, one a line or each ended by a zero byte; - is standard input")
+      ->type_name("FILE");
+  addParsed(app, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS", parseRaw,
             &options->raw);
-  addParsed(app, "--start", "first frame: seconds, HH:MM:SS[.mmm], HH:MM:SS:FF or f:FRAME",
+  addParsed(app, "--start", "T", "first frame: seconds, HH:MM:SS[.mmm], HH:MM:SS:FF or f:FRAME",
             parsePlace, &options->analysis.start);
-  addParsed(app, "--end", "frame to stop before, in the same forms", parsePlace,
+  addParsed(app, "--end", "T", "frame to stop before, in the same forms", parsePlace,
             &options->analysis.end);
   app->add_option("--fps", options->analysis.fps, "frame rate for freezing (that of the file)")
       ->check(CLI::PositiveNumber)
       ->check(refuseNan);
-  addParsed(app, "--indicators", "names separated by commas, or the sum of bits (all)",
+  addParsed(app, "--indicators", "NAMES", "names separated by commas, or the sum of bits (all)",
             parseIndicators, &options->analysis.mask);
-  addParsed(app, "--formats", "files to write beside result.json: csv,html (both)", parseFormats,
-            &options->choice);
-  app->add_option("--thumbs", options->choice.thumbs, "pictures in the report: none, events, all")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, Thumbs>{
-          {"none", Thumbs::NONE}, {"events", Thumbs::EVENTS}, {"all", Thumbs::ALL}}));
-  app->add_option("--progress", options->progress, "auto, bar, plain, json or none")
-      ->transform(CLI::CheckedTransformer(
-          std::map<std::string, ProgressStyle>{{"auto", ProgressStyle::AUTO},
-                                               {"bar", ProgressStyle::BAR},
-                                               {"plain", ProgressStyle::PLAIN},
-                                               {"json", ProgressStyle::JSON},
-                                               {"none", ProgressStyle::NONE}}));
+  addParsed(app, "--formats", "LIST", "files to write beside result.json: csv,html (both)",
+            parseFormats, &options->choice);
+  addParsed(app, "--thumbs", "WHICH", "pictures in the report: none, events (the usual), all",
+            parseThumbs, &options->choice.thumbs);
+  addParsed(app, "--progress", "STYLE", "auto (the usual), bar, plain, json or none", parseProgress,
+            &options->progress);
   app->add_option("--stall-timeout", options->stallTimeout,
                   "seconds without a new frame at which a file is given up; 0: never (120)")
       ->check(CLI::NonNegativeNumber)
@@ -167,10 +191,10 @@ bool isVerb(const std::string& word) {
 // "scan" is understood where no verb stands.
 std::vector<std::string> argumentsWithVerb(int argc, char** argv) {
   std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
-  const std::string first = arguments.empty() ? "-h" : arguments[0];
+  if (arguments.empty()) return arguments;
+  const std::string& first = arguments[0];
   const bool isGeneral =
       first == "-h" || first == "--help" || first == "-V" || first == "--version";
-  if (arguments.empty()) return arguments;
   if (!isVerb(first) && !isGeneral) arguments.insert(arguments.begin(), "scan");
   return arguments;
 }
@@ -213,8 +237,8 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   CLI::App* const probe = app.add_subcommand("probe", "say what a file says about itself");
   probe->add_option("INPUT", options->inputs, "video files")->required();
   probe->add_flag("--json", options->printsJson, "print JSON");
-  addParsed(probe, "--raw", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS", parseRaw,
-            &options->raw);
+  addParsed(probe, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS",
+            parseRaw, &options->raw);
   for (CLI::App* const verb : {scan, events, report, probe}) addFlags(verb, options);
 
   std::vector<std::string> arguments = argumentsWithVerb(argc, argv);

@@ -11,12 +11,6 @@
 #include "clips.h"
 #include "scan/luma.h"
 
-// FFmpeg's own threads are not compiled for the thread sanitizer, which cannot see how they take
-// turns.
-extern "C" const char* __tsan_default_suppressions() {
-  return "called_from_lib:libavcodec\ncalled_from_lib:libavutil\n";
-}
-
 namespace {
 
 struct Reading {
