@@ -12,7 +12,7 @@ std::string judgeAndStore(const ScanJob& job, const Options& options, const Thre
       job.source.path == "-" || !options.choice.hasHtml ? Thumbs::NONE : options.choice.thumbs;
   const Thumbnails thumbnails = makeThumbnails(
       job.source, result->frames, framesToShow(result->json["events"], thumbs, result->frames));
-  return storeResult(job.folder, options.choice, *result, thumbnails, rows);
+  return storeResult(job.folder, options.choice, std::move(*result), thumbnails, rows);
 }
 
 }  // namespace

@@ -130,15 +130,15 @@ std::string beginRows(const std::string& folder, OutputFile* rows) {
   return "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
 }
 
-std::string storeResult(const std::string& folder, const OutputChoice& choice,
-                        const VideoResult& result, const Thumbnails& thumbnails, OutputFile* rows) {
+std::string storeResult(const std::string& folder, const OutputChoice& choice, VideoResult result,
+                        const Thumbnails& thumbnails, OutputFile* rows) {
   const fs::path to = folder;
   std::string error = makeFolder(folder);
   if (!error.empty()) return error;
   std::error_code ignored;
   fs::remove(to / "result.json", ignored);
 
-  Json json = result.json;
+  Json& json = result.json;
   json["outputs"] = choiceJson(choice);
   const bool hasCsv = choice.hasCsv;
   if (rows != nullptr && !commitOutput(rows)) {
@@ -152,7 +152,9 @@ std::string storeResult(const std::string& folder, const OutputChoice& choice,
   step(hasCsv, "events.csv", [&](FILE* out) { writeEventsCsv(result.events, out); });
   if (error.empty()) error = storeThumbnails(to / "thumbs", thumbnails);
   step(choice.hasHtml, "report.html", [&](FILE* out) {
-    put(renderReport({{json, result.frames, thumbnails}}), out);
+    std::vector<ReportInput> inputs(1);
+    inputs[0] = {json, std::move(result.frames), thumbnails};  // the largest part, and the last use
+    put(renderReport(inputs), out);
   });
   step(true, "result.json", [&](FILE* out) { put(jsonText(json), out); });
   return error;

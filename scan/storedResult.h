@@ -36,7 +36,7 @@ std::string beginRows(const std::string& folder, OutputFile* rows);
 
 // Stores a result; `rows`, when it is not null, becomes rows.tsv. Files that are not chosen are
 // removed. Returns an empty text, or what went wrong: there is no result.json then.
-std::string storeResult(const std::string& folder, const OutputChoice& choice,
-                        const VideoResult& result, const Thumbnails& thumbnails, OutputFile* rows);
+std::string storeResult(const std::string& folder, const OutputChoice& choice, VideoResult result,
+                        const Thumbnails& thumbnails, OutputFile* rows);
 
 #endif

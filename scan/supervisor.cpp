@@ -68,7 +68,8 @@ void storeFailure(const Run& run, const std::string& what, Task* task) {
   VideoResult result = {failedResult(task->job.source, run.options.analysis, error), {}, {}};
   removeLeftovers(task->job.folder);
   judgeResult(run.thresholds, &result);
-  task->outputError = storeResult(task->job.folder, run.options.choice, result, {}, nullptr);
+  task->outputError =
+      storeResult(task->job.folder, run.options.choice, std::move(result), {}, nullptr);
 }
 
 // What a worker came to that did not end by itself.
