@@ -8,7 +8,7 @@ namespace {
 
 constexpr int WORD_BITS = 16;
 
-// The component of a YUV format that holds luma, in bytes or in 16-bit words of their own.
+// Whether a YUV format has its luma in bytes or in 16-bit words of their own.
 bool isReadable(const AVPixFmtDescriptor& format) {
   constexpr uint64_t OTHERS = AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL |
                               AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_FLOAT |
@@ -30,7 +30,7 @@ void copyRow(const uint8_t* samples, int step, int w, uint8_t* luma) {
   for (int x = 0; x < w; ++x) luma[x] = samples[x * step];
 }
 
-// `samples` are 16-bit words, `step` bytes apart, that hold y.depth bits above y.shift others.
+// `samples` are 16-bit words, y.step bytes apart, that hold y.depth bits above y.shift others.
 void narrowRow(const uint8_t* samples, const AVComponentDescriptor& y, bool isBigEndian, int w,
                uint8_t* luma) {
   const int high = isBigEndian ? 0 : 1;

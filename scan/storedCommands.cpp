@@ -28,6 +28,15 @@ std::vector<std::string> namedResults(const Options& options, int* status) {
   return folders;
 }
 
+// Reads a stored result; one that cannot be read becomes a message and the status.
+bool readStored(const std::string& folder, VideoResult* result, int* status) {
+  const std::string error = readResult(folder, result);
+  if (error.empty()) return true;
+  complain(error);
+  *status = INPUT_PROBLEM;
+  return false;
+}
+
 }  // namespace
 
 int runEvents(const Options& options) {
@@ -38,12 +47,7 @@ int runEvents(const Options& options) {
   if (!options.printsJson) std::printf("path,%s\r\n", EVENT_COLUMNS);
   for (const std::string& folder : namedResults(options, &status)) {
     VideoResult result;
-    const std::string error = readResult(folder, &result);
-    if (!error.empty()) {
-      complain(error);
-      status = INPUT_PROBLEM;
-      continue;
-    }
+    if (!readStored(folder, &result, &status)) continue;
     judgeResult(thresholds, &result);
     const std::string path = result.json["input"]["path"];
     for (const Event& event : result.events) {
@@ -68,12 +72,7 @@ int runReport(const Options& options) {
   const std::vector<std::string> folders = namedResults(options, &status);
   for (const std::string& folder : folders) {
     VideoResult result;
-    const std::string error = readResult(folder, &result);
-    if (!error.empty()) {
-      complain(error);
-      status = INPUT_PROBLEM;
-      continue;
-    }
+    if (!readStored(folder, &result, &status)) continue;
     inputs.push_back({result.json, result.frames, readThumbnails(folder)});
   }
   if (inputs.empty()) return INPUT_PROBLEM;
