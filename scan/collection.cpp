@@ -8,6 +8,7 @@
 #include "scan/indexPage.h"
 #include "scan/names.h"
 #include "scan/outputFile.h"
+#include "scan/resultFacts.h"
 #include "scan/storedResult.h"
 
 namespace fs = std::filesystem;
@@ -22,15 +23,8 @@ std::string cell(const Json& value) {
   return value.is_number() ? value.dump() : "";
 }
 
-void put(const std::string& line, FILE* out) {
-  std::fwrite(line.data(), 1, line.size(), out);
-  std::fputs("\r\n", out);
-}
-
-int64_t eventsOf(const Json& result, const char* severity) {
-  const Json& events = result["events"];
-  return std::count_if(events.begin(), events.end(),
-                       [&](const Json& event) { return event["severity"] == severity; });
+void writeLine(const std::string& line, FILE* out) {
+  writeText(line + "\r\n", out);
 }
 
 Json durationOf(const Json& analysis) {
@@ -47,7 +41,7 @@ void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
   for (const IndicatorInfo& indicator : INDICATOR_TABLE) {
     header += std::string(",") + indicator.name + "_mean";
   }
-  put(header, out);
+  writeLine(header, out);
   for (const IndexEntry& entry : entries) {
     const Json& result = entry.result;
     const Json& analysis = result["analysis"];
@@ -57,8 +51,8 @@ void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
     std::string line = cell(result["input"]["path"]) + ',' + cell(result["status"]) + ',' +
                        cell(result["verdict"]) + ',' + fact("frames") + ',' +
                        cell(durationOf(analysis));
-    for (const char* const severity : {"fail", "warn", "info"}) {
-      line += ',' + std::to_string(eventsOf(result, severity));
+    for (const Severity severity : {Severity::FAIL, Severity::WARN, Severity::INFO}) {
+      line += ',' + std::to_string(entry.events.counts.at(static_cast<size_t>(severity)));
     }
     line += ',' + fact("corrupt_frames") + ',' + fact("decode_errors") + ',' +
             cell(result["truncated"]) + ',' + cell(result["error"]);
@@ -66,19 +60,36 @@ void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
       const Json& facts = result["indicators"];
       line += ',' + (facts.contains(indicator.name) ? cell(facts[indicator.name]["mean"]) : "");
     }
-    put(line, out);
+    writeLine(line, out);
   }
 }
 
-void writeAllEvents(const std::vector<IndexEntry>& entries, FILE* out) {
-  put("path," + std::string(EVENT_COLUMNS), out);
-  for (const IndexEntry& entry : entries) {
-    for (const Json& event : entry.result["events"]) {
-      std::string line = cell(entry.result["input"]["path"]);
-      for (const auto& member : event.items()) line += ',' + cell(member.value());
-      put(line, out);
-    }
+// Reads a result. Its events, of which all results together may have more than memory holds, go
+// into the table at once; null: there is none. False when it cannot be read.
+bool readEntry(const std::string& folder, FILE* eventTable, IndexEntry* entry) {
+  std::vector<std::string> rows;
+  const auto take = [&](const Event& event) {
+    addTo(&entry->events, event);
+    if (eventTable != nullptr) rows.push_back(eventColumns(event));
+  };
+  if (!readResultJson(folder, &entry->result, take).empty()) return false;
+  const std::string path = csvField(pathOf(entry->result));
+  for (const std::string& row : rows) {
+    std::fprintf(eventTable, "%s,%s\r\n", path.c_str(), row.c_str());
   }
+  return true;
+}
+
+std::vector<IndexEntry> readEntries(const std::string& folder, FILE* eventTable) {
+  std::vector<IndexEntry> entries;
+  if (eventTable != nullptr) writeLine("path," + std::string(EVENT_COLUMNS), eventTable);
+  for (const std::string& each : storedResults(folder)) {
+    IndexEntry entry;
+    if (!readEntry(each, eventTable, &entry)) continue;
+    entry.folderUri = uriPath(fs::path(each).lexically_relative(folder).string());
+    entries.push_back(std::move(entry));
+  }
+  return entries;
 }
 
 }  // namespace
@@ -99,23 +110,20 @@ std::vector<std::string> storedResults(const std::string& folder) {
 }
 
 std::string writeCollection(const std::string& folder, const OutputChoice& choice) {
-  std::vector<IndexEntry> entries;
-  for (const std::string& each : storedResults(folder)) {
-    IndexEntry entry;
-    if (!readResultJson(each, &entry.result).empty()) continue;
-    entry.folderUri = uriPath(fs::path(each).lexically_relative(folder).string());
-    entries.push_back(std::move(entry));
-  }
   const fs::path to = folder;
+  std::vector<IndexEntry> entries;
   std::string error;
-  const auto step = [&](bool isChosen, const char* name, const std::function<void(FILE*)>& write) {
-    if (isChosen && error.empty()) error = writeOutput((to / name).string(), write);
+  const auto step = [&](const char* name, const std::function<void(FILE*)>& write) {
+    if (error.empty()) error = writeOutput((to / name).string(), write);
   };
-  step(choice.hasCsv, "summary.csv", [&](FILE* out) { writeSummary(entries, out); });
-  step(choice.hasCsv, "events.csv", [&](FILE* out) { writeAllEvents(entries, out); });
-  step(choice.hasHtml, "index.html", [&](FILE* out) {
-    const std::string page = renderIndex(entries);
-    std::fwrite(page.data(), 1, page.size(), out);
-  });
+  if (choice.hasCsv) {
+    step("events.csv", [&](FILE* out) { entries = readEntries(folder, out); });
+    step("summary.csv", [&](FILE* out) { writeSummary(entries, out); });
+  } else {
+    entries = readEntries(folder, nullptr);
+  }
+  if (choice.hasHtml) {
+    step("index.html", [&](FILE* out) { writeText(renderIndex(entries), out); });
+  }
   return error;
 }

@@ -10,11 +10,12 @@
 struct Document {
   std::string title;  // text
   std::string style;
-  std::string body;                  // HTML
   std::vector<std::string> scripts;  // run in this order, at the end of the body
 };
 
-// The document's policy lets exactly these scripts and this style run, and images only as data.
-std::string renderDocument(const Document& document);
+// What stands before the body's HTML and behind it. The document's policy lets exactly these
+// scripts and this style run, and images only as data.
+std::string documentStart(const Document& document);
+std::string documentEnd(const Document& document);
 
 #endif

@@ -6,10 +6,11 @@
 #include <tuple>
 
 #include "scan/indicatorTable.h"
+#include "scan/sortedValues.h"
 
 namespace {
 
-using Column = std::vector<double>;
+using Values = Column<double>;
 
 constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
 constexpr double STILL_ACTIVITY = 1.0;  // levels; freezing's own limit
@@ -19,55 +20,43 @@ constexpr double ROUNDING = 1e-3;       // seconds; many containers round times 
 // A threshold taken from the file's median: a stretch goes on for this share of the way to it.
 constexpr double RELATIVE_LEAVE = 0.75;
 
-// NaN for no values.
-double medianOf(Column values) {
-  if (values.empty()) return UNKNOWN;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  if (values.size() % 2 == 1) return *middle;
-  return (*middle + *std::max_element(values.begin(), middle)) / 2.0;
-}
-
-Column definedOnes(const Column& values) {
-  Column defined;
-  std::copy_if(values.begin(), values.end(), std::back_inserter(defined),
-               [](double value) { return !std::isnan(value); });
-  return defined;
-}
-
 // When each frame is shown. NaN: unknown.
 struct Times {
-  Column start;    // seconds, as in the table or by the frame rate
-  Column end;      // seconds
-  Column elapsed;  // seconds since the first frame; never falls, whatever the timestamps do
+  Values start;    // seconds, as in the table or by the frame rate
+  Values end;      // seconds
+  Values elapsed;  // seconds since the first frame; never falls, whatever the timestamps do
   double typicalStep;
 };
 
-double typicalStep(const Column& time, double frameRate) {
-  Column steps;
+double typicalStep(const Values& time, double frameRate) {
+  Values steps;
   for (size_t i = 1; i < time.size(); ++i) {
     const double step = time[i] - time[i - 1];
     if (step > 0.0) steps.push_back(step);
   }
-  if (!steps.empty()) return medianOf(std::move(steps));
+  if (!steps.empty()) return medianOf(steps);
   return frameRate > 0.0 ? 1.0 / frameRate : UNKNOWN;
 }
 
 Times timesOf(const FrameTable& table, double frameRate) {
+  Times times;
+  times.typicalStep = typicalStep(table.time, frameRate);
   const size_t rows = table.time.size();
-  Times times = {table.time, Column(rows), Column(rows), typicalStep(table.time, frameRate)};
   for (size_t i = 0; i < rows; ++i) {
-    const int64_t frame = table.firstFrame + static_cast<int64_t>(i);
-    if (std::isnan(times.start[i]) && frameRate > 0.0)
-      times.start[i] = static_cast<double>(frame) / frameRate;
+    const double time = table.time[i];
+    const auto frame = static_cast<double>(table.firstFrame + static_cast<int64_t>(i));
+    times.start.push_back(std::isnan(time) && frameRate > 0.0 ? frame / frameRate : time);
   }
+  double elapsed = 0.0;
   for (size_t i = 0; i < rows; ++i) {
-    const double step = i + 1 < rows ? times.start[i + 1] - times.start[i] : UNKNOWN;
+    const double start = times.start[i];
+    const double step = i + 1 < rows ? times.start[i + 1] - start : UNKNOWN;
     const double length = table.duration[i] > 0.0 ? table.duration[i]
                           : step > 0.0            ? step
                                                   : times.typicalStep;
-    times.end[i] = wholeNanoseconds(times.start[i] + length);
-    if (i + 1 < rows) times.elapsed[i + 1] = times.elapsed[i] + (step > 0.0 ? step : length);
+    times.end.push_back(wholeNanoseconds(start + length));
+    times.elapsed.push_back(elapsed);
+    elapsed += step > 0.0 ? step : length;
   }
   return times;
 }
@@ -115,17 +104,17 @@ bool isBeyond(double value, double level, Direction direction) {
 
 // The threshold's own levels, or those taken from the file's median where these lie further out:
 // what counts is beyond both.
-Levels levelsOf(const Scene& scene, const Column& values) {
+Levels levelsOf(const Scene& scene, const Values& values) {
   const Threshold& threshold = scene.threshold;
   const Levels own = {threshold.enter, threshold.leave};
   if (threshold.ratio > 0.0) {
-    const double needed = threshold.ratio * medianOf(definedOnes(values));
+    const double needed = threshold.ratio * medianOf(values);
     return needed > own.enter ? Levels{needed, needed * (own.leave / own.enter)} : own;
   }
   if (!(threshold.mad > 0.0)) return own;
-  Column deviations = definedOnes(values);
-  const double median = medianOf(deviations);
-  for (double& value : deviations) value = std::fabs(value - median);
+  const double median = medianOf(values);
+  Values deviations;
+  for (const double value : values) deviations.push_back(std::fabs(value - median));
   const double distance = std::max(threshold.mad * medianOf(deviations), threshold.least);
   const double sign = scene.rule.direction == Direction::ABOVE ? 1.0 : -1.0;
   const Levels relative = {median + sign * distance, median + sign * RELATIVE_LEAVE * distance};
@@ -138,16 +127,16 @@ bool isBlack(const FrameTable& table, size_t row) {
 }
 
 // Raises the flag on the still frames that led to it.
-void goBackToFirstStillFrame(const FrameTable& table, Column* flags) {
-  const Column& activity = table.values[indicatorNamed("temporal_activity")];
+void goBackToFirstStillFrame(const FrameTable& table, Values* flags) {
+  const Values& activity = table.values[indicatorNamed("temporal_activity")];
   for (size_t i = flags->size(); i-- > 1;) {
     // Freezing counts from anew at a frame whose predecessor is black.
     const bool isStill = activity[i - 1] <= STILL_ACTIVITY && (i < 2 || !isBlack(table, i - 2));
-    if ((*flags)[i] > 0.0 && isStill) (*flags)[i - 1] = (*flags)[i];
+    if ((*flags)[i] > 0.0 && isStill) flags->set(i - 1, (*flags)[i]);
   }
 }
 
-void spreadOverPeriods(Column* values) {
+void spreadOverPeriods(Values* values) {
   double last = UNKNOWN;  // the value spoken next, going backwards
   size_t age = 0;
   size_t spoken = values->size();  // the last row that has a value
@@ -157,39 +146,42 @@ void spreadOverPeriods(Column* values) {
       last = (*values)[i];
       age = 0;
     } else if (age < FLICKER_PERIOD) {
-      (*values)[i] = last;
+      values->set(i, last);
     }
   }
-  for (size_t i = spoken + 1; i < values->size(); ++i) (*values)[i] = (*values)[spoken];
+  for (size_t i = spoken + 1; i < values->size(); ++i) values->set(i, (*values)[i - 1]);
 }
 
 // The values that are held against the threshold.
-Column consideredValues(const FrameTable& table, const EventRule& rule) {
+Values consideredValues(const FrameTable& table, const EventRule& rule) {
   const std::string_view indicator = rule.indicator;
-  Column values = table.values[indicatorNamed(indicator)];
+  Values values = table.values[indicatorNamed(indicator)];
   if (indicator == "freezing") goBackToFirstStillFrame(table, &values);
   if (indicator == "flickering") {
     spreadOverPeriods(&values);
   } else if (indicator != "blackout") {
     for (size_t i = 0; i < values.size(); ++i) {
-      if (isBlack(table, i)) values[i] = UNKNOWN;
+      if (isBlack(table, i)) values.set(i, UNKNOWN);
     }
   }
   return values;
 }
 
-size_t worstRow(const Column& values, size_t first, size_t last, Direction direction) {
+size_t worstRow(const Values& values, size_t first, size_t last, Direction direction) {
   size_t worst = first;
+  double worstValue = values[first];
   for (size_t i = first + 1; i <= last; ++i) {
-    const bool isWorse =
-        direction == Direction::ABOVE ? values[i] > values[worst] : values[i] < values[worst];
-    if (isWorse) worst = i;
+    const double value = values[i];
+    const bool isWorse = direction == Direction::ABOVE ? value > worstValue : value < worstValue;
+    if (!isWorse) continue;
+    worst = i;
+    worstValue = value;
   }
   return worst;
 }
 
 void findStretches(const Scene& scene, std::vector<Event>* events) {
-  const Column values = consideredValues(scene.table, scene.rule);
+  const Values values = consideredValues(scene.table, scene.rule);
   const Levels levels = levelsOf(scene, values);
   const Direction direction = scene.rule.direction;
   const size_t rows = values.size();
@@ -208,19 +200,19 @@ void findStretches(const Scene& scene, std::vector<Event>* events) {
   }
 }
 
-double medianOfNeighbours(const Column& values, size_t row) {
-  Column neighbours;
+double medianOfNeighbours(const Values& values, size_t row) {
+  Values neighbours;
   const size_t end = std::min(row + NEIGHBOURS + 1, values.size());
   for (size_t i = row - std::min(row, NEIGHBOURS); i < end; ++i) {
     if (i != row) neighbours.push_back(values[i]);
   }
-  return medianOf(definedOnes(neighbours));
+  return medianOf(neighbours);
 }
 
 // A cut to or from a uniform picture is none: the "black" event says it. The first two comparisons
 // have too little before them to stand out from.
 void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
-  const Column& activity = scene.table.values[indicatorNamed(scene.rule.indicator)];
+  const Values& activity = scene.table.values[indicatorNamed(scene.rule.indicator)];
   for (size_t i = 3; i < activity.size(); ++i) {
     if (!(activity[i] >= scene.threshold.enter) || std::isnan(activity[i - 2])) continue;
     if (isBlack(scene.table, i) || isBlack(scene.table, i - 1)) continue;
@@ -235,7 +227,7 @@ void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
 }
 
 void findDecodeErrors(const Scene& scene, std::vector<Event>* events) {
-  const std::vector<bool>& isCorrupt = scene.table.isCorrupt;
+  const Column<bool>& isCorrupt = scene.table.isCorrupt;
   for (size_t first = 0, next = 0; first < isCorrupt.size(); first = next) {
     next = first + 1;
     if (!isCorrupt[first]) continue;
@@ -245,7 +237,7 @@ void findDecodeErrors(const Scene& scene, std::vector<Event>* events) {
 }
 
 void findTimestampGaps(const Scene& scene, std::vector<Event>* events) {
-  const Column& time = scene.table.time;
+  const Values& time = scene.table.time;
   const double longest =
       std::max(scene.threshold.enter, scene.threshold.ratio * scene.times.typicalStep);
   for (size_t i = 1; i < time.size(); ++i) {

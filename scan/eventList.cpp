@@ -1,5 +1,6 @@
 #include "scan/eventList.h"
 
+#include <algorithm>
 #include <cmath>
 #include "scan/json.h"
 
@@ -38,6 +39,20 @@ Json eventsJson(const std::vector<Event>& events) {
   Json all = Json::array();
   for (const Event& event : events) all.push_back(eventJson(event));
   return all;
+}
+
+void writeEventsJson(const std::vector<Event>& events, FILE* out) {
+  for (const Event& event : events) {
+    std::fprintf(out, "%s    %s", &event == &events.front() ? "[\n" : ",\n",
+                 eventJson(event).dump().c_str());
+  }
+  std::fputs(events.empty() ? "[]" : "\n  ]", out);
+}
+
+void addTo(EventSummary* summary, const Event& event) {
+  ++summary->counts.at(static_cast<size_t>(event.severity));
+  Severity& worst = summary->worst[event.type];  // INFO, when it is new
+  worst = std::max(worst, event.severity);
 }
 
 std::string eventColumns(const Event& event) {

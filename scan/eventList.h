@@ -2,8 +2,9 @@
 #ifndef LUMASCAN_EVENT_LIST_H
 #define LUMASCAN_EVENT_LIST_H
 
+#include <array>
 #include <cstdio>
-
+#include <map>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,17 @@ double durationOf(const Event& event);
 
 // An array with an object for every event, as docs/results.md has it. NaN is null.
 Json eventsJson(const std::vector<Event>& events);
+
+// Writes such an array on several lines, for a place two spaces in.
+void writeEventsJson(const std::vector<Event>& events, FILE* out);
+
+// How many there are of each severity, by its number, and the worst severity of each type.
+struct EventSummary {
+  std::array<int64_t, 3> counts{};
+  std::map<std::string, Severity> worst;
+};
+
+void addTo(EventSummary* summary, const Event& event);
 
 // The names of an event's columns, and their texts, separated by commas; neither ends the line.
 extern const char* const EVENT_COLUMNS;

@@ -4,7 +4,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <string>
+
+#include "scan/deflatedText.h"
 
 namespace {
 
@@ -12,9 +16,10 @@ bool isSame(double a, double b) {
   return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
-bool isConstant(const std::vector<double>& values) {
+bool isConstant(const Column<double>& values) {
+  const double first = values.front();
   return std::all_of(values.begin(), values.end(),
-                     [&](double value) { return isSame(value, values.front()); });
+                     [&](double value) { return isSame(value, first); });
 }
 
 // The bounds keep the conversion defined; NaN is outside of them.
@@ -27,63 +32,85 @@ bool isExactIn(double value) {
 }
 
 template <typename Number>
-bool holdsAll(const std::vector<double>& values) {
+bool holdsAll(const Column<double>& values) {
   return std::all_of(values.begin(), values.end(), [](double value) {
     return (std::numeric_limits<Number>::has_quiet_NaN && std::isnan(value)) ||
            isExactIn<Number>(value);
   });
 }
 
-template <typename Number>
-void appendGrouped(const std::vector<double>& values, std::string* bytes) {
-  const size_t start = bytes->size();
-  const size_t rows = values.size();
-  bytes->resize(start + rows * sizeof(Number));
-  for (size_t row = 0; row < rows; ++row) {
-    const auto value = static_cast<Number>(values[row]);
-    char parts[sizeof value];
-    std::memcpy(parts, &value, sizeof value);
-    for (size_t i = 0; i < sizeof value; ++i) (*bytes)[start + i * rows + row] = parts[i];
-  }
+const char* narrowestKind(const Column<double>& values) {
+  if (holdsAll<uint8_t>(values)) return "uint8";
+  if (holdsAll<int32_t>(values)) return "int32";
+  return holdsAll<float>(values) ? "float32" : "float64";
 }
 
-Json packColumn(const char* name, const std::vector<double>& values, std::string* bytes) {
-  if (values.empty() || isConstant(values)) {
-    const bool isUndefined = values.empty() || std::isnan(values.front());
-    return {{"name", name},
-            {"kind", "constant"},
-            {"value", isUndefined ? Json() : Json(values.front())}};
+Json describe(const char* name, const Column<double>& values) {
+  if (!values.empty() && !isConstant(values)) {
+    return {{"name", name}, {"kind", narrowestKind(values)}};
   }
-  const char* kind = "float64";
-  if (holdsAll<uint8_t>(values)) {
-    kind = "uint8";
-    appendGrouped<uint8_t>(values, bytes);
-  } else if (holdsAll<int32_t>(values)) {
-    kind = "int32";
-    appendGrouped<int32_t>(values, bytes);
-  } else if (holdsAll<float>(values)) {
-    kind = "float32";
-    appendGrouped<float>(values, bytes);
-  } else {
-    appendGrouped<double>(values, bytes);
+  const bool isUndefined = values.empty() || std::isnan(values.front());
+  return {
+      {"name", name}, {"kind", "constant"}, {"value", isUndefined ? Json() : Json(values.front())}};
+}
+
+template <typename Number>
+void putGrouped(const Column<double>& values, DeflatedText* text) {
+  constexpr size_t MOST = 4096;
+  std::string bytes;
+  for (size_t place = 0; place < sizeof(Number); ++place) {
+    for (const double value : values) {
+      const auto number = static_cast<Number>(value);
+      char parts[sizeof number];
+      std::memcpy(parts, &number, sizeof number);
+      bytes += parts[place];
+      if (bytes.size() < MOST) continue;
+      text->put(bytes);
+      bytes.clear();
+    }
   }
-  return {{"name", name}, {"kind", kind}};
+  text->put(bytes);
+}
+
+void putColumn(const Column<double>& values, const std::string& kind, DeflatedText* text) {
+  if (kind == "uint8") putGrouped<uint8_t>(values, text);
+  if (kind == "int32") putGrouped<int32_t>(values, text);
+  if (kind == "float32") putGrouped<float>(values, text);
+  if (kind == "float64") putGrouped<double>(values, text);
+}
+
+Column<double> flagsOf(const FrameTable& frames) {
+  Column<double> flags;
+  for (size_t row = 0; row < frames.isKey.size(); ++row) {
+    flags.push_back((frames.isKey[row] ? 1.0 : 0.0) + (frames.isCorrupt[row] ? 2.0 : 0.0));
+  }
+  return flags;
+}
+
+void forEachColumn(const FrameTable& frames,
+                   const std::function<void(const char*, const Column<double>&)>& take) {
+  take("time_s", frames.time);
+  take("duration_s", frames.duration);
+  take("flags", flagsOf(frames));
+  for (size_t i = 0; i < INDICATORS; ++i) take(INDICATOR_TABLE[i].name, frames.values[i]);
 }
 
 }  // namespace
 
-FramePayload packFrames(const FrameTable& frames) {
-  std::vector<double> flags(frames.pts.size());
-  for (size_t row = 0; row < flags.size(); ++row) {
-    flags[row] = (frames.isKey[row] ? 1.0 : 0.0) + (frames.isCorrupt[row] ? 2.0 : 0.0);
-  }
-  std::string bytes;
-  Json columns = Json::array();
-  columns.push_back(packColumn("time_s", frames.time, &bytes));
-  columns.push_back(packColumn("duration_s", frames.duration, &bytes));
-  columns.push_back(packColumn("flags", flags, &bytes));
-  for (size_t i = 0; i < INDICATORS; ++i) {
-    columns.push_back(packColumn(INDICATOR_TABLE[i].name, frames.values[i], &bytes));
-  }
-  return {columns, deflated(bytes)};
+Json describeColumns(const FrameTable& frames) {
+  Json description = Json::array();
+  forEachColumn(frames, [&](const char* name, const Column<double>& values) {
+    description.push_back(describe(name, values));
+  });
+  return description;
+}
+
+void writeColumns(const FrameTable& frames, const Json& description, FILE* out) {
+  DeflatedText text(out);
+  size_t place = 0;
+  forEachColumn(frames, [&](const char*, const Column<double>& values) {
+    putColumn(values, description[place]["kind"], &text);
+    ++place;
+  });
+  text.finish();
 }

@@ -2,22 +2,21 @@
 #ifndef LUMASCAN_FRAME_PAYLOAD_H
 #define LUMASCAN_FRAME_PAYLOAD_H
 
-#include <string>
+#include <cstdio>
 
 #include "scan/frameTable.h"
-#include "scan/html.h"
+#include "scan/json.h"
 
-// Columns time_s, duration_s, flags (1: keyframe, 2: corrupt) and the fifteen. Each is of the
-// narrowest kind that holds all its values exactly:
-//   constant              "value" in `columns` (null: NaN), nothing in `data`
+// How the columns time_s, duration_s, flags (1: keyframe, 2: corrupt) and the fifteen are packed:
+// an array of {"name", "kind"} and perhaps "value". Each is of the narrowest kind that holds all
+// its values exactly:
+//   constant              "value" (null: NaN), and no bytes
 //   uint8, int32          whole numbers
 //   float32, float64      anything, NaN too
-// Bytes of wider kinds are grouped: the first (lowest) byte of all rows, then the second.
-struct FramePayload {
-  Json columns;      // an array of {"name", "kind"} and perhaps "value"
-  std::string data;  // of all columns in their order: one zlib stream
-};
+Json describeColumns(const FrameTable& frames);
 
-FramePayload packFrames(const FrameTable& frames);
+// Writes the bytes of the columns in their order, as DeflatedText does. Those of wider kinds are
+// grouped: the first (lowest) byte of all rows, then the second.
+void writeColumns(const FrameTable& frames, const Json& description, FILE* out);
 
 #endif

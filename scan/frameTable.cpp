@@ -99,7 +99,7 @@ void writeFramesCsv(const FrameTable& table, FILE* out) {
     line += ',' + shortestText(table.duration[row]);
     line += table.isKey[row] ? ",1" : ",0";
     line += table.isCorrupt[row] ? ",1" : ",0";
-    for (const std::vector<double>& column : table.values) line += ',' + shortestText(column[row]);
+    for (const Column<double>& column : table.values) line += ',' + shortestText(column[row]);
     line += "\r\n";
     std::fwrite(line.data(), 1, line.size(), out);
   }

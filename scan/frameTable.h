@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
-#include <vector>
 
+#include "scan/column.h"
 #include "scan/indicatorTable.h"
 
 constexpr int64_t NO_TIMESTAMP = INT64_MIN;
@@ -15,12 +15,12 @@ constexpr int64_t NO_TIMESTAMP = INT64_MIN;
 // the video, in the order of display.
 struct FrameTable {
   int64_t firstFrame = 0;
-  std::vector<int64_t> pts;      // presentation timestamps in the stream's own unit; NO_TIMESTAMP
-  std::vector<double> time;      // seconds from the start of the file; NaN: unknown
-  std::vector<double> duration;  // seconds for which the frame is shown; NaN: unknown
-  std::vector<bool> isKey;
-  std::vector<bool> isCorrupt;
-  std::array<std::vector<double>, INDICATORS> values;  // finite; NaN: undefined
+  Column<int64_t> pts;      // presentation timestamps in the stream's own unit; NO_TIMESTAMP
+  Column<double> time;      // seconds from the start of the file; NaN: unknown
+  Column<double> duration;  // seconds for which the frame is shown; NaN: unknown
+  Column<bool> isKey;
+  Column<bool> isCorrupt;
+  std::array<Column<double>, INDICATORS> values;  // finite; NaN: undefined
 
   int64_t rows() const { return static_cast<int64_t>(pts.size()); }
 };

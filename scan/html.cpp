@@ -1,7 +1,5 @@
 #include "scan/html.h"
 
-#include <zlib.h>
-
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -93,19 +91,6 @@ std::string base64(std::string_view bytes) {
     }
   }
   return text;
-}
-
-std::string deflated(std::string_view bytes) {
-  uLongf size = compressBound(bytes.size());
-  std::string stream(size, '\0');
-  // The bound is one that the stream cannot exceed: memory is all that can be missing.
-  if (compress2(reinterpret_cast<Bytef*>(stream.data()), &size,
-                reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(),
-                Z_DEFAULT_COMPRESSION) != Z_OK) {
-    throw std::bad_alloc();
-  }
-  stream.resize(size);
-  return stream;
 }
 
 std::string sha256Base64(std::string_view bytes) {

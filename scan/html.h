@@ -17,9 +17,6 @@ std::string scriptJson(const Json& value);
 // RFC 4648, with padding, on one line.
 std::string base64(std::string_view bytes);
 
-// A zlib stream (RFC 1950), which browsers call "deflate". Throws std::bad_alloc without memory.
-std::string deflated(std::string_view bytes);
-
 // SHA-256 in base64, as a content security policy names what it lets run.
 std::string sha256Base64(std::string_view bytes);
 

@@ -7,6 +7,7 @@
 
 #include "scan/document.h"
 #include "scan/frameTable.h"
+#include "scan/html.h"
 #include "scan/pageFiles.h"
 #include "scan/resultFacts.h"
 #include "scan/timeline.h"
@@ -20,9 +21,6 @@ struct Row {
   const IndexEntry* entry;
   Verdict verdict;
   std::string path;
-  int64_t fails = 0;
-  int64_t warnings = 0;
-  int64_t infos = 0;
   std::array<const char*, INDICATORS> worst{};  // severity of its events; "" for none
 };
 
@@ -34,23 +32,25 @@ struct Range {
 Row rowOf(const IndexEntry& entry) {
   Row row{&entry, verdictOf(entry.result), pathOf(entry.result)};
   row.worst.fill("");
-  for (const Json& event : memberOf(entry.result, "events")) {
-    const std::string_view severity = severityOf(event);
-    row.fails += severity == "fail" ? 1 : 0;
-    row.warnings += severity == "warn" ? 1 : 0;
-    row.infos += severity == "info" ? 1 : 0;
-    const size_t indicator = indicatorOfEvent(textOf(event, "type"));
-    if (indicator == INDICATORS) continue;
+  for (const auto& [type, severity] : entry.events.worst) {
+    const size_t indicator = indicatorOfEvent(type);
+    if (indicator == INDICATORS || severity == Severity::INFO) continue;
     const char*& worst = row.worst[indicator];
-    if (severity == "fail") worst = "fail";
-    if (severity == "warn" && worst != std::string_view("fail")) worst = "warn";
+    if (worst != std::string_view("fail")) worst = severityName(severity);
   }
   return row;
 }
 
+int64_t countOf(const Row& row, Severity severity) {
+  return row.entry->events.counts.at(static_cast<size_t>(severity));
+}
+
 bool isWorse(const Row& a, const Row& b) {
-  return std::tuple(a.verdict, -a.fails, -a.warnings, a.path) <
-         std::tuple(b.verdict, -b.fails, -b.warnings, b.path);
+  const auto rank = [](const Row& row) {
+    return std::tuple(row.verdict, -countOf(row, Severity::FAIL), -countOf(row, Severity::WARN),
+                      row.path);
+  };
+  return rank(a) < rank(b);
 }
 
 const Json& overviewOf(const Json& result, size_t indicator) {
@@ -111,7 +111,9 @@ std::string sparkHtml(const Row& row, size_t indicator, const Range& range) {
          "</title><path d=\"" + path + "\"/></svg></td>";
 }
 
-std::string countHtml(const char* title, int64_t count) {
+std::string countHtml(const Row& row, Severity severity) {
+  const char* const title = severityName(severity);
+  const int64_t count = countOf(row, severity);
   const std::string number = std::to_string(count);
   return std::string("<td class=\"n count ") + (count > 0 ? title : "none") + "\" data-v=\"" +
          number + "\"><span class=\"label\">" + title + " </span>" + number + "</td>";
@@ -135,8 +137,8 @@ std::string rowHtml(const Row& row, size_t place, const std::array<Range, INDICA
   for (const std::string& reason : textsOf(result, "reasons")) {
     html += "<p>" + escapeHtml(reason) + "</p>";
   }
-  html += "</td>" + countHtml("fail", row.fails) + countHtml("warn", row.warnings) +
-          countHtml("info", row.infos) + "<td class=\"n\" data-v=\"" + shortestText(duration) +
+  html += "</td>" + countHtml(row, Severity::FAIL) + countHtml(row, Severity::WARN) +
+          countHtml(row, Severity::INFO) + "<td class=\"n\" data-v=\"" + shortestText(duration) +
           "\">" + durationText(duration) + "</td>";
   for (size_t i = 0; i < INDICATORS; ++i) html += sparkHtml(row, i, ranges[i]);
   return html + "</tr>\n";
@@ -187,7 +189,7 @@ std::string renderIndex(const std::vector<IndexEntry>& entries) {
   Document document;
   document.title = "lumascan: all inputs";
   document.style.append(COMMON_CSS).append(INDEX_CSS);
-  document.body = html + "</tbody></table></div>\n</main>\n";
   document.scripts = {std::string(SORTABLE_JS), std::string(INDEX_JS)};
-  return renderDocument(document);
+  return documentStart(document) + html + "</tbody></table></div>\n</main>\n" +
+         documentEnd(document);
 }

@@ -5,12 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "scan/html.h"
+#include "scan/eventList.h"
+#include "scan/json.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
 struct IndexEntry {
-  Json result;            // docs/results.md
+  Json result;            // docs/results.md; its events may be left out
   std::string folderUri;  // where its report.html is: a relative reference, percent-encoded
+  EventSummary events;
 };
 
 // One HTML document that works offline and without script. The worst come first: incomplete, fail,

@@ -75,6 +75,10 @@ std::string writeOutput(const std::string& path, const std::function<void(FILE*)
   return isGood ? "" : "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
 }
 
+void writeText(std::string_view text, FILE* out) {
+  std::fwrite(text.data(), 1, text.size(), out);
+}
+
 void removeLeftovers(const std::string& folder) {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <string_view>
 
 // Written beside its name, with ".part" and the process's number behind it.
 struct OutputFile {
@@ -28,6 +29,9 @@ void discardOutput(OutputFile* file);
 // A whole file of what `write` puts into the stream. Returns an empty text, or what went wrong, for
 // a person to read.
 std::string writeOutput(const std::string& path, const std::function<void(FILE*)>& write);
+
+// Writes all of a text.
+void writeText(std::string_view text, FILE* out);
 
 // Removes what processes that were killed have left of files in the folder.
 void removeLeftovers(const std::string& folder);

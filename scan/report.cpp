@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "scan/document.h"
+#include "scan/eventList.h"
 #include "scan/framePayload.h"
+#include "scan/html.h"
+#include "scan/outputFile.h"
 #include "scan/pageFiles.h"
 #include "scan/resultFacts.h"
 #include "scan/timeline.h"
@@ -15,6 +19,7 @@ namespace {
 constexpr char DASH[] = "\xe2\x80\x93";
 constexpr int COLOURS = 8;  // of inputs: classes i0 to i7
 constexpr int LANE = 14;    // pixels of height
+constexpr size_t MOST_EVENTS = 2000;
 constexpr double NEAR_END = 0.03;
 constexpr int AXIS_MARKS = 8;  // on the axis above the lanes
 constexpr const char* GROUPS[] = {"compression", "picture", "motion", "levels"};
@@ -24,13 +29,12 @@ struct Source {
   const ReportInput* input;
   size_t place;
   double fps;  // usable
-  std::vector<double> times;
+  Column<double> times;
 };
 
 struct PageEvent {
   size_t source;
-  const Json* json;
-  std::string type;
+  const Event* event;
   TimeSpan span;  // within the page's
   size_t track;   // INDICATORS: none
 };
@@ -44,7 +48,8 @@ struct Threshold {
 struct Page {
   std::vector<Source> sources;
   TimeSpan span;
-  std::vector<PageEvent> events;
+  std::vector<PageEvent> events;  // in order of time
+  size_t eventsInAll = 0;         // shown or not
   std::array<std::vector<Threshold>, INDICATORS> thresholds;
 };
 
@@ -72,13 +77,11 @@ double axisTimeOf(int64_t frame, const Source& source) {
   return source.times[static_cast<size_t>(row)];
 }
 
-TimeSpan spanOf(const Json& event, const Source& source, const TimeSpan& page) {
-  double start = numberOf(event, "start_s");
-  double end = numberOf(event, "end_s");
-  if (std::isnan(start)) start = axisTimeOf(wholeNumberOf(event, "first_frame"), source);
-  if (std::isnan(end)) {
-    end = axisTimeOf(wholeNumberOf(event, "last_frame"), source) + 1.0 / source.fps;
-  }
+TimeSpan spanOf(const Event& event, const Source& source, const TimeSpan& page) {
+  double start = event.startTime;
+  double end = event.endTime;
+  if (std::isnan(start)) start = axisTimeOf(event.firstFrame, source);
+  if (std::isnan(end)) end = axisTimeOf(event.lastFrame, source) + 1.0 / source.fps;
   start = std::clamp(start, page.start, page.end);
   return {start, std::clamp(end, start, page.end)};
 }
@@ -86,16 +89,23 @@ TimeSpan spanOf(const Json& event, const Source& source, const TimeSpan& page) {
 std::vector<PageEvent> collectEvents(const std::vector<Source>& sources, const TimeSpan& span) {
   std::vector<PageEvent> events;
   for (const Source& source : sources) {
-    for (const Json& event : memberOf(source.input->result, "events")) {
-      const std::string type = textOf(event, "type");
+    for (const Event& event : source.input->events) {
       events.push_back(
-          {source.place, &event, type, spanOf(event, source, span), indicatorOfEvent(type)});
+          {source.place, &event, spanOf(event, source, span), indicatorOfEvent(event.type)});
     }
   }
-  std::stable_sort(events.begin(), events.end(), [](const PageEvent& a, const PageEvent& b) {
+  return events;
+}
+
+// Leaves the gravest ones, in order of time.
+void limitEvents(std::vector<PageEvent>* events) {
+  std::stable_sort(events->begin(), events->end(), [](const PageEvent& a, const PageEvent& b) {
+    return a.event->severity > b.event->severity;
+  });
+  events->resize(std::min(events->size(), MOST_EVENTS));
+  std::stable_sort(events->begin(), events->end(), [](const PageEvent& a, const PageEvent& b) {
     return a.span.start < b.span.start;
   });
-  return events;
 }
 
 // Thresholds that several inputs share are shown once.
@@ -124,6 +134,8 @@ Page collectPage(const std::vector<ReportInput>& inputs) {
   }
   page.span = wholeSpan(page.sources);
   page.events = collectEvents(page.sources, page.span);
+  page.eventsInAll = page.events.size();
+  limitEvents(&page.events);
   return page;
 }
 
@@ -247,21 +259,26 @@ std::string headHtml(const Page& page) {
 
 // ---- lanes
 
+std::string hiddenEventsHtml(const Page& page) {
+  if (page.events.size() == page.eventsInAll) return "";
+  return "<p class=\"quiet\">The " + std::to_string(page.events.size()) + " gravest of " +
+         std::to_string(page.eventsInAll) + " events. All are in events.csv and result.json.</p>\n";
+}
+
 std::string laneBandHtml(const Page& page, size_t place) {
   const PageEvent& event = page.events[place];
-  const Json& json = *event.json;
+  const char* const severity = severityName(event.event->severity);
   char width[32];
   std::snprintf(width, sizeof width, "%.4f%%",
                 100.0 * (event.span.end - event.span.start) / (page.span.end - page.span.start));
   const auto top = static_cast<int>(event.source) * LANE;
   // The table is the keyboard's way to an event.
   return "<a href=\"#event-" + std::to_string(place) + "\" tabindex=\"-1\" data-event=\"" +
-         std::to_string(place) + "\"><rect class=\"" + severityOf(json) + "\" x=\"" +
+         std::to_string(place) + "\"><rect class=\"" + severity + "\" x=\"" +
          percentOf(event.span.start, page.span) + "\" y=\"" + std::to_string(top + 2) +
          "\" width=\"" + width + "\" height=\"" + std::to_string(LANE - 4) + "\"><title>" +
-         escapeHtml(words(event.type)) + ", " + severityOf(json) + ", " +
-         timecode(wholeNumberOf(json, "first_frame"), page.sources[event.source].fps) +
-         "</title></rect></a>";
+         escapeHtml(words(event.event->type)) + ", " + severity + ", " +
+         timecode(event.event->firstFrame, page.sources[event.source].fps) + "</title></rect></a>";
 }
 
 std::string markHtml(const TimeSpan& span, double mark, double step) {
@@ -285,10 +302,11 @@ std::string laneAxisHtml(const Page& page) {
 
 std::string lanesHtml(const Page& page) {
   std::map<std::string, std::vector<size_t>> lanes;
-  for (size_t i = 0; i < page.events.size(); ++i) lanes[page.events[i].type].push_back(i);
+  for (size_t i = 0; i < page.events.size(); ++i) lanes[page.events[i].event->type].push_back(i);
   if (!(page.span.end > page.span.start)) return "";
   const std::string height = std::to_string(LANE * static_cast<int>(page.sources.size()));
-  std::string html = "<section id=\"lanes\"><h2>Events over time</h2>\n" + laneAxisHtml(page);
+  std::string html = "<section id=\"lanes\"><h2>Events over time</h2>\n" + hiddenEventsHtml(page) +
+                     laneAxisHtml(page);
   if (lanes.empty()) html += "<p class=\"quiet\">No events.</p>\n";
   for (const auto& [type, places] : lanes) {
     html += "<div class=\"lane\"><span>" + escapeHtml(words(type)) + " <small>" +
@@ -334,7 +352,7 @@ std::string trackSvgHtml(const Page& page, size_t indicator, const ValueRange& r
     std::snprintf(place, sizeof place, "x=\"%.2f\" width=\"%.2f\"",
                   (event.span.start - page.span.start) * scale,
                   std::max(1.0, (event.span.end - event.span.start) * scale));
-    html += std::string("<rect class=\"") + severityOf(*event.json) + "\" " + place +
+    html += std::string("<rect class=\"") + severityName(event.event->severity) + "\" " + place +
             " y=\"0\" height=\"100%\"/>";
   }
   for (const Threshold& threshold : page.thresholds[indicator]) {
@@ -425,7 +443,8 @@ std::string pictureHtml(const ReportInput& input, int64_t frame, const char* wha
 }
 
 // A frame that is more than one of them is shown once.
-std::string picturesHtml(const ReportInput& input, int64_t first, int64_t peak, int64_t last) {
+std::string picturesHtml(const ReportInput& input, const Event& event) {
+  const auto [first, peak, last] = std::tuple(event.firstFrame, event.peakFrame, event.lastFrame);
   std::string html = pictureHtml(input, first, peak == first ? "start, peak" : "start");
   if (peak != first) html += pictureHtml(input, peak, peak == last ? "peak, end" : "peak");
   if (last != first && last != peak) html += pictureHtml(input, last, "end");
@@ -433,42 +452,38 @@ std::string picturesHtml(const ReportInput& input, int64_t first, int64_t peak, 
 }
 
 std::string eventRowHtml(const Page& page, size_t place) {
-  const PageEvent& event = page.events[place];
-  const Source& source = page.sources[event.source];
-  const Json& json = *event.json;
-  const int64_t first = wholeNumberOf(json, "first_frame");
-  const int64_t last = wholeNumberOf(json, "last_frame");
-  const int64_t peak = wholeNumberOf(json, "peak_frame");
-  const std::string severity = severityOf(json);
-  const char* const rank = severity == "fail" ? "2" : severity == "warn" ? "1" : "0";
-  const double duration = numberOf(json, "duration_s");
-  const double value = numberOf(json, "peak_value");
-  const double threshold = numberOf(json, "threshold");
+  const TimeSpan& span = page.events[place].span;
+  const Event& event = *page.events[place].event;
+  const Source& source = page.sources[page.events[place].source];
+  const std::string severity = severityName(event.severity);
+  const std::string rank = std::to_string(static_cast<int>(event.severity));
+  const double duration = durationOf(event);
   std::string edges;
-  if (flagOf(json, "at_start")) edges += " <small>from the start</small>";
-  if (flagOf(json, "at_end")) edges += " <small>to the end</small>";
+  if (event.isAtStart) edges += " <small>from the start</small>";
+  if (event.isAtEnd) edges += " <small>to the end</small>";
 
   std::string html = "<tr id=\"event-" + std::to_string(place) + "\" data-event=\"" +
                      std::to_string(place) + "\">";
   if (isComparison(page)) html += "<td>" + keyHtml(source) + "</td>";
   html += "<td>" + escapeHtml(words(event.type)) + edges + "</td><td data-v=\"" + rank +
           "\"><span class=\"severity " + severity + "\">" + severity + "</span></td>";
-  html +=
-      numberCell(event.span.start, "<a href=\"#tracks\">" + timecode(first, source.fps) + "</a>");
+  html += numberCell(span.start,
+                     "<a href=\"#tracks\">" + timecode(event.firstFrame, source.fps) + "</a>");
   html += numberCell(duration, std::isnan(duration) ? DASH : roughText(duration) + " s");
-  html += numberCell(
-      static_cast<double>(first),
-      std::to_string(first) + (last == first ? "" : std::string(DASH) + std::to_string(last)));
-  html += numberCell(static_cast<double>(peak), std::to_string(peak));
-  html += numberCell(value, roughText(value)) + numberCell(threshold, roughText(threshold));
-  return html + "<td class=\"pictures\">" + picturesHtml(*source.input, first, peak, last) +
-         "</td></tr>\n";
+  std::string frames = std::to_string(event.firstFrame);
+  if (event.lastFrame != event.firstFrame) frames += DASH + std::to_string(event.lastFrame);
+  html += numberCell(static_cast<double>(event.firstFrame), frames);
+  html += numberCell(static_cast<double>(event.peakFrame), std::to_string(event.peakFrame));
+  html += numberCell(event.peakValue, roughText(event.peakValue));
+  html += numberCell(event.threshold, roughText(event.threshold));
+  return html + "<td class=\"pictures\">" + picturesHtml(*source.input, event) + "</td></tr>\n";
 }
 
 std::string eventTableHtml(const Page& page) {
   if (page.events.empty()) return "";
   std::string html =
-      "<section id=\"events\"><h2>Events</h2>\n<div class=\"filter\" hidden>"
+      "<section id=\"events\"><h2>Events</h2>\n" + hiddenEventsHtml(page) +
+      "<div class=\"filter\" hidden>"
       "<label>Type <select id=\"type\"><option value=\"\">all</option></select></label>"
       "<label>Severity <select id=\"severity\"><option value=\"\">all</option>"
       "<option>fail</option><option>warn</option><option>info</option></select></label>"
@@ -502,34 +517,37 @@ Json modelOf(const Page& page) {
   Json events = Json::array();
   for (const PageEvent& event : page.events) {
     events.push_back({{"input", event.source},
-                      {"type", words(event.type)},
-                      {"severity", severityOf(*event.json)},
+                      {"type", words(event.event->type)},
+                      {"severity", severityName(event.event->severity)},
                       {"start", event.span.start},
                       {"end", event.span.end},
-                      {"peak", wholeNumberOf(*event.json, "peak_frame")},
+                      {"peak", event.event->peakFrame},
                       {"track", event.track == INDICATORS ? Json() : Json(event.track)}});
   }
   return {
       {"start", page.span.start}, {"end", page.span.end}, {"tracks", tracks}, {"events", events}};
 }
 
-// The model and the packed frames of every input.
-std::string dataHtml(const Page& page) {
+// Writes the model and the packed frames of every input.
+void writeData(const Page& page, FILE* out) {
   Json model = modelOf(page);
-  std::string frames;
   model["inputs"] = Json::array();
   for (const Source& source : page.sources) {
     const FrameTable& table = source.input->frames;
-    const FramePayload payload = packFrames(table);
     model["inputs"].push_back({{"fps", source.fps},
                                {"firstFrame", table.firstFrame},
                                {"rows", table.rows()},
-                               {"columns", payload.columns}});
-    frames += "<script type=\"application/octet-stream\" id=\"frames-" +
-              std::to_string(source.place) + "\">" + base64(payload.data) + "</script>\n";
+                               {"columns", describeColumns(table)}});
   }
-  return "<script type=\"application/json\" id=\"model\">" + scriptJson(model) + "</script>\n" +
-         frames;
+  writeText("<script type=\"application/json\" id=\"model\">" + scriptJson(model) + "</script>\n",
+            out);
+  for (const Source& source : page.sources) {
+    writeText("<script type=\"application/octet-stream\" id=\"frames-" +
+                  std::to_string(source.place) + "\">",
+              out);
+    writeColumns(source.input->frames, model["inputs"][source.place]["columns"], out);
+    writeText("</script>\n", out);
+  }
 }
 
 std::string titleOf(const Page& page) {
@@ -543,18 +561,21 @@ std::string titleOf(const Page& page) {
 
 }  // namespace
 
-std::string renderReport(const std::vector<ReportInput>& inputs) {
+void writeReport(const std::vector<ReportInput>& inputs, FILE* out) {
   const Page page = collectPage(inputs);
   Document document;
   document.title = titleOf(page);
   for (const std::string_view style : {UPLOT_CSS, COMMON_CSS, REPORT_CSS}) document.style += style;
-  document.body = "<main>\n" + headHtml(page) + lanesHtml(page) + tracksHtml(page) +
-                  eventTableHtml(page) + "</main>\n" + dataHtml(page);
   std::string uplot = "/*\n";
   uplot.append(UPLOT_LICENSE).append("*/\n").append(UPLOT_JS);
   document.scripts.push_back(uplot);
   for (const std::string_view script : {SORTABLE_JS, FRAMES_JS, TRACKS_JS, EVENTS_JS, REPORT_JS}) {
     document.scripts.emplace_back(script);
   }
-  return renderDocument(document);
+  writeText(documentStart(document) + "<main>\n", out);
+  writeText(headHtml(page) + lanesHtml(page), out);
+  writeText(tracksHtml(page), out);
+  writeText(eventTableHtml(page) + "</main>\n", out);
+  writeData(page, out);
+  writeText(documentEnd(document), out);
 }

@@ -3,21 +3,25 @@
 #define LUMASCAN_REPORT_H
 
 #include <cstdint>
+#include <cstdio>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "scan/event.h"
 #include "scan/frameTable.h"
-#include "scan/html.h"
+#include "scan/json.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
 struct ReportInput {
-  Json result;                                // docs/results.md; what is missing is left out
+  Json result;  // docs/results.md; what is missing is left out
+  std::vector<Event> events;
   FrameTable frames;                          // may be empty
   std::map<int64_t, std::string> thumbnails;  // frame number -> JPEG file
 };
 
-// One HTML document that works offline, and in what matters without script and on paper.
-std::string renderReport(const std::vector<ReportInput>& inputs);
+// Writes one HTML document that works offline, and in what matters without script and on paper. Of
+// very many events it shows the gravest, and says so.
+void writeReport(const std::vector<ReportInput>& inputs, FILE* out);
 
 #endif

@@ -176,6 +176,25 @@ const char* severityOf(const Json& event) {
   return severity == "warn" ? "warn" : "info";
 }
 
+Event eventOf(const Json& json) {
+  Event event;
+  event.id = wholeNumberOf(json, "id");
+  event.type = textOf(json, "type");
+  const std::string_view severity = severityOf(json);
+  if (severity == "warn") event.severity = Severity::WARN;
+  if (severity == "fail") event.severity = Severity::FAIL;
+  event.firstFrame = wholeNumberOf(json, "first_frame");
+  event.lastFrame = wholeNumberOf(json, "last_frame");
+  event.startTime = numberOf(json, "start_s");
+  event.endTime = numberOf(json, "end_s");
+  event.peakFrame = wholeNumberOf(json, "peak_frame");
+  event.peakValue = numberOf(json, "peak_value");
+  event.threshold = numberOf(json, "threshold");
+  event.isAtStart = flagOf(json, "at_start");
+  event.isAtEnd = flagOf(json, "at_end");
+  return event;
+}
+
 std::string pathOf(const Json& result) {
   return textOf(memberOf(result, "input"), "path");
 }

@@ -8,7 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "scan/html.h"
+#include "scan/event.h"
+#include "scan/json.h"
 
 const Json& memberOf(const Json& object, const char* key);   // null: there is none
 std::string textOf(const Json& object, const char* key);     // empty: none
@@ -25,6 +26,8 @@ const char* verdictTitle(Verdict verdict);  // for readers: "Incomplete", ...
 
 // "info", "warn" or "fail", and "info" for all else.
 const char* severityOf(const Json& event);
+
+Event eventOf(const Json& json);
 
 // The path as it was given, and its last part.
 std::string pathOf(const Json& result);

@@ -14,6 +14,7 @@
 
 #include "scan/collection.h"
 #include "scan/commands.h"
+#include "scan/eventList.h"
 #include "scan/exitStatus.h"
 #include "scan/inputs.h"
 #include "scan/messages.h"
@@ -81,7 +82,9 @@ int lockFolder(const std::string& folder) {
 // What a finished task came to, for the summary.
 Json entryOf(const Task& task, const Options& options, bool wasUpToDate) {
   Json result;
-  const bool isStored = readResultJson(task.job.folder, &result).empty();
+  EventSummary events;
+  const auto count = [&](const Event& event) { addTo(&events, event); };
+  const bool isStored = readResultJson(task.job.folder, &result, count).empty();
   const bool isFinished = task.state == TaskState::FINISHED && task.outputError.empty() && isStored;
   Json entry;
   entry["path"] = task.job.source.path;
@@ -92,14 +95,10 @@ Json entryOf(const Task& task, const Options& options, bool wasUpToDate) {
   entry["reasons"] = isFinished ? result["reasons"] : Json::array();
   entry["frames"] =
       isFinished && result["analysis"].is_object() ? result["analysis"]["frames"] : Json(0);
-  Json counts = {{"fail", 0}, {"warn", 0}, {"info", 0}};
-  if (isFinished) {
-    for (const Json& event : result["events"]) {
-      Json& count = counts[event["severity"].get<std::string>()];
-      count = count.get<int64_t>() + 1;
-    }
+  if (!isFinished) events = {};
+  for (const Severity severity : {Severity::FAIL, Severity::WARN, Severity::INFO}) {
+    entry["events"][severityName(severity)] = events.counts.at(static_cast<size_t>(severity));
   }
-  entry["events"] = counts;
   entry["up_to_date"] = wasUpToDate;
   entry["attempts"] = task.attempts;
   return entry;

@@ -1,5 +1,7 @@
 #include "scan/scanJob.h"
 
+#include <system_error>
+
 #include "scan/thumbnails.h"
 
 namespace {
@@ -11,14 +13,12 @@ std::string judgeAndStore(const ScanJob& job, const Options& options, const Thre
   const Thumbs thumbs =
       job.source.path == "-" || !options.choice.hasHtml ? Thumbs::NONE : options.choice.thumbs;
   const Thumbnails thumbnails = makeThumbnails(
-      job.source, result->frames, framesToShow(result->json["events"], thumbs, result->frames));
+      job.source, result->frames, framesToShow(result->events, thumbs, result->frames));
   return storeResult(job.folder, options.choice, std::move(*result), thumbnails, rows);
 }
 
-}  // namespace
-
-std::string runJob(const ScanJob& job, const Options& options, const Thresholds& thresholds,
-                   const ProgressListener& onProgress) {
+std::string analyseAndStore(const ScanJob& job, const Options& options,
+                            const Thresholds& thresholds, const ProgressListener& onProgress) {
   VideoResult stored;
   if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
     return judgeAndStore(job, options, thresholds, nullptr, &stored);
@@ -34,4 +34,16 @@ std::string runJob(const ScanJob& job, const Options& options, const Thresholds&
   VideoResult result = analyseSource(job.source, analysis, job.decoderThreads,
                                      hasRows ? rows.stream : nullptr, onProgress);
   return judgeAndStore(job, options, thresholds, hasRows ? &rows : nullptr, &result);
+}
+
+}  // namespace
+
+std::string runJob(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                   const ProgressListener& onProgress) {
+  try {
+    return analyseAndStore(job, options, thresholds, onProgress);
+  } catch (const std::system_error& error) {  // the columns' temporary files, for one
+    removeLeftovers(job.folder);
+    return error.what();
+  }
 }

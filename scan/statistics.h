@@ -3,7 +3,8 @@
 #define LUMASCAN_STATISTICS_H
 
 #include <cstdint>
-#include <vector>
+
+#include "scan/column.h"
 
 // Of no values all but n are NaN. A percentile between two values lies between them in proportion:
 // the p-th is at place p / 100 * (n - 1) of the sorted values, counted from 0.
@@ -21,6 +22,6 @@ struct Statistics {
 };
 
 // Statistics of the finite ones among the values.
-Statistics statisticsOf(std::vector<double> values);
+Statistics statisticsOf(const Column<double>& values);
 
 #endif

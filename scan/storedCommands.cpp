@@ -60,7 +60,7 @@ int runEvents(const Options& options) {
                    {"status", result.json["status"]},
                    {"verdict", result.json["verdict"]},
                    {"reasons", result.json["reasons"]},
-                   {"events", result.json["events"]}});
+                   {"events", eventsJson(result.events)}});
   }
   if (options.printsJson) std::fputs(jsonText(all).c_str(), stdout);
   return finishOutput(status);
@@ -73,7 +73,8 @@ int runReport(const Options& options) {
   for (const std::string& folder : folders) {
     VideoResult result;
     if (!readStored(folder, &result, &status)) continue;
-    inputs.push_back({result.json, result.frames, readThumbnails(folder)});
+    inputs.push_back({std::move(result.json), std::move(result.events), std::move(result.frames),
+                      readThumbnails(folder)});
   }
   if (inputs.empty()) return INPUT_PROBLEM;
   std::string path = options.output;
@@ -81,9 +82,7 @@ int runReport(const Options& options) {
     path = folders.size() == 1 ? (fs::path(folders[0]) / "report.html").string()
                                : "lumascan-report.html";
   }
-  const std::string page = renderReport(inputs);
-  const std::string error =
-      writeOutput(path, [&](FILE* out) { std::fwrite(page.data(), 1, page.size(), out); });
+  const std::string error = writeOutput(path, [&](FILE* out) { writeReport(inputs, out); });
   if (!error.empty()) {
     complain(error);
     return OUTPUT_PROBLEM;

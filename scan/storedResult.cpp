@@ -10,6 +10,7 @@
 #include "scan/fingerprint.h"
 #include "scan/names.h"
 #include "scan/report.h"
+#include "scan/resultFacts.h"
 #include "scan/version.h"
 
 namespace fs = std::filesystem;
@@ -49,11 +50,25 @@ std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails
   for (const auto& thumbnail : thumbnails) {
     if (!error.empty()) return error;
     const fs::path path = folder / (std::to_string(thumbnail.first) + ".jpg");
-    error = writeOutput(path.string(), [&](FILE* out) {
-      std::fwrite(thumbnail.second.data(), 1, thumbnail.second.size(), out);
-    });
+    error = writeOutput(path.string(), [&](FILE* out) { writeText(thumbnail.second, out); });
   }
   return error;
+}
+
+// Discarded, when it is not JSON.
+Json parseResult(std::istream& file, const EventListener& onEvent) {
+  constexpr int MEMBER = 1;  // depth
+  constexpr int ELEMENT = 2;
+  bool isInEvents = false;
+  const auto isKept = [&](int depth, Json::parse_event_t what, const Json& parsed) {
+    if (depth == MEMBER && what == Json::parse_event_t::key) isInEvents = parsed == "events";
+    const bool isEvent = isInEvents && depth == ELEMENT && what == Json::parse_event_t::object_end;
+    if (isEvent) onEvent(eventOf(parsed));
+    return !isEvent;
+  };
+  Json result = Json::parse(file, isKept, false);
+  if (result.is_object()) result.erase("events");
+  return result;
 }
 
 // Writes a file that is chosen; one that is not is removed.
@@ -65,8 +80,13 @@ std::string storeChosen(bool isChosen, const fs::path& path,
   return "";
 }
 
-void put(const std::string& text, FILE* out) {
-  std::fwrite(text.data(), 1, text.size(), out);
+// The events, of which there may be many, are written one by one behind the rest.
+void writeResultJson(const Json& json, const std::vector<Event>& events, FILE* out) {
+  std::string text = jsonText(json);
+  text.erase(text.rfind("\n}"));
+  writeText(text + ",\n  \"events\": ", out);
+  writeEventsJson(events, out);
+  writeText("\n}\n", out);
 }
 
 }  // namespace
@@ -75,7 +95,7 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
                       const AnalysisOptions& options, const Thresholds& thresholds,
                       const OutputChoice& choice) {
   Json json;
-  if (!readResultJson(folder, &json).empty()) return Freshness::STALE;
+  if (!readResultJson(folder, &json, [](const Event&) {}).empty()) return Freshness::STALE;
   const bool isValid = json["status"] != "failed" && json["tool"]["version"] == LUMASCAN_VERSION &&
                        json["options"] == optionsJson(source, options) &&
                        isUnchanged(json["input"], source.path);
@@ -88,14 +108,14 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
   return hasCsv ? Freshness::JUDGE : Freshness::STALE;
 }
 
-std::string readResultJson(const std::string& folder, Json* json) {
+std::string readResultJson(const std::string& folder, Json* json, const EventListener& onEvent) {
   const fs::path path = fs::path(folder) / "result.json";
   std::ifstream file(path);
   const auto complain = [&](const std::string& reason) {
     return "cannot read \"" + printableName(path.string()) + "\": " + reason;
   };
   if (!file) return complain(std::strerror(errno));
-  *json = Json::parse(file, nullptr, false);
+  *json = parseResult(file, onEvent);
   const bool isResult = json->is_object() && json->value("tool", Json::object()).is_object() &&
                         json->value("tool", Json::object()).value("name", Json()) == "lumascan";
   if (!isResult) return complain("it is not a result of lumascan");
@@ -104,7 +124,9 @@ std::string readResultJson(const std::string& folder, Json* json) {
 }
 
 std::string readResult(const std::string& folder, VideoResult* result) {
-  std::string error = readResultJson(folder, &result->json);
+  result->events.clear();
+  std::string error = readResultJson(
+      folder, &result->json, [&](Event event) { result->events.push_back(std::move(event)); });
   if (!error.empty() || result->json["status"] == "failed") return error;
   const std::string path = (fs::path(folder) / "frames.csv").string();
   const std::string mistake = readFramesCsv(path, &result->frames);
@@ -153,9 +175,9 @@ std::string storeResult(const std::string& folder, const OutputChoice& choice, V
   if (error.empty()) error = storeThumbnails(to / "thumbs", thumbnails);
   step(choice.hasHtml, "report.html", [&](FILE* out) {
     std::vector<ReportInput> inputs(1);
-    inputs[0] = {json, std::move(result.frames), thumbnails};  // the largest part, and the last use
-    put(renderReport(inputs), out);
+    inputs[0] = {json, result.events, std::move(result.frames), thumbnails};  // their last use
+    writeReport(inputs, out);
   });
-  step(true, "result.json", [&](FILE* out) { put(jsonText(json), out); });
+  step(true, "result.json", [&](FILE* out) { writeResultJson(json, result.events, out); });
   return error;
 }

@@ -3,6 +3,7 @@
 #ifndef LUMASCAN_STORED_RESULT_H
 #define LUMASCAN_STORED_RESULT_H
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -24,8 +25,11 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
                       const AnalysisOptions& options, const Thresholds& thresholds,
                       const OutputChoice& choice);
 
-// Reads result.json, or that and frames.csv. Return an empty text, or what is wrong.
-std::string readResultJson(const std::string& folder, Json* json);
+using EventListener = std::function<void(Event)>;
+
+// Reads result.json, or that and frames.csv. Events, of which there may be many, are handed over
+// one by one and do not become part of the JSON. Return an empty text, or what is wrong.
+std::string readResultJson(const std::string& folder, Json* json, const EventListener& onEvent);
 std::string readResult(const std::string& folder, VideoResult* result);
 
 // The pictures that are stored.

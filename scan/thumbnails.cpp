@@ -14,11 +14,6 @@ constexpr int64_t LEAST_BUDGET = 300;
 constexpr int MOST_WIDTH = 240;  // samples
 constexpr int QUALITY = 5;       // of JPEG as FFmpeg counts it, 2 best to 31
 
-int weightOf(const Json& event) {
-  const std::string severity = event["severity"];
-  return severity == "fail" ? 2 : severity == "warn" ? 1 : 0;
-}
-
 FfmpegOwner<AVCodecContext> makeEncoder(int w, int h) {
   const AVCodec* const codec = avcodec_find_encoder(AV_CODEC_ID_MJPEG);
   if (codec == nullptr) return nullptr;
@@ -126,17 +121,16 @@ bool seekKey(const FrameTable& frames, int64_t key, Search* search) {
 }
 
 // The frames of the gravest events, the most telling first.
-std::vector<int64_t> ranked(const Json& events) {
-  std::vector<const Json*> order;
-  for (const Json& event : events) order.push_back(&event);
+std::vector<int64_t> ranked(const std::vector<Event>& events) {
+  std::vector<const Event*> order;
+  order.reserve(events.size());
+  for (const Event& event : events) order.push_back(&event);
   std::stable_sort(order.begin(), order.end(),
-                   [](const Json* a, const Json* b) { return weightOf(*a) > weightOf(*b); });
+                   [](const Event* a, const Event* b) { return a->severity > b->severity; });
   order.resize(std::min(order.size(), MOST_EVENTS));
   std::vector<int64_t> frames;
-  for (const Json* const event : order) {
-    for (const char* const which : {"peak_frame", "first_frame", "last_frame"}) {
-      frames.push_back((*event)[which].get<int64_t>());
-    }
+  for (const Event* const event : order) {
+    frames.insert(frames.end(), {event->peakFrame, event->firstFrame, event->lastFrame});
   }
   return frames;
 }
@@ -162,7 +156,8 @@ bool find(const VideoSource& source, const FrameTable& frames, int64_t row, Sear
 
 }  // namespace
 
-std::vector<int64_t> framesToShow(const Json& events, Thumbs thumbs, const FrameTable& frames) {
+std::vector<int64_t> framesToShow(const std::vector<Event>& events, Thumbs thumbs,
+                                  const FrameTable& frames) {
   if (thumbs == Thumbs::NONE || frames.rows() == 0) return {};
   const bool isLimited = thumbs != Thumbs::ALL;
   const int64_t budget = std::max(LEAST_BUDGET, frames.rows() / BUDGET_SHARE);

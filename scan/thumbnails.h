@@ -4,14 +4,15 @@
 
 #include <vector>
 
-#include "scan/json.h"
+#include "scan/event.h"
 #include "scan/options.h"
 #include "scan/storedResult.h"
 
 // The frames of which the report shows pictures: peak, start and end of the gravest events, as far
 // as they can be had by decoding little of the video once more; with ALL whatever that takes, and
 // also frames at equal distances. Sorted, each once.
-std::vector<int64_t> framesToShow(const Json& events, Thumbs thumbs, const FrameTable& frames);
+std::vector<int64_t> framesToShow(const std::vector<Event>& events, Thumbs thumbs,
+                                  const FrameTable& frames);
 
 // Reads the video once more, from key frame to key frame where it can be sought, and makes a JPEG
 // picture of each of these frames. One that is not found again is left out.

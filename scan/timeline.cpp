@@ -24,9 +24,8 @@ double usableRate(double fps) {
   return std::isfinite(fps) && fps > 0.0 ? fps : DEFAULT_RATE;
 }
 
-std::vector<double> axisTimes(const FrameTable& frames, double fps) {
-  std::vector<double> times;
-  times.reserve(frames.time.size());
+Column<double> axisTimes(const FrameTable& frames, double fps) {
+  Column<double> times;
   for (size_t row = 0; row < frames.time.size(); ++row) {
     double time = frames.time[row];
     if (!std::isfinite(time)) {
@@ -37,7 +36,7 @@ std::vector<double> axisTimes(const FrameTable& frames, double fps) {
   return times;
 }
 
-TimeSpan axisSpan(const FrameTable& frames, const std::vector<double>& times, double fps) {
+TimeSpan axisSpan(const FrameTable& frames, const Column<double>& times, double fps) {
   if (times.empty()) return {0.0, 0.0};
   const double last = frames.duration.back();
   const bool isKnown = std::isfinite(last) && last > 0.0;

@@ -19,10 +19,10 @@ double usableRate(double fps);
 
 // One time per frame, finite and never falling: the frame's own, where that is unknown frame / fps;
 // one that lies before that of the frame before it is the same as that.
-std::vector<double> axisTimes(const FrameTable& frames, double fps);
+Column<double> axisTimes(const FrameTable& frames, double fps);
 
 // From the first frame's time to the end of the last one. Never empty; {0, 0} without frames.
-TimeSpan axisSpan(const FrameTable& frames, const std::vector<double>& times, double fps);
+TimeSpan axisSpan(const FrameTable& frames, const Column<double>& times, double fps);
 
 // "HH:MM:SS:FF", frames counted from 00:00:00:00 at the file's first one, without dropped numbers.
 std::string timecode(int64_t frame, double fps);

@@ -6,8 +6,8 @@
 
 namespace {
 
-// What falls into one column, in the order of its appearance.
-struct Column {
+// What falls into one column of the picture, in the order of its appearance.
+struct Stroke {
   int place = -1;
   double min = 0.0;
   double max = 0.0;
@@ -20,23 +20,23 @@ void appendPoint(int column, double y, bool isStart, std::string* path) {
   *path += text;
 }
 
-void appendColumn(const Column& column, const ValueRange& range, bool isStart, std::string* path) {
-  const double first = column.isMinFirst ? column.min : column.max;
-  const double second = column.isMinFirst ? column.max : column.min;
-  appendPoint(column.place, svgHeightOf(first, range), isStart, path);
-  if (first != second) appendPoint(column.place, svgHeightOf(second, range), false, path);
-  // A lone point is drawn as a line of one column.
+void appendStroke(const Stroke& stroke, const ValueRange& range, bool isStart, std::string* path) {
+  const double first = stroke.isMinFirst ? stroke.min : stroke.max;
+  const double second = stroke.isMinFirst ? stroke.max : stroke.min;
+  appendPoint(stroke.place, svgHeightOf(first, range), isStart, path);
+  if (first != second) appendPoint(stroke.place, svgHeightOf(second, range), false, path);
+  // A lone point is drawn as a line of one stroke.
   if (isStart && first == second) *path += "h1";
 }
 
-void addValue(double value, Column* column) {
-  if (value < column->min) {
-    column->min = value;
-    column->isMinFirst = false;
+void addValue(double value, Stroke* stroke) {
+  if (value < stroke->min) {
+    stroke->min = value;
+    stroke->isMinFirst = false;
   }
-  if (value > column->max) {
-    column->max = value;
-    column->isMinFirst = true;
+  if (value > stroke->max) {
+    stroke->max = value;
+    stroke->isMinFirst = true;
   }
 }
 
@@ -64,10 +64,10 @@ double svgHeightOf(double value, const ValueRange& range) {
   return SVG_HEIGHT * (1.0 - std::clamp(part, 0.0, 1.0));
 }
 
-std::string envelopePath(const std::vector<double>& times, const std::vector<double>& values,
+std::string envelopePath(const Column<double>& times, const Column<double>& values,
                          const TimeSpan& span, const ValueRange& range, bool isBridged) {
   std::string path;
-  Column column;
+  Stroke stroke;
   bool isInterrupted = true;
   bool isStart = true;
   for (size_t row = 0; row < values.size(); ++row) {
@@ -79,15 +79,15 @@ std::string envelopePath(const std::vector<double>& times, const std::vector<dou
     const double part = (times[row] - span.start) / (span.end - span.start);
     const int place =
         static_cast<int>(std::floor(std::clamp(part, 0.0, 1.0) * (SVG_COLUMNS - 1) + 0.5));
-    if (place == column.place) {
-      addValue(value, &column);
+    if (place == stroke.place) {
+      addValue(value, &stroke);
     } else {
-      if (column.place >= 0) appendColumn(column, range, isStart, &path);
+      if (stroke.place >= 0) appendStroke(stroke, range, isStart, &path);
       isStart = isInterrupted;
-      column = {place, value, value, true};
+      stroke = {place, value, value, true};
     }
     isInterrupted = false;
   }
-  if (column.place >= 0) appendColumn(column, range, isStart, &path);
+  if (stroke.place >= 0) appendStroke(stroke, range, isStart, &path);
   return path;
 }

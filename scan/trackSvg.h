@@ -25,7 +25,7 @@ double svgHeightOf(double value, const ValueRange& range);
 
 // The path through the lowest and highest value of every column; it is interrupted where values are
 // undefined, unless they are meant to be (isBridged). Empty without values. times: axisTimes().
-std::string envelopePath(const std::vector<double>& times, const std::vector<double>& values,
+std::string envelopePath(const Column<double>& times, const Column<double>& values,
                          const TimeSpan& span, const ValueRange& range, bool isBridged);
 
 #endif

@@ -4,7 +4,6 @@
 
 #include "driver/reportOutput.h"
 #include "scan/eventDetection.h"
-#include "scan/eventList.h"
 #include "scan/fingerprint.h"
 #include "scan/names.h"
 #include "scan/statistics.h"
@@ -56,7 +55,6 @@ Json emptyResult(const VideoSource& source, const AnalysisOptions& options) {
   result["reasons"] = Json::array();
   result["indicators"] = Json::object();
   result["thresholds"] = Json::object();
-  result["events"] = Json::array();
   return result;
 }
 
@@ -125,7 +123,7 @@ std::string shortcoming(const AnalysisOutcome& outcome) {
 }
 
 // Means of the defined values of stretches of equal length; null where there are none.
-Json overview(const std::vector<double>& values) {
+Json overview(const Column<double>& values) {
   const size_t points = std::min(OVERVIEW_POINTS, values.size());
   Json means = Json::array();
   for (size_t k = 0; k < points; ++k) {
@@ -141,7 +139,7 @@ Json overview(const std::vector<double>& values) {
   return means;
 }
 
-Json indicatorFacts(const std::vector<double>& values) {
+Json indicatorFacts(const Column<double>& values) {
   const Statistics statistics = statisticsOf(values);
   Json facts;
   facts["n"] = statistics.n;
@@ -231,5 +229,4 @@ void judgeResult(const Thresholds& thresholds, VideoResult* result) {
   json["verdict"] = verdict.verdict;
   json["reasons"] = verdict.reasons;
   json["thresholds"] = thresholdsJson(thresholds);
-  json["events"] = eventsJson(result->events);
 }

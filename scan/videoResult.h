@@ -13,7 +13,7 @@
 
 // NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
 struct VideoResult {
-  Json json;
+  Json json;  // docs/results.md, without the events
   FrameTable frames;
   std::vector<Event> events;
 };

@@ -132,16 +132,16 @@ TEST(Stretches, areLongEnough_whenTimesAreRoundedToMilliseconds) {
   // Fifteen of thirty frames a second take half a second; 0.033 * 15 would not.
   FrameTable table = tableOf("blur", Values(15, 9.0));
   for (size_t i = 0; i < 15; ++i) {
-    table.time[i] = std::round(static_cast<double>(i) / 30 * 1000) / 1000;
-    table.duration[i] = 0.033;
+    table.time.set(i, std::round(static_cast<double>(i) / 30 * 1000) / 1000);
+    table.duration.set(i, 0.033);
   }
   EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.5), WHOLE)), "0-14");
 }
 
 TEST(Stretches, areSpacedByTheFrameRate_whenTimesAreUnknown) {
   FrameTable table = tableOf("blur", {1, 9, 9, 1});
-  table.time.assign(4, NONE);
-  table.duration.assign(4, NONE);
+  table.time = Values(4, NONE);
+  table.duration = Values(4, NONE);
   const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0.5), {4, false, false});
   ASSERT_EQ(stretches(events), "1-2");
   EXPECT_EQ(events[0].startTime, 0.25);
@@ -151,8 +151,8 @@ TEST(Stretches, areSpacedByTheFrameRate_whenTimesAreUnknown) {
 
 TEST(Stretches, areAlwaysLongEnough_whenTimesAndRateAreUnknown) {
   FrameTable table = tableOf("blur", {1, 9, 9, 1});
-  table.time.assign(4, NONE);
-  table.duration.assign(4, NONE);
+  table.time = Values(4, NONE);
+  table.duration = Values(4, NONE);
   const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 5.0), {0, false, false});
   ASSERT_EQ(stretches(events), "1-2");
   EXPECT_TRUE(std::isnan(events[0].startTime));
@@ -440,12 +440,12 @@ TEST(Events, ofALongVideoAreFoundInTimeProportionalToItsLength) {
   // run cost time with every frame of it, these would take minutes.
   constexpr size_t ROWS = 250'000;
   FrameTable table = emptyTable(ROWS);
-  for (std::vector<double>& values : table.values) {
-    for (size_t i = 0; i < ROWS; ++i) values[i] = i % 2 == 0 ? 0.0 : 500.0;
+  for (Column<double>& values : table.values) {
+    for (size_t i = 0; i < ROWS; ++i) values.set(i, i % 2 == 0 ? 0.0 : 500.0);
   }
-  column(&table, "blackout").assign(ROWS, 0.0);
-  column(&table, "temporal_activity").assign(ROWS, 0.0);
-  column(&table, "freezing").assign(ROWS, 1.0);
+  column(&table, "blackout") = Values(ROWS, 0.0);
+  column(&table, "temporal_activity") = Values(ROWS, 0.0);
+  column(&table, "freezing") = Values(ROWS, 1.0);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(detectEvents(table, DEFAULT_THRESHOLDS, WHOLE).empty());
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;

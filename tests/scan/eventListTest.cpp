@@ -7,7 +7,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "support/runProgram.h"
+#include "pageParts.h"
 
 namespace {
 
@@ -16,12 +16,11 @@ const Event unknown = {2,   "truncation", Severity::WARN, 124,  124,  std::nan("
                        124, std::nan(""), std::nan(""),   true, false};
 
 std::string csvOf(const std::vector<Event>& events) {
-  const TemporaryDirectory directory;
-  const std::string path = directory.path + "/events.csv";
-  FILE* const out = std::fopen(path.c_str(), "w");
-  writeEventsCsv(events, out);
-  std::fclose(out);
-  return readFile(path);
+  return writtenText([&](FILE* out) { writeEventsCsv(events, out); });
+}
+
+std::string jsonOf(const std::vector<Event>& events) {
+  return writtenText([&](FILE* out) { writeEventsJson(events, out); });
 }
 
 }  // namespace
@@ -51,6 +50,30 @@ TEST(EventsJson, hasNullForWhatIsNotFinite) {
 
 TEST(EventsJson, isAnArray_ofNoEventsToo) {
   EXPECT_EQ(eventsJson({}).dump(), "[]");
+}
+
+TEST(WrittenEventsJson, isTheSame_withALineForEveryEvent) {
+  for (const std::vector<Event>& events :
+       {std::vector<Event>{}, std::vector<Event>{freeze}, std::vector<Event>{freeze, unknown}}) {
+    EXPECT_EQ(Json::parse(jsonOf(events)), eventsJson(events));
+  }
+  EXPECT_EQ(jsonOf({}), "[]");
+  EXPECT_EQ(jsonOf({freeze, unknown}), "[\n    " + eventsJson({freeze})[0].dump() + ",\n    " +
+                                           eventsJson({unknown})[0].dump() + "\n  ]");
+}
+
+TEST(EventSummary, countsSeveritiesAndKnowsTheWorstOfEachType) {
+  Event mild = freeze;
+  mild.severity = Severity::WARN;
+  Event cut = freeze;
+  cut.type = "scene_cut";
+  cut.severity = Severity::INFO;
+  EventSummary summary;
+  for (const Event& event : {mild, freeze, mild, cut, unknown}) addTo(&summary, event);
+  EXPECT_EQ(summary.counts, (std::array<int64_t, 3>{1, 3, 1}));
+  EXPECT_EQ(summary.worst, (std::map<std::string, Severity>{{"freeze", Severity::FAIL},
+                                                            {"scene_cut", Severity::INFO},
+                                                            {"truncation", Severity::WARN}}));
 }
 
 TEST(EventsCsv, hasAHeaderAndARowForEveryEvent) {

@@ -26,12 +26,8 @@ FrameTable tableOf(const std::vector<double>& values) {
   return table;
 }
 
-const Json& columnOf(const FramePayload& payload, size_t place) {
-  return payload.columns.at(place);
-}
-
 std::string kindOf(const std::vector<double>& values) {
-  return columnOf(packFrames(tableOf(values)), 3).at("kind");
+  return describeColumns(tableOf(values)).at(3).at("kind");
 }
 
 size_t sizeOf(const std::string& kind) {
@@ -56,13 +52,16 @@ double numberAt(const std::string& bytes, size_t start, size_t rows, size_t row,
   return kind == "float32" ? double{valueOf<float>(parts)} : 1.0 * valueOf<int32_t>(parts);
 }
 
-std::vector<std::vector<double>> unpacked(const FramePayload& payload, size_t rows) {
+std::vector<std::vector<double>> unpacked(const FrameTable& table) {
+  const auto rows = static_cast<size_t>(table.rows());
+  const Json description = describeColumns(table);
   size_t size = 0;
-  for (const Json& column : payload.columns) size += rows * sizeOf(column.at("kind"));
-  const std::string bytes = inflated(payload.data, size);
+  for (const Json& column : description) size += rows * sizeOf(column.at("kind"));
+  const std::string text = writtenText([&](FILE* out) { writeColumns(table, description, out); });
+  const std::string bytes = inflated(unbase64(text), size);
   std::vector<std::vector<double>> columns;
   size_t start = 0;
-  for (const Json& column : payload.columns) {
+  for (const Json& column : description) {
     const std::string kind = column.at("kind");
     columns.emplace_back();
     for (size_t row = 0; row < rows; ++row) {
@@ -78,7 +77,7 @@ std::vector<std::vector<double>> unpacked(const FramePayload& payload, size_t ro
   return columns;
 }
 
-void expectSame(const std::vector<double>& actual, const std::vector<double>& expected) {
+void expectSame(const std::vector<double>& actual, const Column<double>& expected) {
   ASSERT_EQ(actual.size(), expected.size());
   for (size_t row = 0; row < actual.size(); ++row) {
     if (std::isnan(expected[row])) {
@@ -92,24 +91,24 @@ void expectSame(const std::vector<double>& actual, const std::vector<double>& ex
 
 }  // namespace
 
-TEST(PackFrames, keepsEveryDigit) {
+TEST(FramePayload, keepsEveryDigit) {
   const FrameTable table = sampleInput("a", 500, 30000.0 / 1001.0, 7).frames;
-  const FramePayload payload = packFrames(table);
-  const auto columns = unpacked(payload, 500);
+  const Json description = describeColumns(table);
+  const auto columns = unpacked(table);
   ASSERT_EQ(columns.size(), 3 + INDICATORS);
   expectSame(columns[0], table.time);
   expectSame(columns[1], table.duration);
   for (size_t row = 0; row < 500; ++row) {
     EXPECT_EQ(columns[2][row], (table.isKey[row] ? 1 : 0) + (table.isCorrupt[row] ? 2 : 0));
   }
-  EXPECT_EQ(columnOf(payload, 0).at("name"), "time_s");
+  EXPECT_EQ(description.at(0).at("name"), "time_s");
   for (size_t i = 0; i < INDICATORS; ++i) {
     expectSame(columns[3 + i], table.values[i]);
-    EXPECT_EQ(columnOf(payload, 3 + i).at("name"), INDICATOR_TABLE[i].name);
+    EXPECT_EQ(description.at(3 + i).at("name"), INDICATOR_TABLE[i].name);
   }
 }
 
-TEST(PackFrames, takesTheNarrowestKindThatHoldsAllValues) {
+TEST(FramePayload, takesTheNarrowestKindThatHoldsAllValues) {
   EXPECT_EQ(kindOf({7.25, 7.25}), "constant");
   EXPECT_EQ(kindOf({UNDEFINED, UNDEFINED}), "constant");
   EXPECT_EQ(kindOf({}), "constant");
@@ -124,7 +123,7 @@ TEST(PackFrames, takesTheNarrowestKindThatHoldsAllValues) {
   EXPECT_EQ(kindOf({0.0, 2.0 * FLT_MAX}), "float64");
 }
 
-TEST(PackFrames, keepsUndefinedValuesAndTheSignOfZero) {
+TEST(FramePayload, keepsUndefinedValuesAndTheSignOfZero) {
   EXPECT_EQ(kindOf({UNDEFINED, 1.0}), "float32");
   EXPECT_EQ(kindOf({0.0, -0.0}), "float32");
   for (const std::vector<double>& values : {std::vector<double>{UNDEFINED, 1.0, 0.1},
@@ -134,6 +133,6 @@ TEST(PackFrames, keepsUndefinedValuesAndTheSignOfZero) {
                                             {1.0, -2147483648.0},
                                             {255.0, 0.0},
                                             {DBL_MAX, -DBL_MAX, DBL_TRUE_MIN}}) {
-    expectSame(unpacked(packFrames(tableOf(values)), values.size())[3], values);
+    expectSame(unpacked(tableOf(values))[3], values);
   }
 }

@@ -33,7 +33,7 @@ std::string mistakeIn(const std::string& bytes) {
   return readFramesCsv(directory.path + "/frames.csv", &table);
 }
 
-void expectSame(const std::vector<double>& column, const std::vector<double>& expected) {
+void expectSame(const Column<double>& column, const Column<double>& expected) {
   ASSERT_EQ(column.size(), expected.size());
   for (size_t i = 0; i < column.size(); ++i) {
     if (std::isnan(expected[i])) {

@@ -5,17 +5,18 @@
 
 #include "pageParts.h"
 #include "sample.h"
+#include "scan/html.h"
 #include "scan/indicatorTable.h"
 
 namespace {
 
 // An input with this verdict and so many failures and warnings.
 IndexEntry entryOf(const std::string& path, const std::string& verdict, int fails, int warnings) {
-  Json events = Json::array();
-  for (int i = 0; i < fails; ++i) events.push_back({{"type", "freeze"}, {"severity", "fail"}});
-  for (int i = 0; i < warnings; ++i) events.push_back({{"type", "blur"}, {"severity", "warn"}});
-  return {{{"input", {{"path", path}}}, {"verdict", verdict}, {"events", events}},
-          path + ".lumascan"};
+  EventSummary events;
+  events.counts = {0, warnings, fails};
+  if (fails > 0) events.worst["freeze"] = Severity::FAIL;
+  if (warnings > 0) events.worst["blur"] = Severity::WARN;
+  return {{{"input", {{"path", path}}}, {"verdict", verdict}}, path + ".lumascan", events};
 }
 
 std::vector<std::string> namesOf(const std::string& page) {
@@ -38,8 +39,9 @@ TEST(Index, putsTheWorstFirst) {
 }
 
 TEST(Index, tellsVerdictReasonsCountsAndDuration) {
-  const Json result = sampleInput("clips/a.mp4", 300, 25.0, 1).result;
-  const std::string page = renderIndex({{result, "clips/a.mp4.lumascan"}});
+  const ReportInput input = sampleInput("clips/a.mp4", 300, 25.0, 1);
+  const std::string page =
+      renderIndex({{input.result, "clips/a.mp4.lumascan", summaryOf(input.events)}});
   EXPECT_TRUE(contains(page, "<a href=\"clips/a.mp4.lumascan/report.html\">"));
   EXPECT_TRUE(contains(page, "<p>freeze for 2.1 s</p>"));
   EXPECT_TRUE(contains(page, ">0:00:12.000</td>"));
@@ -66,6 +68,20 @@ TEST(Index, marksTheIndicatorsOfEvents) {
                 std::string::npos,
             true);
   EXPECT_TRUE(contains(between(page, "<td class=\"spark warn\"", "</td>"), "Blur</span>"));
+  EXPECT_EQ(allBetween(page, "<td class=\"spark \"", "</td>").size(), INDICATORS - 2);
+}
+
+TEST(Index, marksAnIndicatorAsTheWorstOfItsEvents) {
+  for (const auto& [over, under] :
+       {std::pair(Severity::FAIL, Severity::WARN), std::pair(Severity::WARN, Severity::FAIL)}) {
+    IndexEntry entry = entryOf("a", "fail", 0, 0);
+    entry.events.worst = {
+        {"over_exposure", over}, {"under_exposure", under}, {"scene_cut", Severity::INFO}};
+    const std::string page = renderIndex({entry});
+    EXPECT_TRUE(contains(between(page, "<td class=\"spark fail\"", "</td>"), "Exposure</span>"));
+    EXPECT_FALSE(contains(page, "<td class=\"spark warn\""));
+    EXPECT_FALSE(contains(page, "<td class=\"spark info\""));
+  }
 }
 
 TEST(Index, takesHostileTextAsText) {
@@ -101,5 +117,5 @@ TEST(Index, letsItsOwnScriptsRunOnly) {
 
 TEST(Index, ofNothingIsStillAPage) {
   EXPECT_TRUE(contains(renderIndex({}), "<h1>0 inputs</h1>"));
-  EXPECT_TRUE(contains(renderIndex({{Json(), "a"}}), "Incomplete"));
+  EXPECT_TRUE(contains(renderIndex({{Json(), "a", {}}}), "Incomplete"));
 }

@@ -3,6 +3,19 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <cstdlib>
+
+std::string writtenText(const std::function<void(FILE*)>& write) {
+  char* bytes = nullptr;
+  size_t size = 0;
+  FILE* const stream = open_memstream(&bytes, &size);
+  write(stream);
+  std::fclose(stream);
+  std::string text(bytes, size);
+  std::free(bytes);
+  return text;
+}
+
 std::vector<std::string> allBetween(const std::string& text, const std::string& begin,
                                     const std::string& end) {
   std::vector<std::string> parts;

@@ -2,8 +2,13 @@
 #ifndef LUMASCAN_TESTS_PAGE_PARTS_H
 #define LUMASCAN_TESTS_PAGE_PARTS_H
 
+#include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
+
+// All that is written into a stream.
+std::string writtenText(const std::function<void(FILE*)>& write);
 
 // All that stands between the two texts, from each place where the first one is found. Overlaps are
 // not looked for.

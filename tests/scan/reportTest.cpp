@@ -3,15 +3,24 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "pageParts.h"
 #include "sample.h"
+#include "scan/eventList.h"
+#include "scan/html.h"
+#include "scan/resultFacts.h"
 
 namespace {
 
 constexpr char HOSTILE[] = "<img src=x onerror=alert(1)>\n\"'&</script>\xff.mp4";
 
+std::string pageOf(const std::vector<ReportInput>& inputs) {
+  return writtenText([&](FILE* out) { writeReport(inputs, out); });
+}
+
 std::string samplePage() {
-  return renderReport({sampleInput("clips/a b.mp4", 300, 25.0, 1)});
+  return pageOf({sampleInput("clips/a b.mp4", 300, 25.0, 1)});
 }
 
 // What is left of the page when scripts and styles are gone.
@@ -84,13 +93,13 @@ TEST(Report, drawsThresholdsOnTheirTracks) {
 
 TEST(Report, showsPicturesOfEventsOnce) {
   ReportInput input = sampleInput("a", 300, 25.0, 1);
-  Json& event = input.result["events"][3];
-  event["first_frame"] = 150;
-  event["peak_frame"] = 150;
-  event["last_frame"] = 170;
-  input.result["events"] = Json::array({event});
+  Event event = input.events[3];
+  event.firstFrame = 150;
+  event.peakFrame = 150;
+  event.lastFrame = 170;
+  input.events = {event};
   input.thumbnails = {{150, "first"}, {170, "last"}, {151, "of no event"}};
-  const std::string body = readable(renderReport({input}));
+  const std::string body = readable(pageOf({input}));
   EXPECT_EQ(allBetween(body, "data:image/jpeg;base64,", "\""),
             (std::vector<std::string>{base64("first"), base64("last")}));
   EXPECT_TRUE(contains(body, "<figcaption>start, peak</figcaption>"));
@@ -123,10 +132,9 @@ TEST(Report, takesHostileTextAsText) {
   result["error"] = HOSTILE;
   result["reasons"] = Json::array({HOSTILE});
   result["warnings"] = Json::array({HOSTILE});
-  result["events"][0]["type"] = HOSTILE;
-  result["events"][0]["severity"] = HOSTILE;
+  input.events[0].type = HOSTILE;
   result["thresholds"]["blur"]["severity"] = HOSTILE;
-  for (const std::string& page : {renderReport({input}), renderReport({input, input})}) {
+  for (const std::string& page : {pageOf({input}), pageOf({input, input})}) {
     EXPECT_FALSE(contains(page, "<img"));
     EXPECT_FALSE(contains(page, "\xff"));
     // Scripts of the page, its model and the frames of every input.
@@ -139,7 +147,7 @@ TEST(Report, showsSeveralInputsSideBySide) {
   ReportInput second = sampleInput("b.mp4", 600, 50.0, 2);
   second.result["verdict"] = "pass";
   const std::string body =
-      readable(renderReport({sampleInput("a.mp4", 300, 25.0, 1), second, failedInput("c.mp4")}));
+      readable(pageOf({sampleInput("a.mp4", 300, 25.0, 1), second, failedInput("c.mp4")}));
   EXPECT_EQ(allBetween(body, "<p class=\"mark\">", "</p>"),
             (std::vector<std::string>{"Fail", "Pass", "Incomplete"}));
   EXPECT_TRUE(contains(body, "<th scope=\"col\">Input</th>"));
@@ -152,29 +160,70 @@ TEST(Report, showsSeveralInputsSideBySide) {
 }
 
 TEST(Report, ofNothingIsStillAPage) {
-  EXPECT_TRUE(contains(renderReport({failedInput("c.mp4")}), "No frame was analysed."));
-  EXPECT_TRUE(contains(renderReport({failedInput("c.mp4")}), "there is no video in it"));
-  EXPECT_TRUE(contains(renderReport({}), "</html>"));
-  EXPECT_TRUE(contains(renderReport({ReportInput{}}), "Incomplete"));
+  EXPECT_TRUE(contains(pageOf({failedInput("c.mp4")}), "No frame was analysed."));
+  EXPECT_TRUE(contains(pageOf({failedInput("c.mp4")}), "there is no video in it"));
+  EXPECT_TRUE(contains(pageOf({}), "</html>"));
+  EXPECT_TRUE(contains(pageOf({ReportInput{}}), "Incomplete"));
 }
 
 TEST(Report, bearsResultsOfOtherShapes) {
   ReportInput input = sampleInput("a.mp4", 50, 25.0, 1);
+  input.result["events"] = eventsJson(input.events);
   for (const char* const key : {"input", "analysis", "events", "thresholds", "indicators",
                                 "reasons", "warnings", "verdict", "error", "truncated"}) {
     for (const Json& other : {Json(), Json(7), Json("x"), Json::array({1, nullptr, "x"}),
                               Json{{"path", 3}, {"enter", "x"}}}) {
       ReportInput changed = input;
       changed.result[key] = other;
-      EXPECT_TRUE(contains(renderReport({changed}), "</html>")) << key << other;
+      changed.events.clear();
+      for (const Json& event : memberOf(changed.result, "events")) {
+        changed.events.push_back(eventOf(event));
+      }
+      EXPECT_TRUE(contains(pageOf({changed}), "</html>")) << key << other;
     }
   }
   // Events outside of the frames that were analysed, and without times.
-  Json& event = input.result["events"][0];
-  event["first_frame"] = -5;
-  event["last_frame"] = 1000000000000;
-  event["start_s"] = nullptr;
-  event["end_s"] = nullptr;
-  event["peak_value"] = nullptr;
-  EXPECT_FALSE(contains(readable(renderReport({input})), "nan"));
+  Event& event = input.events[0];
+  event.firstFrame = -5;
+  event.lastFrame = 1000000000000;
+  event.startTime = event.endTime = event.peakValue = std::nan("");
+  EXPECT_FALSE(contains(readable(pageOf({input})), "nan"));
+}
+
+TEST(Report, showsTheGravestOfVeryManyEvents) {
+  ReportInput input = sampleInput("a.mp4", 5000, 25.0, 1);
+  const Event sample = input.events[0];
+  input.events.clear();
+  for (int64_t frame = 0; frame < 2500; ++frame) {
+    Event event = sample;
+    event.severity = frame < 600 ? Severity::INFO : frame == 2499 ? Severity::FAIL : Severity::WARN;
+    event.firstFrame = event.peakFrame = event.lastFrame = frame;
+    event.startTime = static_cast<double>(frame) / 25.0;
+    event.endTime = event.startTime + 0.04;
+    input.events.push_back(event);
+  }
+  const std::string body = readable(pageOf({input}));
+  EXPECT_TRUE(contains(body, "The 2000 gravest of 2500 events."));
+  // All that fail or warn, and the first of the others; in order of time.
+  std::vector<std::string> expected;
+  for (int frame = 0; frame < 2500; ++frame) {
+    if (frame < 100 || frame >= 600) expected.push_back(std::to_string(frame));
+  }
+  const std::string table = body.substr(body.find("<table class=\"events\""));
+  std::vector<std::string> shown;
+  for (const std::string& row : allBetween(table, "<tr id=\"event-", "</tr>")) {
+    shown.push_back(allBetween(row, "<td class=\"n\" data-v=\"", "\"").at(2));
+  }
+  EXPECT_EQ(shown, expected);
+  input.events.resize(2000);
+  EXPECT_FALSE(contains(pageOf({input}), "gravest"));
+}
+
+TEST(EventOf, isWhatWasWritten) {
+  const ReportInput input = sampleInput("a.mp4", 300, 25.0, 1);
+  for (const Event& event : input.events) {
+    const Json written = eventsJson({event});
+    EXPECT_EQ(eventsJson({eventOf(written[0])}), written);
+  }
+  EXPECT_TRUE(std::isnan(eventOf({{"start_s", nullptr}}).startTime));
 }

@@ -34,21 +34,22 @@ constexpr std::array<Wave, INDICATORS> WAVES = {{{0.95, 0.04, 11.0, 0.01},
 
 struct Defect {
   const char* type;
-  const char* severity;
+  Severity severity;
   const char* indicator;
   double start, end;  // parts of the whole
   double value;       // what the indicator is meanwhile
   double threshold;
 };
 
-constexpr Defect DEFECTS[] = {{"black", "fail", "blackout", 0.00, 0.05, 1.0, 1.0},
-                              {"letterbox", "info", "letterbox", 0.10, 0.90, 0.125, 0.05},
-                              {"freeze", "fail", "freezing", 0.30, 0.37, 1.0, 1.0},
-                              {"blur", "warn", "blur", 0.50, 0.58, 9.3, 8.0},
-                              {"block_loss", "fail", "block_loss", 0.62, 0.63, 41.0, 20.0},
-                              {"scene_cut", "info", "temporal_activity", 0.70, 0.70, 88.0, 40.0},
-                              {"over_exposure", "warn", "exposure", 0.80, 0.86, 228.0, 215.0},
-                              {"freeze", "warn", "freezing", 0.95, 1.00, 1.0, 1.0}};
+constexpr Defect DEFECTS[] = {
+    {"black", Severity::FAIL, "blackout", 0.00, 0.05, 1.0, 1.0},
+    {"letterbox", Severity::INFO, "letterbox", 0.10, 0.90, 0.125, 0.05},
+    {"freeze", Severity::FAIL, "freezing", 0.30, 0.37, 1.0, 1.0},
+    {"blur", Severity::WARN, "blur", 0.50, 0.58, 9.3, 8.0},
+    {"block_loss", Severity::FAIL, "block_loss", 0.62, 0.63, 41.0, 20.0},
+    {"scene_cut", Severity::INFO, "temporal_activity", 0.70, 0.70, 88.0, 40.0},
+    {"over_exposure", Severity::WARN, "exposure", 0.80, 0.86, 228.0, 215.0},
+    {"freeze", Severity::WARN, "freezing", 0.95, 1.00, 1.0, 1.0}};
 
 struct FrameSpan {
   int64_t first, last;
@@ -95,48 +96,47 @@ FrameTable makeFrames(int64_t count, double fps, uint32_t seed) {
   return table;
 }
 
-Json eventsOf(const FrameTable& table, double fps) {
-  Json events = Json::array();
+std::vector<Event> makeEvents(const FrameTable& table, double fps) {
+  std::vector<Event> events;
   for (const Defect& defect : DEFECTS) {
-    const std::vector<double>& values = table.values[indicatorNamed(defect.indicator)];
+    const Column<double>& values = table.values[indicatorNamed(defect.indicator)];
     const auto [first, end] = framesOf(defect, table.rows());
     int64_t peak = first;
     for (int64_t frame = first; frame <= end; ++frame) {
       if (values[static_cast<size_t>(frame)] > values[static_cast<size_t>(peak)]) peak = frame;
     }
-    events.push_back({{"id", events.size() + 1},
-                      {"type", defect.type},
-                      {"severity", defect.severity},
-                      {"first_frame", first},
-                      {"last_frame", end},
-                      {"start_s", static_cast<double>(first) / fps},
-                      {"end_s", static_cast<double>(end + 1) / fps},
-                      {"duration_s", static_cast<double>(end + 1 - first) / fps},
-                      {"peak_frame", peak},
-                      {"peak_value", values[static_cast<size_t>(peak)]},
-                      {"threshold", defect.threshold},
-                      {"at_start", first == 0},
-                      {"at_end", end + 1 == table.rows()}});
+    Event event;
+    event.id = static_cast<int64_t>(events.size()) + 1;
+    event.type = defect.type;
+    event.severity = defect.severity;
+    event.firstFrame = first;
+    event.lastFrame = end;
+    event.startTime = static_cast<double>(first) / fps;
+    event.endTime = static_cast<double>(end + 1) / fps;
+    event.peakFrame = peak;
+    event.peakValue = values[static_cast<size_t>(peak)];
+    event.threshold = defect.threshold;
+    event.isAtStart = first == 0;
+    event.isAtEnd = end + 1 == table.rows();
+    events.push_back(event);
   }
   return events;
-}
-
-Json numberOrNull(double value) {
-  return std::isnan(value) ? Json() : Json(value);
 }
 
 Json indicatorsOf(const FrameTable& table) {
   constexpr size_t STRETCHES = 64;
   Json indicators = Json::object();
   for (size_t i = 0; i < INDICATORS; ++i) {
-    const std::vector<double>& values = table.values[i];
+    const Column<double>& values = table.values[i];
     const Statistics all = statisticsOf(values);
     Json overview = Json::array();
     for (size_t k = 0; k < STRETCHES; ++k) {
-      const auto place = [&](size_t stretch) {
-        return values.begin() + static_cast<std::ptrdiff_t>(values.size() * stretch / STRETCHES);
-      };
-      overview.push_back(numberOrNull(statisticsOf({place(k), place(k + 1)}).mean));
+      Column<double> stretch;
+      for (size_t row = k * values.size() / STRETCHES; row < (k + 1) * values.size() / STRETCHES;
+           ++row) {
+        stretch.push_back(values[row]);
+      }
+      overview.push_back(numberOrNull(statisticsOf(stretch).mean));
     }
     indicators[INDICATOR_TABLE[i].name] = {{"n", all.n},
                                            {"min", numberOrNull(all.min)},
@@ -150,7 +150,7 @@ Json indicatorsOf(const FrameTable& table) {
 Json thresholds() {
   Json all = Json::object();
   for (const Defect& defect : DEFECTS) {
-    all[defect.type] = {{"enter", defect.threshold}, {"severity", defect.severity}};
+    all[defect.type] = {{"enter", defect.threshold}, {"severity", severityName(defect.severity)}};
   }
   all["under_exposure"] = {{"enter", 30.0}, {"severity", "warn"}};
   return all;
@@ -197,9 +197,15 @@ ReportInput sampleInput(const std::string& path, int64_t frames, double fps, uin
       {"verdict", "fail"},
       {"reasons", {"black for 1.5 s from 00:00:00:00", "freeze for 2.1 s", "block loss for 0.3 s"}},
       {"indicators", indicatorsOf(input.frames)},
-      {"thresholds", thresholds()},
-      {"events", eventsOf(input.frames, fps)}};
+      {"thresholds", thresholds()}};
+  input.events = makeEvents(input.frames, fps);
   return input;
+}
+
+EventSummary summaryOf(const std::vector<Event>& events) {
+  EventSummary summary;
+  for (const Event& event : events) addTo(&summary, event);
+  return summary;
 }
 
 ReportInput failedInput(const std::string& path) {

@@ -18,6 +18,6 @@ FrameTable tableOf(const std::string& indicator, const std::vector<double>& valu
   return table;
 }
 
-std::vector<double>& column(FrameTable* table, const std::string& indicator) {
+Column<double>& column(FrameTable* table, const std::string& indicator) {
   return table->values.at(indicatorNamed(indicator));
 }

@@ -13,6 +13,6 @@ FrameTable emptyTable(size_t rows);
 // Such frames with one indicator's values.
 FrameTable tableOf(const std::string& indicator, const std::vector<double>& values);
 
-std::vector<double>& column(FrameTable* table, const std::string& indicator);
+Column<double>& column(FrameTable* table, const std::string& indicator);
 
 #endif

@@ -14,9 +14,13 @@ namespace {
 
 using Frames = std::vector<int64_t>;
 
-Json eventOf(const char* severity, int64_t first, int64_t peak, int64_t last) {
-  return {
-      {"severity", severity}, {"first_frame", first}, {"peak_frame", peak}, {"last_frame", last}};
+Event eventOf(Severity severity, int64_t first, int64_t peak, int64_t last) {
+  Event event;
+  event.severity = severity;
+  event.firstFrame = first;
+  event.peakFrame = peak;
+  event.lastFrame = last;
+  return event;
 }
 
 // Frames 0 to 49, each of one luma level: that of frame k is 16 + 4 * k, which differs from its
@@ -112,24 +116,25 @@ void expectAnyPicturesOfClip(const std::string& name, const Arguments& encoding)
 }  // namespace
 
 TEST(FramesToShow, areStartPeakAndEndOfEvents_eachOnce) {
-  const Json events = {eventOf("fail", 40, 41, 49), eventOf("warn", 3, 3, 3),
-                       eventOf("info", 3, 5, 41)};
+  const std::vector<Event> events = {eventOf(Severity::FAIL, 40, 41, 49),
+                                     eventOf(Severity::WARN, 3, 3, 3),
+                                     eventOf(Severity::INFO, 3, 5, 41)};
   EXPECT_EQ(framesToShow(events, Thumbs::EVENTS, emptyTable(50)), Frames({3, 5, 40, 41, 49}));
 }
 
 TEST(FramesToShow, areNone_whenNoneAreWantedOrThereIsNothing) {
-  const Json events = {eventOf("fail", 1, 2, 3)};
+  const std::vector<Event> events = {eventOf(Severity::FAIL, 1, 2, 3)};
   EXPECT_EQ(framesToShow(events, Thumbs::NONE, emptyTable(50)), Frames());
-  EXPECT_EQ(framesToShow(Json::array(), Thumbs::EVENTS, emptyTable(50)), Frames());
-  EXPECT_EQ(framesToShow(Json::array(), Thumbs::ALL, emptyTable(0)), Frames());
+  EXPECT_EQ(framesToShow({}, Thumbs::EVENTS, emptyTable(50)), Frames());
+  EXPECT_EQ(framesToShow({}, Thumbs::ALL, emptyTable(0)), Frames());
 }
 
 TEST(FramesToShow, areThoseOfTheFortyGravestEvents) {
   // 30 of each severity, the gravest last: all that fail, and the first ten that warn.
-  Json events = Json::array();
+  std::vector<Event> events;
   Frames expected;
   for (int64_t i = 0; i < 90; ++i) {
-    events.push_back(eventOf(i < 30 ? "info" : i < 60 ? "warn" : "fail", i, i, i));
+    events.push_back(eventOf(static_cast<Severity>(i / 30), i, i, i));
     if ((i >= 30 && i < 40) || i >= 60) expected.push_back(i);
   }
   EXPECT_EQ(framesToShow(events, Thumbs::EVENTS, emptyTable(90)), expected);
@@ -140,8 +145,8 @@ TEST(FramesToShow, areAHundredAtEqualDistancesMore_whenAllAreWanted) {
   table.firstFrame = 5;
   Frames expected;
   for (int64_t k = 0; k < 100; ++k) expected.push_back(5 + 10 * k);
-  EXPECT_EQ(framesToShow(Json::array(), Thumbs::ALL, table), expected);
-  const Json events = {eventOf("info", 6, 15, 1004)};
+  EXPECT_EQ(framesToShow({}, Thumbs::ALL, table), expected);
+  const std::vector<Event> events = {eventOf(Severity::INFO, 6, 15, 1004)};
   expected.insert(expected.begin() + 1, 6);
   expected.push_back(1004);
   EXPECT_EQ(framesToShow(events, Thumbs::ALL, table), expected);
@@ -150,7 +155,7 @@ TEST(FramesToShow, areAHundredAtEqualDistancesMore_whenAllAreWanted) {
 TEST(FramesToShow, areAllFramesOfAShortVideo_whenAllAreWanted) {
   FrameTable table = emptyTable(3);
   table.firstFrame = 7;
-  EXPECT_EQ(framesToShow(Json::array(), Thumbs::ALL, table), Frames({7, 8, 9}));
+  EXPECT_EQ(framesToShow({}, Thumbs::ALL, table), Frames({7, 8, 9}));
 }
 
 TEST(Thumbnails, areOfTheirFrames_inH264WithLongGroupsAndBFrames) {
@@ -230,7 +235,7 @@ TEST(Thumbnails, leaveOutFramesThatAreNotFoundAgain) {
   const VideoSource source = {directory.path + "/clip.mkv", 0, 0, ""};
   FrameTable table = framesOf(source);
   // A timestamp that no frame has any more.
-  ++table.pts[20];
+  table.pts.set(20, table.pts[20] + 1);
   const Thumbnails thumbnails = makeThumbnails(source, table, {10, 20, 30, 31});
   ASSERT_EQ(thumbnails.size(), 3u);
   for (const auto& [frame, jpeg] : thumbnails) EXPECT_EQ(frameShown(jpeg), frame);

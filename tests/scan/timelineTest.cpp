@@ -20,18 +20,16 @@ FrameTable tableOf(int64_t firstFrame, const std::vector<double>& times, double 
 }  // namespace
 
 TEST(AxisTimes, areTheFramesOwn) {
-  EXPECT_EQ(axisTimes(tableOf(0, {0.5, 0.75, 2.0}, 0.25), 25.0),
-            (std::vector<double>{0.5, 0.75, 2.0}));
+  EXPECT_EQ(axisTimes(tableOf(0, {0.5, 0.75, 2.0}, 0.25), 25.0), (Column<double>{0.5, 0.75, 2.0}));
 }
 
 TEST(AxisTimes, followTheFrameRateWhereUnknown) {
   EXPECT_EQ(axisTimes(tableOf(50, {UNDEFINED, 2.04, UNDEFINED}, 0.04), 25.0),
-            (std::vector<double>{2.0, 2.04, 52 / 25.0}));
+            (Column<double>{2.0, 2.04, 52 / 25.0}));
 }
 
 TEST(AxisTimes, neverFall) {
-  EXPECT_EQ(axisTimes(tableOf(0, {1.0, 0.5, 1.5}, 0.04), 25.0),
-            (std::vector<double>{1.0, 1.0, 1.5}));
+  EXPECT_EQ(axisTimes(tableOf(0, {1.0, 0.5, 1.5}, 0.04), 25.0), (Column<double>{1.0, 1.0, 1.5}));
 }
 
 TEST(AxisSpan, endsWithTheLastFrame) {
@@ -72,9 +70,8 @@ TEST(DurationText, hasHoursAndMilliseconds) {
 }
 
 TEST(AxisMarks, areARoundStepApart) {
-  EXPECT_EQ(axisMarks({0.0, 30.0}, 8),
-            (std::vector<double>{0.0, 5.0, 10.0, 15.0, 20.0, 25.0, 30.0}));
-  EXPECT_EQ(axisMarks({7.0, 9.5}, 5), (std::vector<double>{7.0, 7.5, 8.0, 8.5, 9.0, 9.5}));
+  EXPECT_EQ(axisMarks({0.0, 30.0}, 8), (Column<double>{0.0, 5.0, 10.0, 15.0, 20.0, 25.0, 30.0}));
+  EXPECT_EQ(axisMarks({7.0, 9.5}, 5), (Column<double>{7.0, 7.5, 8.0, 8.5, 9.0, 9.5}));
   EXPECT_LE(axisMarks({0.0, 1e9}, 8).size(), 9U);
   EXPECT_LE(axisMarks({1e300, 1.1e300}, 8).size(), 9U);
 }

@@ -4,10 +4,12 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <stdexcept>
 
 #include "../sample.h"
+#include "scan/eventList.h"
 #include "scan/indexPage.h"
-#include "scan/resultFacts.h"
+#include "scan/outputFile.h"
 
 namespace {
 
@@ -18,28 +20,29 @@ std::string contentOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void write(const std::string& path, const std::string& content) {
-  std::ofstream file(path, std::ios::binary);
-  file << content;
-  if (!file.flush()) {
-    std::cerr << path << " cannot be written\n";
-    std::exit(1);
-  }
+void write(const std::string& path, const std::function<void(FILE*)>& content) {
+  const std::string error = writeOutput(path, content);
+  if (!error.empty()) throw std::runtime_error(error);
+}
+
+void writePage(const std::string& path, const std::vector<ReportInput>& inputs) {
+  write(path, [&](FILE* out) { writeReport(inputs, out); });
 }
 
 void writeCsv(const std::string& path, const FrameTable& frames) {
-  FILE* const file = std::fopen(path.c_str(), "we");
-  if (file == nullptr) std::exit(1);
-  writeFramesCsv(frames, file);
-  if (std::fclose(file) != 0) std::exit(1);
+  write(path, [&](FILE* out) { writeFramesCsv(frames, out); });
+}
+
+IndexEntry entryOf(const ReportInput& input, const std::string& folderUri) {
+  return {input.result, folderUri, summaryOf(input.events)};
 }
 
 void addThumbnails(const std::string& folder, ReportInput* input) {
   int number = 0;
-  for (const Json& event : memberOf(input->result, "events")) {
-    for (const char* const key : {"first_frame", "peak_frame", "last_frame"}) {
+  for (const Event& event : input->events) {
+    for (const int64_t frame : {event.firstFrame, event.peakFrame, event.lastFrame}) {
       const std::string jpeg = contentOf(folder + "/" + std::to_string(++number) + ".jpg");
-      if (!jpeg.empty()) input->thumbnails[wholeNumberOf(event, key)] = jpeg;
+      if (!jpeg.empty()) input->thumbnails[frame] = jpeg;
     }
   }
 }
@@ -51,31 +54,32 @@ void writePages(const std::string& out) {
   ReportInput second = sampleInput("copies/episode one.mxf", 900, 30000.0 / 1001.0, 2);
   second.result["verdict"] = "attention";
   second.result["reasons"] = Json::array({"blur for 2.4 s"});
-  second.result["events"].erase(2);
+  second.events.erase(second.events.begin() + 2);
   ReportInput clean = sampleInput("masters/titles.mov", 250, 25.0, 3);
   clean.result["verdict"] = "pass";
   clean.result["reasons"] = Json::array({"No event above information."});
-  clean.result["events"] = Json::array();
+  clean.events.clear();
   ReportInput hostile = sampleInput(HOSTILE, 100, 25.0, 4);
-  hostile.result["events"][0]["type"] = HOSTILE;
+  hostile.events[0].type = HOSTILE;
   hostile.result["reasons"] = Json::array({HOSTILE});
   hostile.result["warnings"] = Json::array({HOSTILE});
   const ReportInput failed = failedInput("masters/broken.mp4");
 
-  write(out + "report.html", renderReport({first}));
+  writePage(out + "report.html", {first});
   writeCsv(out + "report.csv", first.frames);
-  write(out + "compare.html", renderReport({first, second}));
+  writePage(out + "compare.html", {first, second});
   writeCsv(out + "compare.csv", second.frames);
-  write(out + "clean.html", renderReport({clean}));
-  write(out + "hostile.html", renderReport({hostile}));
-  write(out + "failed.html", renderReport({failed}));
-  write(out + "index.html", renderIndex({{clean.result, "masters/titles.mov.lumascan"},
-                                         {first.result, "masters/episode%20one.mp4.lumascan"},
-                                         {hostile.result, "%3Cimg.lumascan"},
-                                         {failed.result, "masters/broken.mp4.lumascan"},
-                                         {second.result, "copies/episode%20one.mxf.lumascan"}}));
+  writePage(out + "clean.html", {clean});
+  writePage(out + "hostile.html", {hostile});
+  writePage(out + "failed.html", {failed});
+  const std::string index = renderIndex({entryOf(clean, "masters/titles.mov.lumascan"),
+                                         entryOf(first, "masters/episode%20one.mp4.lumascan"),
+                                         entryOf(hostile, "%3Cimg.lumascan"),
+                                         entryOf(failed, "masters/broken.mp4.lumascan"),
+                                         entryOf(second, "copies/episode%20one.mxf.lumascan")});
+  write(out + "index.html", [&](FILE* file) { writeText(index, file); });
   const ReportInput big = sampleInput("masters/long.mp4", 250000, 25.0, 5);
-  write(out + "big.html", renderReport({big}));
+  writePage(out + "big.html", {big});
   writeCsv(out + "big.csv", big.frames);
 }
 
