@@ -60,6 +60,15 @@ TEST(SortedValues, ofALongColumnOfFewValues) {
   expectAllPlaces(longColumn([&] { return random() % 50 == 0 ? -1e-300 : 7.0; }), 997);
 }
 
+TEST(SortedValues, changeWhereOneValueEndsAndTheNextBegins) {
+  Column<double> column;
+  for (size_t row = 0; row < LONG; ++row) column.push_back(row < LONG / 2 ? 1.0 : 2.0);
+  SortedValues found = sortedValues(column);
+  EXPECT_EQ(valueAt(LONG / 2, &found), 2.0);
+  EXPECT_EQ(valueAt(LONG / 2 - 1, &found), 1.0);
+  EXPECT_EQ(valueAt(LONG / 2, &found), 2.0);
+}
+
 TEST(SortedValues, ofALongColumnOfNeighbours) {
   // Numbers that differ in the last bits of their representation only.
   std::mt19937_64 random(3);
