@@ -21,10 +21,13 @@ IMAGEIO = '/usr/lib/python3/dist-packages/imageio/resources/images/'
 MECAVIDEO = '/usr/share/pymecavideo/data/video/'
 OPENCV = '/usr/share/doc/opencv-doc/examples/data/'
 NATURE = '/usr/share/backgrounds/mate/nature/'
+ABSTRACT = '/usr/share/backgrounds/mate/abstract/'
 
 FPS = 25
-FRAMES = 150  # of every made clip
-FIRST, LAST = 50, 99  # the damaged ones
+FRAMES = 300  # of every made clip
+FIRST, LAST = 100, 149  # the damaged ones
+TURN = 160  # the frame at which a camera over a photograph turns back, some frames after the damage
+SEEN = 35  # dB of luma PSNR that damaged frames have at most, or nobody would call them damaged
 JOBS = 2
 STRENGTHS = ('weak', 'medium', 'strong')
 DELIVERIES = {  # how a made clip reaches the analyser
@@ -33,19 +36,29 @@ DELIVERIES = {  # how a made clip reaches the analyser
 }
 
 
-def video(path, size, skip=0):
-    """A file's frames, one after the other at FPS."""
-    return (['-r', str(FPS), '-i', path], f'trim=start_frame={skip},setpts=N/{FPS}/TB,scale={size}:flags=area')
+def video(path, size, skip, count):
+    """`count` frames of a file, one after the other at FPS: forwards, backwards and forwards again. A frame at which
+    it turns is shown once."""
+    return (['-r', str(FPS), '-i', path],
+            f'trim=start_frame={skip}:end_frame={skip + count},scale={size}:flags=area,split=3[x][y][z];'
+            '[y]reverse,trim=start_frame=1[b];[z]trim=start_frame=1[c];'
+            f'[x][b][c]concat=n=3,setpts=N/{FPS}/TB')
 
 
-def photo(path, dx, dy, grain=0, scale='1280:720:force_original_aspect_ratio=increase:flags=area'):
-    """A camera that moves over a photograph by dx, dy samples a frame; grain: strength of its noise."""
+def photo(path, dx, dy, grain=0, scale='1280:720:force_original_aspect_ratio=increase:flags=area', start=(40, 20),
+          size=(640, 360)):
+    """A camera that goes over a photograph by dx, dy samples a frame, there and back; grain: strength of its noise."""
     noise = f',noise=c0s={grain}:c0f=t' if grain else ''
     # With chroma of half the size a crop goes by two samples: a slow move would stand still every second frame.
     fine = ',format=yuv444p' if max(dx, dy) == 1 else ''
     return (['-i', path],
             f'scale={scale}{fine},loop={FRAMES}:1:0,setpts=N/{FPS}/TB,'
-            f"crop=640:360:'40+{dx}*n':'20+{dy}*n'{noise}")
+            f"crop={size[0]}:{size[1]}:'{start[0]}+{dx}*({TURN}-abs(n-{TURN}))'"
+            f":'{start[1]}+{dy}*({TURN}-abs(n-{TURN}))'{noise}")
+
+
+def smallPhoto(path, dx, dy, grain=0):
+    return photo(path, dx, dy, grain, 'iw:ih', (0, 0), (352, 288))
 
 
 def generated(source):
@@ -55,17 +68,17 @@ def generated(source):
 # Name: (half, kind, (input, filter)). No picture is in both halves, though the same camera and the same film are:
 # "choose" is what levels are chosen by, "verify" what they are tried on.
 CLIPS = {
-    'cockatoo': ('choose', 'camera', video(IMAGEIO + 'cockatoo.mp4', '640:360')),
-    'balle': ('choose', 'camera', video(MECAVIDEO + 'balle-jbart.mp4', '480:384')),
+    'cockatoo': ('choose', 'camera', video(IMAGEIO + 'cockatoo.mp4', '640:360', 0, 280)),
+    'balle': ('choose', 'camera', video(MECAVIDEO + 'balle-jbart.mp4', '480:384', 0, 255)),
     'greenMeadow': ('choose', 'photo', photo(NATURE + 'GreenMeadow.jpg', 3, 1)),
     'ladyBird': ('choose', 'photo', photo(NATURE + 'LadyBird.jpg', 1, 1, 4)),
     'wood': ('choose', 'photo', photo(NATURE + 'Wood.jpg', 2, 2)),
-    'storm': ('choose', 'photo', photo(NATURE + 'Storm.jpg', 4, 0, 4)),
+    'storm': ('choose', 'photo', photo(NATURE + 'Storm.jpg', 4, 0, 4, start=(0, 20))),
     'freshFlower': ('choose', 'photo', photo(NATURE + 'FreshFlower.jpg', 2, 0)),
     'testsrc2': ('choose', 'graphics', generated('testsrc2=s=640x360')),
     'gradients': ('choose', 'graphics', generated('gradients=s=640x360:seed=7:speed=0.05:nb_colors=5')),
-    'megamind': ('choose', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 2)),  # begins with a black frame
-    'vtest': ('choose', 'camera', video(OPENCV + 'vtest.avi', '480:360')),
+    'megamind': ('choose', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 2, 152)),  # from its first picture
+    'vtest': ('choose', 'camera', video(OPENCV + 'vtest.avi', '480:360', 0, 300)),
     'garden': ('choose', 'photo', photo(NATURE + 'Garden.jpg', 2, 1)),
     'dune': ('choose', 'photo', photo(NATURE + 'Dune.jpg', 3, 0, 4)),
     'twoWings': ('choose', 'photo', photo(NATURE + 'TwoWings.jpg', 1, 2)),
@@ -73,14 +86,23 @@ CLIPS = {
     'blinds': ('choose', 'photo', photo(NATURE + 'Blinds.jpg', 2, 1)),
     'mandelbrot': ('choose', 'graphics', generated('mandelbrot=s=640x360')),
     'sierpinski': ('choose', 'graphics', generated('sierpinski=s=640x360:seed=3')),
-    'megamindLater': ('verify', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 120)),
-    'vtestLater': ('verify', 'camera', video(OPENCV + 'vtest.avi', '480:360', 500)),
+    'elephants': ('choose', 'photo', photo(ABSTRACT + 'Elephants.jpg', 2, 1)),
+    'building': ('choose', 'photo', photo(OPENCV + 'building.jpg', 1, 1, 0, 'iw:ih')),
+    'stuff': ('choose', 'photo', smallPhoto(OPENCV + 'stuff.jpg', 1, 1)),
+    'baboon': ('choose', 'photo', smallPhoto(OPENCV + 'baboon.jpg', 1, 1)),
+    'fruits': ('choose', 'photo', smallPhoto(OPENCV + 'fruits.jpg', 1, 1, 4)),
+    'astronaut': ('choose', 'photo', smallPhoto(IMAGEIO + 'astronaut.png', 1, 1)),
+    'megamindLater': ('verify', 'camera', video(OPENCV + 'Megamind.avi', '480:352', 154, 116)),
+    'vtestLater': ('verify', 'camera', video(OPENCV + 'vtest.avi', '480:360', 490, 300)),
     'aqua': ('verify', 'photo', photo(NATURE + 'Aqua.jpg', 2, 1)),
     'rainDrops': ('verify', 'photo', photo(NATURE + 'RainDrops.jpg', 3, 1, 4)),
     'aloe': ('verify', 'photo', photo(OPENCV + 'aloeL.jpg', 2, 2)),
-    'leuven': ('verify', 'photo', photo(OPENCV + 'leuvenA.jpg', 1, 1, 4, 'iw:ih')),
+    'leuven': ('verify', 'photo', photo(OPENCV + 'leuvenA.jpg', 0, 1, 4, 'iw:ih')),
     'graf': ('verify', 'photo', photo(OPENCV + 'graf1.png', 0, 1, 0, 'iw:ih')),
     'starryNight': ('verify', 'photo', photo(OPENCV + 'starry_night.jpg', 0, 1, 0, 'iw:ih')),
+    'messi': ('verify', 'photo', smallPhoto(OPENCV + 'messi5.jpg', 1, 0)),
+    'squirrel': ('verify', 'photo', smallPhoto(OPENCV + 'squirrel_cls.jpg', 1, 0, 4)),
+    'rubberWhale': ('verify', 'photo', smallPhoto(OPENCV + 'rubberwhale1.png', 1, 0)),
     'cellauto': ('verify', 'graphics', generated('cellauto=s=640x360:rule=110:random_seed=5')),
     'gradientsLater': ('verify', 'graphics', generated('gradients=s=640x360:seed=11:speed=0.02:nb_colors=8')),
 }
@@ -107,8 +129,8 @@ ORIGINALS = {
 TRUE_EVENTS = {
     'cockatoo.mp4': [('blur', 150, 180)],  # out of focus
     'Megamind.avi': [('black', 0, 0), ('scene_cut', 98, 98), ('scene_cut', 154, 154), ('scene_cut', 200, 200)],
-    'megamind': [('scene_cut', 96, 96)],
-    'megamindLater': [('scene_cut', 34, 34), ('scene_cut', 80, 80)],
+    'megamind': [('scene_cut', 96, 96), ('scene_cut', 207, 207)],
+    'megamindLater': [('scene_cut', 46, 46), ('scene_cut', 185, 185), ('scene_cut', 276, 276)],
 }
 
 # --- damage: one filter graph from [clean] to [damaged] for each type and strength --------------------------
@@ -243,43 +265,76 @@ def sourceOf(options, clip):
 
 def makeSource(options, clip):
     _, _, (inputs, filters) = CLIPS[clip]
-    ffmpeg(*inputs, '-vf', f'{filters},format=yuv420p', '-frames:v', FRAMES, '-c:v', 'utvideo',
+    ffmpeg(*inputs, '-vf', f'{filters},format=yuv420p', '-frames:v', FRAMES, '-an', '-c:v', 'utvideo',
            sourceOf(options, clip))
 
 
-def deliver(folder, name, inputs, graph, frames=FRAMES):
-    """Writes [damaged] of a graph in every delivery: FOLDER/NAME.DELIVERY.mkv."""
-    ends = ''.join(f'[{delivery}]' for delivery in DELIVERIES)
+def deliver(folder, name, inputs, graph, deliveries, frames=FRAMES):
+    """Writes [damaged] of a graph in these deliveries: FOLDER/NAME.DELIVERY.mkv."""
+    ends = ''.join(f'[{delivery}]' for delivery in deliveries)
     outputs = []
-    for delivery, encoding in DELIVERIES.items():
-        outputs += ['-map', f'[{delivery}]', '-frames:v', frames, *encoding, folder / f'{name}.{delivery}.mkv']
-    ffmpeg(*inputs, '-filter_complex', f'{graph};[damaged]format=yuv420p,split={len(DELIVERIES)}{ends}', *outputs)
+    for delivery in deliveries:
+        outputs += ['-map', f'[{delivery}]', '-frames:v', frames, *DELIVERIES[delivery],
+                    folder / f'{name}.{delivery}.mkv']
+    ffmpeg(*inputs, '-filter_complex', f'{graph};[damaged]format=yuv420p,split={len(deliveries)}{ends}', *outputs)
+
+
+def errorsOf(options, clip, name):
+    """Where ffmpeg's psnr filter writes what was damaged, frame by frame."""
+    return options.work / 'errors' / clip / f'{name}.txt'
+
+
+def measured(path):
+    """[damaged] is held against [true] on its way; both are counted by frames, whatever times they have."""
+    count = f'settb=1/{FPS},setpts=N'
+    return (f';[damaged]split[seen][measured];[measured]format=yuv420p,{count}[m];[true]{count}[t];'
+            f'[m][t]psnr=stats_file={path},nullsink;[seen]null[damaged]')
 
 
 def makeDamaged(options, folder, clip, kind, strength, throughout):
     source = sourceOf(options, clip)
     inputs = ['-i', source]
     graph = '[clean]null[damaged]'
-    name = f'{kind}.{strength}' + ('.throughout' if throughout else '')
+    name = nameOf(kind, strength, throughout)
+    coarse = None
     if kind == 'blockiness':
-        coarse = folder.with_name(f'{clip}.{name}.avi')
+        coarse = folder.with_name(f'{clip}.{name}.avi')  # not beside the clips, which are all analysed
         ffmpeg('-i', source, '-c:v', 'mpeg4', '-qscale:v', QUANTISERS[strength], coarse)
         inputs += ['-i', coarse]
     if kind != 'clean':
         graph = damages(sizeOf(source))[kind][STRENGTHS.index(strength)]
     if throughout:
         graph = graph.replace(f':{WINDOW}', '').replace(f'={WINDOW}:', '=')
-    deliver(folder, name, inputs, f'[0:v]null[clean];{graph}')
+    errors = errorsOf(options, clip, name)
+    errors.parent.mkdir(parents=True, exist_ok=True)
+    deliver(folder, name, inputs, f'[0:v]split[clean][true];{graph}{measured(errors)}', deliveriesOf(strength))
+    if coarse:
+        coarse.unlink()
 
 
-def versionsOf():
-    """Kind, strength, whether it lasts throughout, of everything that is made of a clip."""
-    yield 'clean', 'none', False
+def nameOf(kind, strength, throughout):
+    return f'{kind}.{strength}' + ('.throughout' if throughout else '')
+
+
+def deliveriesOf(strength):
+    """What is to show the limits only is made as most files are."""
+    return ('h264',) if strength in ('weak', 'strong') else tuple(DELIVERIES)
+
+
+def versionsOf(strengths):
+    """Kind, strength, whether it lasts throughout, of everything that is made of a clip at these strengths."""
+    if 'none' in strengths:
+        yield 'clean', 'none', False
     for kind in damages((640, 360)):
-        for strength in STRENGTHS:
-            yield kind, strength, False
-        if kind in THROUGHOUT:
+        for strength in strengths:
+            if strength != 'none':
+                yield kind, strength, False
+        if kind in THROUGHOUT and 'medium' in strengths:
             yield kind, 'medium', True
+
+
+# Part of the results: strengths. In the order in which they are made: levels are chosen by the first part.
+PARTS = {'middle': ('none', 'medium'), 'ends': ('weak', 'strong')}
 
 
 def makeCuts(options, folder, half):
@@ -294,7 +349,7 @@ def makeCuts(options, folder, half):
                       f'[c{start}x{i}];')
     order = ''.join(f'[c{start}x{i}]' for start in (0, 100) for i in range(len(clips)))
     count = 2 * len(clips)
-    deliver(folder, f'cuts.{half}', inputs, f'{graph}{order}concat=n={count}[damaged]', count * FPS)
+    deliver(folder, f'cuts.{half}', inputs, f'{graph}{order}concat=n={count}[damaged]', DELIVERIES, count * FPS)
 
 
 def make(options):
@@ -310,7 +365,7 @@ def make(options):
             folder.mkdir(parents=True, exist_ok=True)
             fill(folder)
             analyse(options, folder, ['.'], name)
-            for path in [*folder.iterdir(), *folder.parent.glob(f'{name}.*.avi')]:
+            for path in folder.iterdir():
                 path.unlink()
 
         (options.work / 'sources').mkdir(parents=True, exist_ok=True)
@@ -318,27 +373,38 @@ def make(options):
         for name, (_, folder) in ORIGINALS.items():
             analyse(options, folder, [name], f'originals/{name}')
         inFolder('cuts', lambda folder: each(lambda half: makeCuts(options, folder, half), ('choose', 'verify')))
-        for clip in CLIPS:
-            inFolder(clip, lambda folder, clip=clip: each(
-                lambda version: makeDamaged(options, folder, clip, *version), versionsOf()))
-            print(clip, flush=True)
+        for part, strengths in PARTS.items():
+            for clip in CLIPS:
+                inFolder(f'{clip}.{part}', lambda folder, clip=clip, strengths=strengths: each(
+                    lambda version: makeDamaged(options, folder, clip, *version), versionsOf(strengths)))
+                print(clip, part, flush=True)
 
 
 # --- what was made and what was found -----------------------------------------------------------------------
 
 
 class Version:
-    """One analysed file. truth: (type, first frame, last frame) of what is there; kind: clean, cuts or the damage."""
+    """One analysed file. truth: (type, first frame, last frame) of what is there; kind: clean, cuts or the damage;
+    isSeen: the damage changes the picture enough to be called damage."""
 
-    def __init__(self, folder, half, material, delivery, kind, strength, truth):
+    def __init__(self, folder, half, material, delivery, kind, strength, truth, isSeen=True):
         self.folder, self.half, self.material, self.delivery = folder, half, material, delivery
         self.kind, self.strength, self.truth = kind, strength, truth
+        self.isSeen = isSeen
         self.events = []  # (type, first frame, last frame)
 
     def frames(self):
         with open(self.folder / 'frames.csv', newline='', encoding='utf-8') as file:
             return list(csv.DictReader(file))
 
+
+def psnr(path, damage):
+    """Of the luma of the damaged frames together, against what they should be, in dB."""
+    _, first, last = damage
+    with open(path, encoding='ascii') as file:
+        errors = [float(dict(word.split(':') for word in line.split())['mse_y']) for line in file]
+    error = sum(errors[first:last + 1]) / (last - first + 1)
+    return 10 * math.log10(255 ** 2 / error) if error > 0 else math.inf
 
 
 def versions(options):
@@ -352,14 +418,17 @@ def versions(options):
             truth = [('scene_cut', k * FPS, k * FPS) for k in range(1, count)]
             yield Version(results / 'cuts' / f'cuts.{half}.{delivery}.mkv.lumascan', half, 'mixed', delivery, 'cuts',
                           'medium', truth)
+    for part, strengths in PARTS.items():
         for clip, (half, material, _) in CLIPS.items():
-            for kind, strength, throughout in versionsOf():
-                name = f'{kind}.{strength}' + ('.throughout' if throughout else '')
+            for kind, strength, throughout in versionsOf(strengths):
+                name = nameOf(kind, strength, throughout)
                 last = FIRST + FREEZES[strength] - 1 if kind == 'freeze' else LAST
                 damage = (kind, 0, FRAMES - 1) if throughout else (kind, FIRST, last)
-                yield Version(results / clip / f'{name}.{delivery}.mkv.lumascan', half, material, delivery, kind,
-                              'throughout' if throughout else strength,
-                              TRUE_EVENTS.get(clip, []) + ([damage] if kind != 'clean' else []))
+                isSeen = kind == 'clean' or psnr(errorsOf(options, clip, name), damage) <= SEEN
+                for delivery in deliveriesOf(strength):
+                    yield Version(results / f'{clip}.{part}' / f'{name}.{delivery}.mkv.lumascan', half, material,
+                                  delivery, kind, 'throughout' if throughout else strength,
+                                  TRUE_EVENTS.get(clip, []) + ([damage] if kind != 'clean' else []), isSeen)
 
 
 def overlap(a, b):
