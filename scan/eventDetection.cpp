@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <limits>
 #include <tuple>
 
@@ -102,23 +103,33 @@ bool isBeyond(double value, double level, Direction direction) {
   return direction == Direction::ABOVE ? value >= level : value <= level;
 }
 
-// The threshold's own levels, or those taken from the file's median where these lie further out:
-// what counts is beyond both.
-Levels levelsOf(const Scene& scene, const Values& values) {
-  const Threshold& threshold = scene.threshold;
-  const Levels own = {threshold.enter, threshold.leave};
-  if (threshold.ratio > 0.0) {
-    const double needed = threshold.ratio * medianOf(values);
-    return needed > own.enter ? Levels{needed, needed * (own.leave / own.enter)} : own;
-  }
-  if (!(threshold.mad > 0.0)) return own;
+Levels atMultipleOfMedian(const Threshold& threshold, const Values& values) {
+  const double needed = threshold.ratio * medianOf(values);
+  return {needed, needed * (threshold.leave / threshold.enter)};
+}
+
+Levels atDistanceFromMedian(const Threshold& threshold, const Values& values, Direction direction) {
   const double median = medianOf(values);
   Values deviations;
   for (const double value : values) deviations.push_back(std::fabs(value - median));
   const double distance = std::max(threshold.mad * medianOf(deviations), threshold.least);
-  const double sign = scene.rule.direction == Direction::ABOVE ? 1.0 : -1.0;
-  const Levels relative = {median + sign * distance, median + sign * RELATIVE_LEAVE * distance};
-  return isBeyond(own.enter, relative.enter, scene.rule.direction) ? own : relative;
+  const double sign = direction == Direction::ABOVE ? 1.0 : -1.0;
+  return {median + sign * distance, median + sign * RELATIVE_LEAVE * distance};
+}
+
+// The threshold's own levels, or those taken from the file's median where these lie further out:
+// what counts is beyond both.
+Levels levelsOf(const Scene& scene, const Values& values) {
+  const Threshold& threshold = scene.threshold;
+  const Direction direction = scene.rule.direction;
+  const Levels own = {threshold.enter, threshold.leave};
+  if (!(threshold.ratio > 0.0 || threshold.mad > 0.0)) return own;
+  Levels relative = threshold.ratio > 0.0 ? atMultipleOfMedian(threshold, values)
+                                          : atDistanceFromMedian(threshold, values, direction);
+  if (isBeyond(relative.enter, threshold.alone, direction)) {
+    relative = {threshold.alone, threshold.alone + (own.leave - own.enter)};
+  }
+  return isBeyond(own.enter, relative.enter, direction) ? own : relative;
 }
 
 bool isBlack(const FrameTable& table, size_t row) {
@@ -152,9 +163,36 @@ void spreadOverPeriods(Values* values) {
   for (size_t i = spoken + 1; i < values->size(); ++i) values->set(i, (*values)[i - 1]);
 }
 
+// The worst value of the last seconds that the threshold names. An undefined one stays undefined.
+Values worstOfLastSeconds(const Scene& scene, const Values& values) {
+  struct Held {
+    double value;
+    double since;  // seconds
+  };
+  const double seconds = scene.threshold.holdSeconds - ROUNDING;
+  std::deque<Held> worst;  // each less bad than the one before
+  Values held;
+  for (size_t i = 0; i < values.size(); ++i) {
+    const double value = values[i];
+    const double now = scene.times.elapsed[i];
+    if (std::isnan(value)) {
+      held.push_back(value);
+      continue;
+    }
+    while (!worst.empty() && isBeyond(value, worst.back().value, scene.rule.direction)) {
+      worst.pop_back();
+    }
+    worst.push_back({value, now});
+    while (worst.size() > 1 && !(now - worst.front().since < seconds)) worst.pop_front();
+    held.push_back(worst.front().value);
+  }
+  return held;
+}
+
 // The values that are held against the threshold.
-Values consideredValues(const FrameTable& table, const EventRule& rule) {
-  const std::string_view indicator = rule.indicator;
+Values consideredValues(const Scene& scene) {
+  const FrameTable& table = scene.table;
+  const std::string_view indicator = scene.rule.indicator;
   Values values = table.values[indicatorNamed(indicator)];
   if (indicator == "freezing") goBackToFirstStillFrame(table, &values);
   if (indicator == "flickering") {
@@ -164,6 +202,7 @@ Values consideredValues(const FrameTable& table, const EventRule& rule) {
       if (isBlack(table, i)) values.set(i, UNKNOWN);
     }
   }
+  if (scene.threshold.holdSeconds > 0.0) return worstOfLastSeconds(scene, values);
   return values;
 }
 
@@ -181,7 +220,7 @@ size_t worstRow(const Values& values, size_t first, size_t last, Direction direc
 }
 
 void findStretches(const Scene& scene, std::vector<Event>* events) {
-  const Values values = consideredValues(scene.table, scene.rule);
+  const Values values = consideredValues(scene);
   const Levels levels = levelsOf(scene, values);
   const Direction direction = scene.rule.direction;
   const size_t rows = values.size();

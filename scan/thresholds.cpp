@@ -25,8 +25,10 @@ struct NumberKey {
 };
 
 constexpr NumberKey NUMBER_KEYS[] = {
-    {"enter", &Threshold::enter}, {"leave", &Threshold::leave}, {"min_s", &Threshold::minSeconds},
-    {"mad", &Threshold::mad},     {"least", &Threshold::least}, {"ratio", &Threshold::ratio},
+    {"enter", &Threshold::enter},      {"leave", &Threshold::leave},
+    {"min_s", &Threshold::minSeconds}, {"mad", &Threshold::mad},
+    {"least", &Threshold::least},      {"ratio", &Threshold::ratio},
+    {"alone", &Threshold::alone},      {"hold_s", &Threshold::holdSeconds},
 };
 
 std::string setNumber(const std::string& place, const Json& value, double* number) {
@@ -67,8 +69,9 @@ std::string setKey(const std::string& type, const std::string& key, const Json& 
 std::string contradiction(const EventRule& rule, const Threshold& threshold) {
   const std::string type = rule.type;
   for (const NumberKey& key : NUMBER_KEYS) {
-    const bool mayBeNegative = rule.kind == EventKind::STRETCH &&
-                               (key.field == &Threshold::enter || key.field == &Threshold::leave);
+    const bool isLevel = key.field == &Threshold::enter || key.field == &Threshold::leave ||
+                         key.field == &Threshold::alone;
+    const bool mayBeNegative = rule.kind == EventKind::STRETCH && isLevel;
     if (threshold.*key.field < 0.0 && !mayBeNegative) return type + "." + key.name + " is negative";
   }
   const bool isAbove = rule.direction == Direction::ABOVE;
@@ -121,28 +124,28 @@ const std::array<EventRule, EVENT_TYPES> EVENT_RULES = {{
      Direction::ABOVE},
 }};
 
-// enter, leave, min_s, severity, enabled, mad, least, ratio. docs/thresholds.md says how they were
-// chosen and what they find.
+// enter, leave, min_s, severity, enabled, mad, least, ratio, alone, hold_s. docs/thresholds.md says
+// how they were chosen and what they find.
 const Thresholds DEFAULT_THRESHOLDS = {{
-    {1.0, 1.0, 0.2, WARN, true, NONE, NONE, NONE},      // black
-    {1.0, 1.0, 0.3, FAIL, true, NONE, NONE, NONE},      // freeze
-    {0.05, 0.03, 0.3, WARN, true, NONE, NONE, NONE},    // letterbox
-    {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE},    // pillarbox
-    {0.03, 0.015, 0.3, WARN, true, NONE, NONE, NONE},   // combing
-    {20.0, 6.0, 0.4, FAIL, true, NONE, NONE, NONE},     // block_loss
-    {18.0, 6.0, 0.3, WARN, true, NONE, NONE, 8.0},      // slice
-    {0.83, 0.75, 0.9, WARN, true, NONE, NONE, NONE},    // flicker
-    {175.0, 168.0, 0.3, WARN, true, NONE, NONE, NONE},  // over_exposure
-    {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE},    // under_exposure
-    {9.7, 10.7, 0.3, WARN, true, NONE, NONE, NONE},     // low_contrast
-    {0.8, 0.9, 0.3, WARN, true, 6.0, 0.1, NONE},        // blockiness
-    {5.0, 4.5, 1.0, WARN, true, 6.0, 0.5, NONE},        // blur
-    {2.0, 1.6, 0.3, WARN, true, 6.0, 0.3, NONE},        // noise
-    {20.0, NONE, NONE, INFO, true, NONE, NONE, 4.0},    // scene_cut
-    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE},   // decode_error
-    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE},   // truncation
-    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE},   // size_change
-    {0.5, NONE, NONE, WARN, true, NONE, NONE, 3.0},     // timestamp_gap
+    {1.0, 1.0, 0.2, WARN, true, NONE, NONE, NONE, NONE, NONE},       // black
+    {1.0, 1.0, 0.3, FAIL, true, NONE, NONE, NONE, NONE, NONE},       // freeze
+    {0.05, 0.03, 0.3, WARN, true, NONE, NONE, NONE, NONE, NONE},     // letterbox
+    {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE},     // pillarbox
+    {0.027, 0.0135, 0.5, WARN, true, NONE, NONE, NONE, NONE, NONE},  // combing
+    {20.0, 7.0, 0.6, FAIL, true, NONE, NONE, 4.0, 300.0, 0.3},       // block_loss
+    {10.0, 4.0, 0.2, WARN, true, NONE, NONE, 5.0, NONE, NONE},       // slice
+    {0.83, 0.75, 0.9, WARN, true, NONE, NONE, NONE, NONE, NONE},     // flicker
+    {152.0, 146.0, 0.3, WARN, true, 4.0, 25.0, NONE, 175.0, NONE},   // over_exposure
+    {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE},     // under_exposure
+    {15.5, 17.0, 0.3, WARN, true, 4.0, 20.0, NONE, 9.7, NONE},       // low_contrast
+    {0.63, 0.7, 1.0, WARN, true, 6.0, 0.25, NONE, NONE, 0.6},        // blockiness
+    {5.5, 5.0, 1.0, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // blur
+    {3.0, 2.4, 0.3, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // noise
+    {20.0, NONE, NONE, INFO, true, NONE, NONE, 3.5, NONE, NONE},     // scene_cut
+    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // decode_error
+    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // truncation
+    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // size_change
+    {0.5, NONE, NONE, WARN, true, NONE, NONE, 3.0, NONE, NONE},      // timestamp_gap
 }};
 
 size_t eventTypeNamed(std::string_view type) {

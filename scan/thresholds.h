@@ -53,6 +53,11 @@ struct Threshold {
   // TIMESTAMP_GAP, of the whole file for those STRETCH types above whose indicator has a level of
   // its own in every file.
   double ratio;
+  // STRETCH types with one of these: what lies here or beyond needs not be held against the file.
+  double alone;
+  // Some STRETCH types are held against the worst value of the last so many seconds, since what
+  // they look for shows in some frames only; 0: against that of the frame.
+  double holdSeconds;
 };
 
 // In the same order, which is the order of files, too.
@@ -64,8 +69,9 @@ extern const Thresholds DEFAULT_THRESHOLDS;
 size_t eventTypeNamed(std::string_view type);
 
 // Changes what a JSON file of the form {"blur": {"enter": 9, "leave": 8, "min_s": 1, "mad": 6,
-// "least": 2, "severity": "fail", "enabled": true}, "scene_cut": {"ratio": 4}} names, and leaves
-// the rest. Returns an empty text, or what is wrong; nothing is changed then.
+// "least": 2, "severity": "fail", "enabled": true}, "scene_cut": {"ratio": 4}, "block_loss":
+// {"alone": 300, "hold_s": 0.3}} names, and leaves the rest. Returns an empty text, or what is
+// wrong; nothing is changed then.
 std::string readThresholds(const std::string& path, Thresholds* thresholds);
 
 // An object of such objects, with every type and all that can be set of it.

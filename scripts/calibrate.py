@@ -7,11 +7,12 @@ usage: calibrate.py make   WORK LUMASCAN   makes all clips and analyses them, in
 
 docs/thresholds.md says what is made and what is counted. Needs ffmpeg and, for their pictures, the Debian packages
 python3-imageio, python3-mecavideo, opencv-doc and mate-backgrounds. The figures are those of the program's rules;
-`search` has a short form of them, to try levels quickly.
+`search` has its own form of them, to try levels quickly.
 """
 import argparse
 import concurrent.futures
 import csv
+import itertools
 import math
 import pathlib
 import subprocess
@@ -47,7 +48,7 @@ def video(path, size, skip, count):
 
 def photo(path, dx, dy, grain=0, scale='1280:720:force_original_aspect_ratio=increase:flags=area', start=(40, 20),
           size=(640, 360)):
-    """A camera that goes over a photograph by dx, dy samples a frame, there and back; grain: strength of its noise."""
+    """A camera that goes over a photograph by dx, dy samples a frame, and back; grain: strength of its noise."""
     noise = f',noise=c0s={grain}:c0f=t' if grain else ''
     # With chroma of half the size a crop goes by two samples: a slow move would stand still every second frame.
     fine = ',format=yuv444p' if max(dx, dy) == 1 else ''
@@ -454,19 +455,78 @@ STRETCHES = {  # type: (indicator, sign: 1 where high is worse)
     'over_exposure': ('exposure', 1), 'under_exposure': ('exposure', -1), 'low_contrast': ('contrast', -1),
     'blockiness': ('blockiness', -1), 'blur': ('blur', 1), 'noise': ('noise', 1),
 }
-RELATIVE = {'blur': (1, 2, 3, 4, 6), 'noise': (0.5, 1, 2, 3, 4), 'blockiness': (0.1, 0.2, 0.3, 0.4, 0.5)}
+
+# What is tried, in the words of thresholds.cpp; `leave` as a share of `enter`.
+TRIED = {
+    'letterbox': {'enter': (0.03, 0.05, 0.07), 'leave': (0.6,), 'min_s': (0.2, 0.3, 0.5)},
+    'pillarbox': {'enter': (0.03, 0.05, 0.06, 0.08), 'leave': (0.6,), 'min_s': (0.3, 0.5, 0.8, 1)},
+    'combing': {'enter': (0.02, 0.025, 0.026, 0.027, 0.028, 0.03), 'leave': (0.5,), 'min_s': (0.3, 0.5, 1),
+                'hold_s': (0, 0.3)},
+    'block_loss': {'enter': (10, 15, 20, 30), 'leave': (0.35,), 'min_s': (0.3, 0.4, 0.6), 'ratio': (0, 3, 4, 5),
+                   'alone': (200, 300, 400), 'hold_s': (0, 0.3, 0.5)},
+    'slice': {'enter': (8, 10, 12, 18, 25), 'leave': (0.4,), 'min_s': (0.2, 0.3, 0.6), 'ratio': (4, 5, 6, 8),
+              'hold_s': (0, 0.3)},
+    'flicker': {'enter': (0.7, 0.75, 0.8, 0.83, 0.85), 'leave': (0.9,), 'min_s': (0.6, 0.9, 1.2)},
+    'over_exposure': {'enter': (145, 150, 155, 160, 175), 'leave': (0.96,), 'min_s': (0.3,), 'mad': (0, 4, 6),
+                      'least': (20, 25, 30), 'alone': (175,)},
+    'under_exposure': {'enter': (60, 70, 78, 85), 'leave': (1.05,), 'min_s': (0.3, 1)},
+    'low_contrast': {'enter': (9.7, 12, 14.6, 15.5, 18, 22), 'leave': (1.1,), 'min_s': (0.3,), 'mad': (0, 2, 4),
+                     'least': (15, 20), 'alone': (9.7,)},
+    'blockiness': {'enter': (0.5, 0.55, 0.6, 0.62, 0.65, 0.7, 0.8), 'leave': (1.12,), 'min_s': (0.3, 0.7, 0.8, 1),
+                   'mad': (6,), 'least': (0.1, 0.15, 0.25), 'hold_s': (0, 0.5, 0.6)},
+    'blur': {'enter': (5, 5.5, 6), 'leave': (0.9,), 'min_s': (1,), 'mad': (6,), 'least': (0.5, 1, 2, 3)},
+    'noise': {'enter': (2, 3, 4, 5), 'leave': (0.8,), 'min_s': (0.3,), 'mad': (6,), 'least': (0.3, 1, 2, 3)},
+}
 
 
-def column(version, indicator):
+class Series:
+    """What a type's rule looks at in one file: values turned so that high is worse, None if undefined, and times."""
+
+    def __init__(self, values, times, ends):
+        self.values, self.times, self.ends = values, times, ends
+        self.held = {}  # seconds: (values, median, deviation)
+
+    def heldFor(self, seconds):
+        if seconds not in self.held:
+            values = self.values
+            if seconds:
+                values = []
+                first = 0
+                for i, value in enumerate(self.values):
+                    while self.times[i] - self.times[first] >= seconds - 1e-3:
+                        first += 1
+                    values.append(None if value is None else
+                                  max(one for one in self.values[first:i + 1] if one is not None))
+            defined = [value for value in values if value is not None] or [math.nan]
+            middle = median(defined)
+            self.held[seconds] = values, middle, median([abs(value - middle) for value in defined])
+        return self.held[seconds]
+
+
+def seriesOf(version, kind):
+    indicator, sign = STRETCHES[kind]
     rows = version.frames()
-    values = [float(row[indicator]) if row[indicator] else None for row in rows]
+    values = [sign * float(row[indicator]) if row[indicator] else None for row in rows]
     if indicator == 'flickering':
-        for i in reversed(range(len(values))):
-            if values[i] is None and i + 1 < len(values) and i > 0:
-                values[i] = values[i + 1]
+        values = spreadOverPeriods(values)
     else:
         values = [None if row['blackout'] == '1' else value for row, value in zip(rows, values)]
-    return values
+    times = [float(row['time_s']) for row in rows]
+    return Series(values, times, [time + float(row['duration_s'] or 0) for time, row in zip(times, rows)])
+
+
+def spreadOverPeriods(values):
+    last, age, spoken = None, 0, len(values)
+    values = list(values)
+    for i in reversed(range(len(values))):
+        if values[i] is not None:
+            if last is None:
+                spoken = i
+            last, age = values[i], 0
+        elif age < 8:
+            values[i] = last
+        age += 1
+    return values[:spoken + 1] + values[spoken:spoken + 1] * (len(values) - spoken - 1)
 
 
 def median(values):
@@ -475,15 +535,32 @@ def median(values):
     return values[middle] if len(values) % 2 else (values[middle - 1] + values[middle]) / 2
 
 
-def stretches(kind, values, enter, leave, least):
-    """Values turned so that high is worse."""
+def levelsOf(kind, level, middle, deviation):
+    sign = STRETCHES[kind][1]
+    enter, leave = sign * level['enter'], sign * level['enter'] * level['leave']
+    if not (level.get('ratio') or level.get('mad')):
+        return enter, leave
+    if level.get('ratio'):
+        relative = level['ratio'] * middle, level['ratio'] * middle * level['leave']
+    else:
+        reach = max(level['mad'] * deviation, level['least'])
+        relative = middle + reach, middle + 0.75 * reach
+    alone = sign * level['alone'] if 'alone' in level else math.inf
+    if relative[0] >= alone:
+        relative = alone, alone + leave - enter
+    return (enter, leave) if enter >= relative[0] else relative
+
+
+def eventsOf(kind, series, level):
+    values, middle, deviation = series.heldFor(level.get('hold_s', 0))
+    enter, leave = levelsOf(kind, level, middle, deviation)
     found = []
     i = 0
     while i < len(values):
         start = i
         while i < len(values) and values[i] is not None and values[i] >= enter:
             i += 1
-        if i > start and i - start >= least:
+        if i > start and series.ends[i - 1] - series.times[start] >= level['min_s'] - 1e-3:
             while i < len(values) and values[i] is not None and values[i] >= leave:
                 i += 1
             found.append((kind, start, i - 1))
@@ -492,51 +569,37 @@ def stretches(kind, values, enter, leave, least):
     return found
 
 
-def relativeLevels(values, mads, distance):
-    defined = [value for value in values if value is not None]
-    if not defined:
-        return math.inf, math.inf
-    middle = median(defined)
-    reach = max(mads * median([abs(value - middle) for value in defined]), distance)
-    return middle + reach, middle + 0.75 * reach
+def shownWithin(series, other):
+    """A film: two seconds of another scene instead of the frames that are damaged elsewhere."""
+    return Series(series.values[:FIRST] + other.values[:LAST + 1 - FIRST] + series.values[LAST + 1:], series.times,
+                  series.ends)
 
 
 def tryLevels(options):
-    """Prints, of every type, what levels find of the clips for choosing: medium damage found, false events."""
+    """Prints, of every type, the levels that nothing tried beats among the clips for choosing: by medium damage
+    found, by false events in clean files, in the clips of cuts, and where one clean clip shows a scene of another."""
     every = [version for version in versions(options) if version.half == 'choose']
-    for kind, (indicator, sign) in STRETCHES.items():
-        columns = {version: [None if value is None else sign * value for value in column(version, indicator)]
-                   for version in every if version.kind in ('clean', kind)}
-        damaged = [version for version in columns if version.strength in ('medium', 'throughout')]
-        clean = [version for version in columns if version.kind == 'clean']
-        levels = sorted({value for version in columns for value in columns[version] if value is not None})
-        levels = sorted({float(f'{levels[len(levels) * k // 80]:.3g}') for k in range(80)})
-
-        def outcome(findIn):
-            events = {version: findIn(columns[version]) for version in columns}
-            found = [isFound(version.truth[-1], events[version]) for version in damaged]
-            false = sum(isFalse(event, version.truth) for version in clean for event in events[version])
-            return sum(found) / len(found), false
-
-        print(f'\n{kind}')
-        for least in (1, 5, 12, 25):
-            lines = []
-            for enter in levels:
-                leave = enter - 0.15 * abs(enter)
-                recall, false = outcome(lambda values, enter=enter, leave=leave, least=least:
-                                        stretches(kind, values, enter, leave, least))
-                lines.append((false, -recall, enter))
-            for wanted in (0.8, 0.9, 0.95, 1.0):
-                good = [line for line in lines if -line[1] >= wanted]
-                few = min(good, default=(0,))[0]
-                served = sorted(sign * line[2] for line in good if line[0] == few)
-                if served:
-                    print(f'  {least:3} frames: {wanted:.0%} found with {few} false from {served[0]} to {served[-1]}')
-        for distance in RELATIVE.get(kind, ()):
-            for mads in (3, 6, 9, 12):
-                recall, false = outcome(lambda values, mads=mads, distance=distance: stretches(
-                    kind, values, *relativeLevels(values, mads, distance), 12))
-                print(f'   12 frames, {mads} MAD, least {distance}: {recall:6.1%} found, {false} false')
+    for kind, grid in TRIED.items():
+        damaged = [(version, seriesOf(version, kind)) for version in every
+                   if version.kind == kind and version.strength == 'medium' and version.isSeen]
+        clean = [(version, seriesOf(version, kind)) for version in every if version.kind == 'clean']
+        cuts = [seriesOf(version, kind) for version in every if version.kind == 'cuts']
+        made = [series for version, series in clean if version.delivery == 'h264']
+        films = [shownWithin(one, other) for one in made for other in made if one is not other]
+        outcomes = []
+        for numbers in itertools.product(*grid.values()):
+            level = dict(zip(grid, numbers))
+            found = sum(isFound(version.truth[-1], eventsOf(kind, series, level)) for version, series in damaged)
+            false = sum(isFalse(event, version.truth) for version, series in clean
+                        for event in eventsOf(kind, series, level))
+            inCuts = sum(len(eventsOf(kind, series, level)) for series in cuts)
+            inFilms = sum(any(overlap(event, (kind, FIRST, LAST)) for event in eventsOf(kind, series, level))
+                          for series in films)
+            outcomes.append(((-found, false, inCuts, inFilms), level))
+        print(f'\n{kind}: found of {len(damaged)}, false, in cuts, in {len(films)} films')
+        for outcome, level in sorted(outcomes, key=lambda one: one[0]):
+            if not any(other != outcome and all(a <= b for a, b in zip(other, outcome)) for other, _ in outcomes):
+                print(f'  {-outcome[0]:3} {outcome[1]:3} {outcome[2]:3} {outcome[3]:4}  {level}')
 
 
 # --- figures ------------------------------------------------------------------------------------------------

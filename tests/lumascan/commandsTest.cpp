@@ -115,7 +115,8 @@ TEST(Commands, judgeStoredResultsAgain) {
   for (size_t i = 1; i < stored.size(); ++i) EXPECT_EQ(printed[i], "a.mp4," + stored[i]);
   // Any picture has a contrast below 200 levels.
   writeFile(directory.path + "/strict.json",
-            R"({"low_contrast": {"enter": 200, "leave": 201, "min_s": 0, "severity": "fail"}})");
+            R"({"low_contrast": {"enter": 200, "leave": 201, "min_s": 0, "mad": 0,
+                                "severity": "fail"}})");
   const Arguments strict = {"events", folder,      "--thresholds", "strict.json",
                             "--json", "--fail-on", "fail"};
   const ProgramRun changed = lumascan(directory, strict);

@@ -25,6 +25,8 @@ Thresholds only(const std::string& type, double enter, double leave, double minS
   threshold.minSeconds = minSeconds;
   threshold.isEnabled = true;
   if (!std::isnan(threshold.mad)) threshold.mad = 0.0;
+  threshold.alone = NONE;
+  threshold.holdSeconds = NONE;
   return thresholds;
 }
 
@@ -254,6 +256,93 @@ TEST(RelativeLevels, areAMultipleOfTheMedian_whereARatioIsAsked) {
   EXPECT_EQ(stretches(detectEvents(tableOf("slice", {99, 99, 99}), thresholds, WHOLE)), "");
   thresholds.at(eventTypeNamed("slice")).ratio = 0.0;
   EXPECT_EQ(stretches(detectEvents(tableOf("slice", {99, 99, 99}), thresholds, WHOLE)), "0-2");
+}
+
+TEST(RelativeLevels, areNotAskedOfWhatCountsAlone) {
+  Thresholds thresholds = only("over_exposure", 150, 140, 0);
+  Threshold& bright = thresholds.at(eventTypeNamed("over_exposure"));
+  bright.mad = 3.0;
+  bright.least = 30.0;
+  const auto brightOnes = [&](const Values& values) {
+    return detectEvents(tableOf("exposure", values), thresholds, WHOLE);
+  };
+  // Median 160, no deviations: from 190 on.
+  const Values pale = {160, 160, 160, 160, 160, 189, 190, 185, 160};
+  EXPECT_EQ(stretches(brightOnes(pale)), "6-7");
+  bright.alone = 180.0;  // and, as between the threshold's own levels, down to 10 less
+  const std::vector<Event> events = brightOnes(pale);
+  ASSERT_EQ(stretches(events), "5-7");
+  EXPECT_EQ(events[0].threshold, 180.0);
+  EXPECT_EQ(stretches(brightOnes({160, 160, 160, 160, 179, 180, 170, 169})), "5-6");
+  EXPECT_EQ(stretches(brightOnes({180, 180, 180})), "0-2");
+  EXPECT_EQ(stretches(brightOnes({179, 179, 179})), "");
+  // What lies nearer to the median than that is found as before.
+  EXPECT_EQ(stretches(brightOnes({120, 120, 120, 120, 150})), "4-4");
+  bright.alone = 100.0;  // the threshold's own level is asked of all
+  EXPECT_EQ(stretches(brightOnes({149, 149, 149})), "");
+}
+
+TEST(RelativeLevels, areNotAskedOfWhatCountsAlone_whereLowIsWorse) {
+  Thresholds thresholds = only("low_contrast", 20, 22, 0);
+  Threshold& flat = thresholds.at(eventTypeNamed("low_contrast"));
+  flat.mad = 3.0;
+  flat.least = 30.0;
+  flat.alone = 10.0;
+  const auto flatOnes = [&](const Values& values) {
+    return stretches(detectEvents(tableOf("contrast", values), thresholds, WHOLE));
+  };
+  EXPECT_EQ(flatOnes({15, 15, 15, 11, 10, 12, 12.1}), "4-5");
+  EXPECT_EQ(flatOnes({60, 60, 60, 60, 20}), "4-4");
+  flat.alone = NONE;
+  EXPECT_EQ(flatOnes({10, 10, 10}), "");
+}
+
+TEST(HeldValues, areTheWorstOfTheLastSeconds) {
+  // Three frames take 0.3 s.
+  Thresholds thresholds = only("blockiness", 0.5, 0.6, 0);
+  Threshold& blocky = thresholds.at(eventTypeNamed("blockiness"));
+  blocky.holdSeconds = 0.3;
+  const auto blockyOnes = [&](const Values& values) {
+    return detectEvents(tableOf("blockiness", values), thresholds, WHOLE);
+  };
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 1})), "1-3");
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 0.4, 1})), "1-3 5-6");
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 0.45, 1, 1, 1, 1})), "1-4");
+  const std::vector<Event> events = blockyOnes({1, 0.4, 1, 1, 0.3, 1, 1, 1});
+  ASSERT_EQ(stretches(events), "1-6");
+  EXPECT_EQ(events[0].peakFrame, 4);
+  EXPECT_EQ(events[0].peakValue, 0.3);
+  // One value takes 0.3 s, two that are three frames apart take twice as long.
+  blocky.minSeconds = 0.4;
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 1, 0.4, 1, 1, 0.4, 1, 1, 1})), "6-11");
+}
+
+TEST(HeldValues, areTheHighest_whereHighIsWorse) {
+  Thresholds thresholds = only("block_loss", 20, 10, 0);
+  Threshold& lost = thresholds.at(eventTypeNamed("block_loss"));
+  lost.ratio = 0.0;
+  lost.holdSeconds = 0.2;
+  EXPECT_EQ(stretches(detectEvents(tableOf("block_loss", {0, 30, 0, 0, 19, 0}), thresholds, WHOLE)),
+            "1-2");
+}
+
+TEST(HeldValues, goByTime_andLeaveUndefinedOnesOut) {
+  Thresholds thresholds = only("blockiness", 0.5, 0.6, 0);
+  thresholds.at(eventTypeNamed("blockiness")).holdSeconds = 0.3;
+  FrameTable table = tableOf("blockiness", {1, 0.4, NONE, 1, 1});
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "1-1 3-3");
+  table = tableOf("blockiness", {1, 0.4, 1, 1, 1});
+  table.time = {0.0, 0.1, 0.35, 0.45, 0.55};
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "1-2");
+  // A dip of each third frame is this file's own level.
+  thresholds.at(eventTypeNamed("blockiness")).mad = 6.0;
+  thresholds.at(eventTypeNamed("blockiness")).least = 0.25;
+  thresholds.at(eventTypeNamed("blockiness")).enter = 0.7;
+  thresholds.at(eventTypeNamed("blockiness")).leave = 0.7;
+  const FrameTable regular = tableOf("blockiness", {0.6, 1, 1, 0.6, 1, 1, 0.6, 1, 1});
+  EXPECT_EQ(stretches(detectEvents(regular, thresholds, WHOLE)), "");
+  thresholds.at(eventTypeNamed("blockiness")).holdSeconds = 0.0;
+  EXPECT_EQ(stretches(detectEvents(regular, thresholds, WHOLE)), "0-0 3-3 6-6");
 }
 
 TEST(Freeze, beginsWhereThePictureStopped) {

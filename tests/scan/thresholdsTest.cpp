@@ -59,15 +59,22 @@ TEST(DefaultThresholds, haveWhatTheirKindNeeds_andNothingElse) {
     EXPECT_EQ(!std::isnan(threshold.enter), isStretch || isMarker) << rule.type;
     EXPECT_EQ(!std::isnan(threshold.leave), isStretch) << rule.type;
     EXPECT_EQ(!std::isnan(threshold.minSeconds), isStretch) << rule.type;
-    const bool isSlice = rule.type == std::string("slice");
-    EXPECT_EQ(!std::isnan(threshold.ratio), isMarker || isSlice) << rule.type;
+    const bool isMultiple =
+        rule.type == std::string("slice") || rule.type == std::string("block_loss");
+    EXPECT_EQ(!std::isnan(threshold.ratio), isMarker || isMultiple) << rule.type;
     EXPECT_EQ(std::isnan(threshold.mad), std::isnan(threshold.least)) << rule.type;
+    EXPECT_TRUE(isStretch || std::isnan(threshold.holdSeconds)) << rule.type;
+    const bool isRelative =
+        isStretch && !(std::isnan(threshold.mad) && std::isnan(threshold.ratio));
+    EXPECT_TRUE(isRelative || std::isnan(threshold.alone)) << rule.type;
     EXPECT_TRUE(threshold.isEnabled) << rule.type;
     if (!isStretch) continue;
     if (rule.direction == Direction::ABOVE) {
       EXPECT_LE(threshold.leave, threshold.enter) << rule.type;
+      EXPECT_FALSE(threshold.alone <= threshold.enter) << rule.type;
     } else {
       EXPECT_GE(threshold.leave, threshold.enter) << rule.type;
+      EXPECT_FALSE(threshold.alone >= threshold.enter) << rule.type;
     }
   }
 }
@@ -77,6 +84,7 @@ TEST(ReadThresholds, changesWhatTheFileNames_andNothingElse) {
   EXPECT_EQ(read(R"({"blur": {"enter": 9.5, "leave": 8, "min_s": 1, "severity": "fail", "mad": 7,
                               "least": 3},
                      "freeze": {"enabled": false},
+                     "block_loss": {"alone": 400, "hold_s": 0.5},
                      "scene_cut": {"ratio": 4, "severity": "warn"},
                      "timestamp_gap": {"enter": 2}})",
                  &thresholds),
@@ -90,6 +98,8 @@ TEST(ReadThresholds, changesWhatTheFileNames_andNothingElse) {
   blur.mad = 7.0;
   blur.least = 3.0;
   expected[eventTypeNamed("freeze")].isEnabled = false;
+  expected[eventTypeNamed("block_loss")].alone = 400.0;
+  expected[eventTypeNamed("block_loss")].holdSeconds = 0.5;
   expected[eventTypeNamed("scene_cut")].ratio = 4.0;
   expected[eventTypeNamed("scene_cut")].severity = Severity::WARN;
   expected[eventTypeNamed("timestamp_gap")].enter = 2.0;
@@ -119,6 +129,8 @@ TEST(ReadThresholds, saysWhatIsNotKnown) {
   expectError(R"({"decode_error": {"enter": 9}})", "decode_error.enter does not exist");
   expectError(R"({"letterbox": {"mad": 6}})", "letterbox.mad does not exist");
   expectError(R"({"blur": {"ratio": 6}})", "blur.ratio does not exist");
+  expectError(R"({"blur": {"alone": 20}})", "blur.alone does not exist");
+  expectError(R"({"blur": {"hold_s": 1}})", "blur.hold_s does not exist");
 }
 
 TEST(ReadThresholds, saysWhatIsOfTheWrongType) {
@@ -139,6 +151,7 @@ TEST(ReadThresholds, saysWhatContradictsItself) {
   expectError(R"({"low_contrast": {"enter": 5, "leave": 4.5}})",
               "low_contrast.leave is below low_contrast.enter");
   expectError(R"({"blur": {"min_s": -1}})", "blur.min_s is negative");
+  expectError(R"({"blockiness": {"hold_s": -1}})", "blockiness.hold_s is negative");
   expectError(R"({"timestamp_gap": {"enter": -1}})", "timestamp_gap.enter is negative");
 }
 
@@ -167,8 +180,8 @@ TEST(ThresholdsJson, hasEveryTypeInItsOrder) {
   for (const auto& [type, keys] : all.items()) EXPECT_EQ(type, EVENT_RULES[i++].type);
   Thresholds thresholds = DEFAULT_THRESHOLDS;
   const double none = std::nan("");
-  thresholds[eventTypeNamed("letterbox")] = {0.25, 0.125, 2.0,  Severity::INFO,
-                                             true, none,  none, none};
+  thresholds[eventTypeNamed("letterbox")] = {0.25, 0.125, 2.0,  Severity::INFO, true,
+                                             none, none,  none, none,           none};
   EXPECT_EQ(thresholdsJson(thresholds)["letterbox"].dump(),
             R"({"enter":0.25,"leave":0.125,"min_s":2.0,"severity":"info","enabled":true})");
   EXPECT_EQ(all["truncation"].dump(), R"({"severity":"fail","enabled":true})");
