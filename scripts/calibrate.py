@@ -610,23 +610,26 @@ def share(found):
 
 
 def recallTable(every, half):
-    print(f'| {half} | weak | medium | strong | throughout | medium, lossless | medium, h264 |')
-    print('|---|--:|--:|--:|--:|--:|--:|')
+    """Of what can be seen; the last column: medium damage that cannot, and how much of it is found nevertheless."""
+    print(f'| {half} | weak | medium | strong | throughout | medium, lossless | medium, h264 | left out |')
+    print('|---|--:|--:|--:|--:|--:|--:|--:|')
     for kind in damages((640, 360)):
-        ones = [(version, isFound(version.truth[-1], version.events))
+        made = [(version, isFound(version.truth[-1], version.events))
                 for version in every if version.half == half and version.kind == kind]
+        ones = [one for one in made if one[0].isSeen]
+        unseen = [found for version, found in made if version.strength == 'medium' and not version.isSeen]
         cells = [share([found for version, found in ones if version.strength == strength])
                  for strength in (*STRENGTHS, 'throughout')]
         medium = [one for one in ones if one[0].strength == 'medium']
         cells += [share([found for version, found in medium if version.delivery == delivery])
                   for delivery in DELIVERIES]
-        print(f'| {kind} | {" | ".join(cells)} |')
+        print(f'| {kind} | {" | ".join(cells)} | {f"{len(unseen)} ({sum(unseen)})" if unseen else "0"} |')
     cuts = [(version, isFound(true, version.events)) for version in every
             if version.half == half and version.kind in ('cuts', 'clean') for true in version.truth
             if true[0] == 'scene_cut']
     cells = [share([found for _, found in cuts])] + ['-'] * 2
     cells += [share([found for version, found in cuts if version.delivery == delivery]) for delivery in DELIVERIES]
-    print(f'| scene_cut | - | {" | ".join(cells)} |\n')
+    print(f'| scene_cut | - | {" | ".join(cells)} | 0 |\n')
 
 
 def falseTable(every):
@@ -638,8 +641,16 @@ def falseTable(every):
                  and kind in (version.material, None)]
         minutes = sum(duration(version) for version in clean) / 60
         false = [event[0] for version in clean for event in version.events if isFalse(event, version.truth)]
-        which = ', '.join(f'{false.count(one)} {one}' for one in sorted(set(false)))
-        print(f'| {half}, {kind or "all"} | {minutes:.2f} | {len(false)} | {len(false) / minutes:.2f} | {which} |')
+        print(f'| {half}, {kind or "all"} | {minutes:.2f} | {len(false)} | {len(false) / minutes:.2f} | '
+              f'{counted(false)} |')
+    for half in ('choose', 'verify'):
+        ones = [event[0] for version in every if version.kind == 'cuts' and version.half == half
+                for event in version.events if isFalse(event, version.truth)]
+        print(f'\nIn the clips of cuts, {half}: {counted(ones)}')
+
+
+def counted(kinds):
+    return ', '.join(f'{kinds.count(one)} {one}' for one in sorted(set(kinds)))
 
 
 def duration(version):
