@@ -133,13 +133,13 @@ const Thresholds DEFAULT_THRESHOLDS = {{
     {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE},     // pillarbox
     {0.027, 0.0135, 0.5, WARN, true, NONE, NONE, NONE, NONE, NONE},  // combing
     {20.0, 7.0, 0.6, FAIL, true, NONE, NONE, 4.0, 300.0, 0.3},       // block_loss
-    {10.0, 4.0, 0.2, WARN, true, NONE, NONE, 5.0, NONE, NONE},       // slice
+    {12.0, 4.8, 0.4, WARN, true, NONE, NONE, 5.0, NONE, NONE},       // slice
     {0.83, 0.75, 0.9, WARN, true, NONE, NONE, NONE, NONE, NONE},     // flicker
-    {152.0, 146.0, 0.3, WARN, true, 4.0, 25.0, NONE, 175.0, NONE},   // over_exposure
+    {152.0, 146.0, 0.3, WARN, true, 4.0, 25.0, NONE, 190.0, NONE},   // over_exposure
     {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE},     // under_exposure
     {15.5, 17.0, 0.3, WARN, true, 4.0, 20.0, NONE, 9.7, NONE},       // low_contrast
     {0.63, 0.7, 1.0, WARN, true, 6.0, 0.25, NONE, NONE, 0.6},        // blockiness
-    {5.5, 5.0, 1.0, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // blur
+    {5.5, 5.0, 1.2, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // blur
     {3.0, 2.4, 0.3, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // noise
     {20.0, NONE, NONE, INFO, true, NONE, NONE, 3.5, NONE, NONE},     // scene_cut
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // decode_error
