@@ -163,7 +163,7 @@ void spreadOverPeriods(Values* values) {
   for (size_t i = spoken + 1; i < values->size(); ++i) values->set(i, (*values)[i - 1]);
 }
 
-// The worst value of the last seconds that the threshold names. An undefined one stays undefined.
+// The worst value of the last seconds that the threshold names, back to the last undefined one.
 Values worstOfLastSeconds(const Scene& scene, const Values& values) {
   struct Held {
     double value;
@@ -176,6 +176,7 @@ Values worstOfLastSeconds(const Scene& scene, const Values& values) {
     const double value = values[i];
     const double now = scene.times.elapsed[i];
     if (std::isnan(value)) {
+      worst.clear();
       held.push_back(value);
       continue;
     }
@@ -189,10 +190,9 @@ Values worstOfLastSeconds(const Scene& scene, const Values& values) {
   return held;
 }
 
-// The values that are held against the threshold.
-Values consideredValues(const Scene& scene) {
-  const FrameTable& table = scene.table;
-  const std::string_view indicator = scene.rule.indicator;
+// The values that stretches are made of.
+Values consideredValues(const FrameTable& table, const EventRule& rule) {
+  const std::string_view indicator = rule.indicator;
   Values values = table.values[indicatorNamed(indicator)];
   if (indicator == "freezing") goBackToFirstStillFrame(table, &values);
   if (indicator == "flickering") {
@@ -202,7 +202,6 @@ Values consideredValues(const Scene& scene) {
       if (isBlack(table, i)) values.set(i, UNKNOWN);
     }
   }
-  if (scene.threshold.holdSeconds > 0.0) return worstOfLastSeconds(scene, values);
   return values;
 }
 
@@ -220,7 +219,10 @@ size_t worstRow(const Values& values, size_t first, size_t last, Direction direc
 }
 
 void findStretches(const Scene& scene, std::vector<Event>* events) {
-  const Values values = consideredValues(scene);
+  const bool isHeld = scene.threshold.holdSeconds > 0.0;
+  const Values own = consideredValues(scene.table, scene.rule);
+  const Values held = isHeld ? worstOfLastSeconds(scene, own) : Values{};
+  const Values& values = isHeld ? held : own;
   const Levels levels = levelsOf(scene, values);
   const Direction direction = scene.rule.direction;
   const size_t rows = values.size();
@@ -230,10 +232,12 @@ void findStretches(const Scene& scene, std::vector<Event>* events) {
     while (next < rows && isBeyond(values[next], levels.enter, direction)) ++next;
     if (!isLongEnough(scene, first, next - 1)) continue;
     while (next < rows && isBeyond(values[next], levels.leave, direction)) ++next;
-    const size_t worst = worstRow(values, first, next - 1, direction);
-    Event event = eventAt(scene, first, next - 1);
+    size_t last = next - 1;
+    while (!isBeyond(own[last], levels.leave, direction)) --last;  // not held any more
+    const size_t worst = worstRow(own, first, last, direction);
+    Event event = eventAt(scene, first, last);
     event.peakFrame = scene.table.firstFrame + static_cast<int64_t>(worst);
-    event.peakValue = values[worst];
+    event.peakValue = own[worst];
     event.threshold = levels.enter;
     events->push_back(event);
   }

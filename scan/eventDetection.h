@@ -23,6 +23,8 @@ struct StreamFindings {
 // - A freeze begins where the picture stopped to move, which is before its flag rises.
 // - A value of flickering holds for the comparisons that it is the mean of, the last one also for
 //   what follows it.
+// - Where the threshold has `holdSeconds`, a value holds for so long, unless a worse one follows or
+//   an undefined one. The stretch ends with the last value that is at `leave` or beyond itself.
 // - On uniform frames only "black" and "flicker" speak: letterbox, exposure and the like measure
 //   such a frame, but what they say is the same once more.
 // Times are measured by presentation timestamps; frames without one are spaced by the frame rate.

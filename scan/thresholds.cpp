@@ -132,7 +132,7 @@ const Thresholds DEFAULT_THRESHOLDS = {{
     {0.05, 0.03, 0.3, WARN, true, NONE, NONE, NONE, NONE, NONE},     // letterbox
     {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE},     // pillarbox
     {0.027, 0.0135, 0.5, WARN, true, NONE, NONE, NONE, NONE, NONE},  // combing
-    {20.0, 7.0, 0.6, FAIL, true, NONE, NONE, 4.0, 300.0, 0.3},       // block_loss
+    {20.0, 7.0, 0.6, FAIL, true, NONE, NONE, 4.0, 400.0, 0.3},       // block_loss
     {12.0, 4.8, 0.4, WARN, true, NONE, NONE, 5.0, NONE, NONE},       // slice
     {0.83, 0.75, 0.9, WARN, true, NONE, NONE, NONE, NONE, NONE},     // flicker
     {152.0, 146.0, 0.3, WARN, true, 4.0, 25.0, NONE, 190.0, NONE},   // over_exposure

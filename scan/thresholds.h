@@ -70,7 +70,7 @@ size_t eventTypeNamed(std::string_view type);
 
 // Changes what a JSON file of the form {"blur": {"enter": 9, "leave": 8, "min_s": 1, "mad": 6,
 // "least": 2, "severity": "fail", "enabled": true}, "scene_cut": {"ratio": 4}, "block_loss":
-// {"alone": 300, "hold_s": 0.3}} names, and leaves the rest. Returns an empty text, or what is
+// {"alone": 400, "hold_s": 0.3}} names, and leaves the rest. Returns an empty text, or what is
 // wrong; nothing is changed then.
 std::string readThresholds(const std::string& path, Thresholds* thresholds);
 

@@ -496,8 +496,9 @@ class Series:
                 for i, value in enumerate(self.values):
                     while self.times[i] - self.times[first] >= seconds - 1e-3:
                         first += 1
-                    values.append(None if value is None else
-                                  max(one for one in self.values[first:i + 1] if one is not None))
+                    if value is None:
+                        first = i + 1
+                    values.append(max(self.values[first:i + 1], default=None))
             defined = [value for value in values if value is not None] or [math.nan]
             middle = median(defined)
             self.held[seconds] = values, middle, median([abs(value - middle) for value in defined])
@@ -564,7 +565,10 @@ def eventsOf(kind, series, level):
         if i > start and series.ends[i - 1] - series.times[start] >= level['min_s'] - 1e-3:
             while i < len(values) and values[i] is not None and values[i] >= leave:
                 i += 1
-            found.append((kind, start, i - 1))
+            last = i - 1
+            while series.values[last] < leave:  # not held any more
+                last -= 1
+            found.append((kind, start, last))
         elif i == start:
             i += 1
     return found

@@ -305,16 +305,17 @@ TEST(HeldValues, areTheWorstOfTheLastSeconds) {
   const auto blockyOnes = [&](const Values& values) {
     return detectEvents(tableOf("blockiness", values), thresholds, WHOLE);
   };
-  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 1})), "1-3");
-  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 0.4, 1})), "1-3 5-6");
-  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 0.45, 1, 1, 1, 1})), "1-4");
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 0.4, 1})), "1-4");
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 0.4, 1})), "1-1 5-5");
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 0.45, 1, 1, 0.55, 1, 1, 1})), "1-5");
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 0.45, 1, 1, 1, 0.55, 1, 1})), "1-2");
   const std::vector<Event> events = blockyOnes({1, 0.4, 1, 1, 0.3, 1, 1, 1});
-  ASSERT_EQ(stretches(events), "1-6");
+  ASSERT_EQ(stretches(events), "1-4");
   EXPECT_EQ(events[0].peakFrame, 4);
   EXPECT_EQ(events[0].peakValue, 0.3);
-  // One value takes 0.3 s, two that are three frames apart take twice as long.
+  // One value holds for 0.3 s, two that are three frames apart for twice as long.
   blocky.minSeconds = 0.4;
-  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 1, 0.4, 1, 1, 0.4, 1, 1, 1})), "6-11");
+  EXPECT_EQ(stretches(blockyOnes({1, 0.4, 1, 1, 1, 1, 0.4, 1, 1, 0.4, 1, 1, 1})), "6-9");
 }
 
 TEST(HeldValues, areTheHighest_whereHighIsWorse) {
@@ -322,18 +323,22 @@ TEST(HeldValues, areTheHighest_whereHighIsWorse) {
   Threshold& lost = thresholds.at(eventTypeNamed("block_loss"));
   lost.ratio = 0.0;
   lost.holdSeconds = 0.2;
-  EXPECT_EQ(stretches(detectEvents(tableOf("block_loss", {0, 30, 0, 0, 19, 0}), thresholds, WHOLE)),
-            "1-2");
+  const auto lostOnes = [&](const Values& values) {
+    return stretches(detectEvents(tableOf("block_loss", values), thresholds, WHOLE));
+  };
+  EXPECT_EQ(lostOnes({0, 30, 0, 19, 0, 0}), "1-3");
+  EXPECT_EQ(lostOnes({0, 30, 0, 0, 19, 0}), "1-1");
 }
 
-TEST(HeldValues, goByTime_andLeaveUndefinedOnesOut) {
+TEST(HeldValues, goByTime_andEndWithUndefinedOnes) {
   Thresholds thresholds = only("blockiness", 0.5, 0.6, 0);
   thresholds.at(eventTypeNamed("blockiness")).holdSeconds = 0.3;
   FrameTable table = tableOf("blockiness", {1, 0.4, NONE, 1, 1});
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "1-1");
+  table = tableOf("blockiness", {1, 0.4, 1, 0.4, 1});
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "1-3");
+  table.time = {0.0, 0.1, 0.45, 0.55, 0.65};
   EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "1-1 3-3");
-  table = tableOf("blockiness", {1, 0.4, 1, 1, 1});
-  table.time = {0.0, 0.1, 0.35, 0.45, 0.55};
-  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "1-2");
   // A dip of each third frame is this file's own level.
   thresholds.at(eventTypeNamed("blockiness")).mad = 6.0;
   thresholds.at(eventTypeNamed("blockiness")).least = 0.25;
