@@ -1,7 +1,7 @@
 # Writes a C++ source that holds files as texts.
 #   cmake -D OUT=SOURCE -D FILES=NAME=PATH;... -P embed.cmake
-# Every file becomes `const std::string_view NAME`, declared in scan/pageFiles.h.
-set(source "#include \"scan/pageFiles.h\"\n")
+# Every file becomes `const std::string_view NAME`, declared in scan/report/pageFiles.h.
+set(source "#include \"scan/report/pageFiles.h\"\n")
 foreach(file IN LISTS FILES)
   string(REGEX MATCH "^([A-Z0-9_]+)=(.*)$" whole "${file}")
   set(name ${CMAKE_MATCH_1})

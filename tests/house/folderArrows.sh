@@ -1,27 +1,37 @@
 #!/bin/sh
-# Includes point one way: scan -> driver -> indicators -> definitions. A folder names only itself and
-# what stands after it.
+# Includes point one way. A folder names only itself and what stands before it here:
+#   src    definitions, indicators, driver
+#   scan   all of src, then files, numbers, video, analysis, events, report, results, commandLine,
+#          processes, commands
 set -eu
-cd "$1/src"
 status=0
 
-# $1: folder, $2: folders it must not include.
-forbid() {
-  if grep -rnE "#include \"($2)/" "$1"; then
-    echo "$1 must not include $2"
+# $1: what an include has before the folder's name, $2: the first folder, then the others in their order.
+check() {
+  prefix=$1
+  folder=$2
+  shift 2
+  behind=$(echo "$*" | tr ' ' '|')
+  if grep -rnE "#include \"$prefix($behind)/" "$folder"; then
+    echo "$folder must not include $*"
     status=1
   fi
+  # The last one includes what stands before it: the pattern is that of includes.
+  if [ $# -gt 1 ]; then check "$prefix" "$@"; else grep -rqE "#include \"${prefix}[A-Za-z]+/" "$1"; fi
 }
-forbid definitions 'indicators|driver|scan'
-forbid indicators 'driver|scan'
-forbid driver 'scan'
+cd "$1/src"
+check '' definitions indicators driver
+if grep -rn '#include "scan/' .; then
+  echo "src must not include scan"
+  status=1
+fi
+cd "$1/scan"
+check 'scan/' files numbers video analysis events report results commandLine processes commands
 
 # The schedule of one frame knows neither files nor printing.
+cd "$1/src"
 if grep -nE '<cstdio>|<iostream>|videoInput|reportOutput|commandLine' driver/frameAnalysis.*; then
   echo "frameAnalysis must know neither files nor printing"
   status=1
 fi
-# The checks above are only as good as their patterns: every folder does include something.
-grep -rqE '#include "definitions/' indicators
-grep -rqE '#include "indicators/' driver
 exit $status

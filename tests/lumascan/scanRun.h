@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "scan/clips.h"
-#include "scan/json.h"
+#include "scan/files/json.h"
 
 // Runs it to its end. Standard input is a file in the folder.
 ProgramRun lumascan(

@@ -1,5 +1,5 @@
 // Columns that are longer than a piece, held against vectors.
-#include "scan/column.h"
+#include "scan/numbers/column.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,5 +1,5 @@
 // Bytes that were deflated piece by piece, inflated again.
-#include "scan/deflatedText.h"
+#include "scan/report/deflatedText.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 #include <set>
 
 #include "driver/frameAnalysis.h"
-#include "scan/eventDetection.h"
+#include "scan/events/eventDetection.h"
 #include "support/lumaFrames.h"
 #include "support/startAnew.h"
 

@@ -1,5 +1,5 @@
 // Events of small tables of frames, each a tenth of a second long.
-#include "scan/eventDetection.h"
+#include "scan/events/eventDetection.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Events as JSON and as CSV.
-#include "scan/eventList.h"
+#include "scan/events/eventList.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Which files lack their end: real ones, whole and cut at many places.
-#include "scan/fileEnding.h"
+#include "scan/video/fileEnding.h"
 
 #include <gtest/gtest.h>
 
 #include "clips.h"
-#include "scan/videoReader.h"
+#include "scan/video/videoReader.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Fingerprints of files that change here and there.
-#include "scan/fingerprint.h"
+#include "scan/files/fingerprint.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Packed frames, unpacked here, are the frames.
-#include "scan/framePayload.h"
+#include "scan/report/framePayload.h"
 
 #include <gtest/gtest.h>
 

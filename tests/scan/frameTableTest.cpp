@@ -1,5 +1,5 @@
 // Tables of frames, their file and the texts of its numbers.
-#include "scan/frameTable.h"
+#include "scan/analysis/frameTable.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Escapes, and encodings against known answers.
-#include "scan/html.h"
+#include "scan/report/html.h"
 
 #include <gtest/gtest.h>
 

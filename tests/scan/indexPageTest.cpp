@@ -1,12 +1,12 @@
 // The index as it is written; its sorting and filtering are looked at in a browser: page.mjs.
-#include "scan/indexPage.h"
+#include "scan/report/indexPage.h"
 
 #include <gtest/gtest.h>
 
 #include "pageParts.h"
 #include "sample.h"
-#include "scan/html.h"
-#include "scan/indicatorTable.h"
+#include "scan/analysis/indicatorTable.h"
+#include "scan/report/html.h"
 
 namespace {
 

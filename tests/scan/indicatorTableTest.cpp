@@ -1,5 +1,5 @@
 // The names of the indicators, and which of their values count.
-#include "scan/indicatorTable.h"
+#include "scan/analysis/indicatorTable.h"
 
 #include <gtest/gtest.h>
 

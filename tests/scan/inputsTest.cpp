@@ -1,5 +1,5 @@
 // Which files are found in folders and lists, and where their results go.
-#include "scan/inputs.h"
+#include "scan/commandLine/inputs.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

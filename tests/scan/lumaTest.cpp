@@ -1,5 +1,5 @@
 // 8-bit luma of pictures in every pixel format.
-#include "scan/luma.h"
+#include "scan/video/luma.h"
 
 #include <gtest/gtest.h>
 

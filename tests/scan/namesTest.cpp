@@ -1,5 +1,5 @@
 // File names in messages, addresses and tables.
-#include "scan/names.h"
+#include "scan/files/names.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // The command line: every option, and every mistake.
-#include "scan/options.h"
+#include "scan/commandLine/options.h"
 
 #include <gtest/gtest.h>
 
 #include "clips.h"
-#include "scan/exitStatus.h"
+#include "scan/commandLine/exitStatus.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Output files: whole under their name, or not at all.
-#include "scan/outputFile.h"
+#include "scan/files/outputFile.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

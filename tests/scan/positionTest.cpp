@@ -1,5 +1,5 @@
 // Places in a video, as texts and among frames.
-#include "scan/position.h"
+#include "scan/video/position.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // How far a scan is.
-#include "scan/progress.h"
+#include "scan/processes/progress.h"
 
 #include <gtest/gtest.h>
 

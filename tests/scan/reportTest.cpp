@@ -1,5 +1,5 @@
 // The page as it is written. What its script does is looked at in a browser: page.mjs.
-#include "scan/report.h"
+#include "scan/report/report.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 
 #include "pageParts.h"
 #include "sample.h"
-#include "scan/eventList.h"
-#include "scan/html.h"
-#include "scan/resultFacts.h"
+#include "scan/events/eventList.h"
+#include "scan/report/html.h"
+#include "scan/report/resultFacts.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <limits>
 #include <random>
 
-#include "scan/statistics.h"
+#include "scan/numbers/statistics.h"
 
 namespace {
 

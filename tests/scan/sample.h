@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "scan/eventList.h"
-#include "scan/report.h"
+#include "scan/events/eventList.h"
+#include "scan/report/report.h"
 
 // `frames` frames at `fps`; the same seed gives the same ones. Flickering is defined once in eight
 // frames, three indicators only from the second frame on; frame 40 has no time of its own.

@@ -1,5 +1,5 @@
 // Places of sorted columns, held against columns that are really sorted.
-#include "scan/sortedValues.h"
+#include "scan/numbers/sortedValues.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Statistics of small columns, computed by hand.
-#include "scan/statistics.h"
+#include "scan/numbers/statistics.h"
 
 #include <gtest/gtest.h>
 

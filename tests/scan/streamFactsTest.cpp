@@ -1,5 +1,5 @@
 // What files say about themselves, in clips made to say it.
-#include "scan/streamFacts.h"
+#include "scan/video/streamFacts.h"
 
 #include <gtest/gtest.h>
 

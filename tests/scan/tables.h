@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "scan/frameTable.h"
+#include "scan/analysis/frameTable.h"
 
 // Frames of a tenth of a second each, from 0 s on, of which no indicator says anything.
 FrameTable emptyTable(size_t rows);

@@ -1,5 +1,5 @@
 // The table of events, and files that change their thresholds.
-#include "scan/thresholds.h"
+#include "scan/events/thresholds.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
-#include "scan/indicatorTable.h"
+#include "scan/analysis/indicatorTable.h"
 #include "support/runProgram.h"
 
 namespace {

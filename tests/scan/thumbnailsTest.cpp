@@ -1,5 +1,5 @@
 // Pictures of frames: which, and that they really are of these frames.
-#include "scan/thumbnails.h"
+#include "scan/results/thumbnails.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <numeric>
 
 #include "clips.h"
-#include "scan/videoAnalysis.h"
+#include "scan/analysis/videoAnalysis.h"
 #include "tables.h"
 
 namespace {

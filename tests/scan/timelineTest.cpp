@@ -1,5 +1,5 @@
 // Times of frames, and how they are written.
-#include "scan/timeline.h"
+#include "scan/report/timeline.h"
 
 #include <gtest/gtest.h>
 

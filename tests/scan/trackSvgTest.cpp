@@ -1,5 +1,5 @@
 // Still pictures of tracks, whose points are computed by hand.
-#include "scan/trackSvg.h"
+#include "scan/report/trackSvg.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Verdicts and their reasons.
-#include "scan/verdict.h"
+#include "scan/events/verdict.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The indicators' values of whole videos against those that lumaprobe has of the decoded frames.
-#include "scan/videoAnalysis.h"
+#include "scan/analysis/videoAnalysis.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Frames of files of many kinds against those that the ffmpeg program decodes from them.
-#include "scan/videoReader.h"
+#include "scan/video/videoReader.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "clips.h"
-#include "scan/luma.h"
+#include "scan/video/luma.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <stdexcept>
 
 #include "../sample.h"
-#include "scan/eventList.h"
-#include "scan/indexPage.h"
-#include "scan/outputFile.h"
+#include "scan/events/eventList.h"
+#include "scan/files/outputFile.h"
+#include "scan/report/indexPage.h"
 
 namespace {
 

@@ -1,0 +1,53 @@
+// All analysed frames of one video, and their file, frames.csv.
+#ifndef LUMASCAN_FRAME_TABLE_H
+#define LUMASCAN_FRAME_TABLE_H
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "scan/analysis/indicatorTable.h"
+#include "scan/numbers/column.h"
+
+constexpr int64_t NO_TIMESTAMP = INT64_MIN;
+
+// Columns of one length. Frames follow each other without a gap: row i is frame firstFrame + i of
+// the video, in the order of display.
+struct FrameTable {
+  int64_t firstFrame = 0;
+  Column<int64_t> pts;      // presentation timestamps in the stream's own unit; NO_TIMESTAMP
+  Column<double> time;      // seconds from the start of the file; NaN: unknown
+  Column<double> duration;  // seconds for which the frame is shown; NaN: unknown
+  Column<bool> isKey;
+  Column<bool> isCorrupt;
+  std::array<Column<double>, INDICATORS> values;  // finite; NaN: undefined
+
+  int64_t rows() const { return static_cast<int64_t>(pts.size()); }
+};
+
+// One row of the table.
+struct FrameRow {
+  int64_t pts;
+  double time;
+  double duration;
+  bool isKey;
+  bool isCorrupt;
+  IndicatorValues values;
+};
+
+void appendRow(const FrameRow& row, FrameTable* table);
+
+// The shortest decimal text that reads back as the same number; empty for NaN.
+std::string shortestText(double value);
+
+// A sum or difference of times without what floating point adds to it: whole nanoseconds.
+double wholeNanoseconds(double seconds);
+
+// RFC 4180: a header, then one row per frame, CR LF behind each. Numbers as shortestText() has
+// them, undefined ones empty.
+void writeFramesCsv(const FrameTable& table, FILE* out);
+
+// Reads such a file. Returns an empty text, or what is wrong with it and in which line.
+std::string readFramesCsv(const std::string& path, FrameTable* table);
+
+#endif

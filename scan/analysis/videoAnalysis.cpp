@@ -1,0 +1,118 @@
+#include "scan/analysis/videoAnalysis.h"
+
+#include <cmath>
+
+#include "driver/videoInput.h"
+#include "scan/video/decodedFrames.h"
+
+namespace {
+
+// What can be computed of frames of this size: blackout needs a whole block.
+IndicatorMask computable(IndicatorMask mask, const Image& frame) {
+  const bool hasBlock = frame.w >= BLOCKSIZE && frame.h >= BLOCKSIZE;
+  return hasBlock ? mask : mask & ~IndicatorMask{BLACKOUT};
+}
+
+int64_t timestamp(const AVFrame& picture) {
+  const int64_t pts = picture.best_effort_timestamp;
+  return pts == AV_NOPTS_VALUE ? NO_TIMESTAMP : pts;
+}
+
+// When a frame appears, in seconds. One without a timestamp follows the frame before it.
+double timeOf(const VideoReader& reader, const AVFrame& picture, double expected) {
+  const double time = presentationTime(reader, picture);
+  return std::isnan(time) ? expected : time;
+}
+
+// When the frame behind a picture is expected.
+double timeBehind(const VideoReader& reader, const AVFrame& picture, double time) {
+  const double duration = presentationDuration(reader, picture);
+  return time + (std::isnan(duration) ? 1.0 / averageFrameRate(reader) : duration);
+}
+
+// Makes the images, or sees that the frame fits them.
+AnalysisEnd accept(const AVFrame& picture, bool isFirst, FrameImages* images,
+                   AnalysisOutcome* outcome) {
+  const auto w = static_cast<uint32_t>(picture.width);
+  const auto h = static_cast<uint32_t>(picture.height);
+  if (isFirst) {
+    if (!isFrameSizeSupported(picture.width, picture.height)) {
+      outcome->error = "frames of this size are not supported";
+      return AnalysisEnd::UNSUPPORTED;
+    }
+    *images = makeFrameImages(w, h);
+    outcome->lumaPath = lumaPathOf(static_cast<AVPixelFormat>(picture.format));
+  }
+  const bool isSameSize = w == images->current.w && h == images->current.h;
+  return isSameSize ? AnalysisEnd::COMPLETE : AnalysisEnd::SIZE_CHANGE;
+}
+
+AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& reader,
+                          const std::function<DecodedFrame()>& next, FrameImages* images,
+                          AnalysisOutcome* outcome,
+                          const std::function<void(const FrameRecord&)>& onFrame) {
+  const double fps = options.fps > 0.0 ? options.fps : averageFrameRate(reader);
+  const auto schedule = options.isThreaded ? analyseFrame : analyseFrameSerially;
+  LumaConverter converter;
+  TemporalResults temporal = {};
+  double expected = 0.0;  // seconds: when the next frame appears
+  for (int64_t frame = 0;; ++frame) {
+    const DecodedFrame decoded = next();
+    outcome->error = decoded.error;
+    if (decoded.result == ReadResult::END) {
+      outcome->isTruncated = isTruncated(reader);
+      return AnalysisEnd::COMPLETE;
+    }
+    if (decoded.result == ReadResult::FAILURE) return AnalysisEnd::READ_ERROR;
+
+    const AVFrame& picture = *decoded.picture;
+    const double time = timeOf(reader, picture, expected);
+    expected = timeBehind(reader, picture, time);
+    const bool isEnding = !options.end.text.empty();
+    if (isEnding && isAtOrBehind(frame, time, fps, options.end)) return AnalysisEnd::COMPLETE;
+    if (!isAtOrBehind(frame, time, fps, options.start)) continue;
+
+    const bool isFirst = outcome->frames == 0;
+    const AnalysisEnd end = accept(picture, isFirst, images, outcome);
+    if (end != AnalysisEnd::COMPLETE) return end;
+    if (!convertToLuma(&picture, &converter, images->current.data)) {
+      outcome->error = "no luma is known of this pixel format";
+      return AnalysisEnd::UNSUPPORTED;
+    }
+    const IndicatorMask mask = computable(options.mask, images->current);
+    schedule(mask, fps, !isFirst, images, &temporal);
+    const bool isDamaged = isCorrupt(picture);
+    onFrame(
+        {frame,
+         {timestamp(picture), time, presentationDuration(reader, picture), picture.key_frame != 0,
+          isDamaged,
+          measuredValues(Results, temporal, mask, !isFirst, images->current.w, images->current.h)},
+         Results,
+         temporal,
+         decoded.position});
+    ++outcome->frames;
+    outcome->corruptFrames += isDamaged ? 1 : 0;
+    swapFrames(images);
+  }
+}
+
+}  // namespace
+
+AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader,
+                             const std::function<void(const FrameRecord&)>& onFrame) {
+  AnalysisOutcome outcome = {AnalysisEnd::COMPLETE, "", false, LumaPath::NONE, 0, 0, 0};
+  FrameImages images = {};
+  if (options.isThreaded) {
+    DecodeAhead ahead(reader);
+    // The decoder's threads have their stacks by now.
+    useSmallStacks();
+    outcome.end = analyseFrames(
+        options, *reader, [&] { return fetchNext(&ahead); }, &images, &outcome, onFrame);
+  } else {
+    outcome.end = analyseFrames(
+        options, *reader, [&] { return decodeNext(reader); }, &images, &outcome, onFrame);
+  }
+  freeFrameImages(&images);
+  outcome.decodeErrors = reader->decodeErrors;
+  return outcome;
+}

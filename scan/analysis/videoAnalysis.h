@@ -1,0 +1,56 @@
+// All frames of one video through the indicators.
+#ifndef LUMASCAN_VIDEO_ANALYSIS_H
+#define LUMASCAN_VIDEO_ANALYSIS_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "scan/analysis/frameTable.h"
+#include "scan/video/luma.h"
+#include "scan/video/position.h"
+#include "scan/video/videoReader.h"
+
+struct AnalysisOptions {
+  IndicatorMask mask = 0x7fff;
+  double fps = 0.0;  // frames per second, for freezing; 0: the stream's average
+  Position start;    // the first frame analysed
+  Position end;      // the first one not analysed any more
+  // Decode ahead on one thread and give each indicator one of its own, or do all on the calling
+  // thread.
+  bool isThreaded = false;
+};
+
+// One analysed frame.
+struct FrameRecord {
+  int64_t frame;  // its number in the order of display, from 0
+  FrameRow row;
+  FrameResults spatial;  // as lumaprobe prints them
+  TemporalResults temporal;
+  double position;  // in the file, 0 to 1
+};
+
+enum class AnalysisEnd {
+  COMPLETE,     // the file's own end, or the position at which to end
+  READ_ERROR,   // `error` says why the file cannot be read any further
+  SIZE_CHANGE,  // the next frame has another size
+  UNSUPPORTED,  // `error` says what about the next frame
+};
+
+struct AnalysisOutcome {
+  AnalysisEnd end;
+  std::string error;
+  bool isTruncated;  // see isTruncated() of the reader; false where the file's end was not reached
+  LumaPath lumaPath;
+  int64_t frames;
+  int64_t corruptFrames;
+  int64_t decodeErrors;
+};
+
+// Analyses an opened video from where it stands and hands over each frame when it is done. The
+// indicators' state is the process's: one video in each. Of frames that hold no block of 8 x 8
+// blackout is not computed.
+AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader,
+                             const std::function<void(const FrameRecord&)>& onFrame);
+
+#endif

@@ -1,0 +1,191 @@
+#include "scan/commandLine/inputs.h"
+
+#include <fnmatch.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+
+#include "scan/files/names.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array VIDEO_EXTENSIONS = {
+    "264", "265",  "3g2",  "3gp",  "asf",  "avc", "avi",  "dv",   "divx", "f4v", "flv",   "gif",
+    "gxf", "h264", "h265", "hevc", "ivf",  "m1v", "m2t",  "m2ts", "m2v",  "m4v", "mjpeg", "mjpg",
+    "mkv", "mov",  "mp4",  "mpe",  "mpeg", "mpg", "mpv",  "mts",  "mxf",  "nut", "obu",   "ogm",
+    "ogv", "qt",   "rm",   "rmvb", "ts",   "vob", "webm", "wmv",  "y4m"};
+// Files that share a container with videos, and are none.
+constexpr std::array OTHER_EXTENSIONS = {"aac", "flac", "m4a", "mka",  "mp3", "oga",
+                                         "ogg", "opus", "wav", "weba", "wma"};
+// Containers that are recognised by their first bytes, as FFmpeg names them.
+constexpr std::array VIDEO_CONTAINERS = {
+    "asf",    "avi", "flv", "gxf", "ivf", "matroska,webm", "mov,mp4,m4a,3gp,3g2,mj2", "mpeg",
+    "mpegts", "mxf", "nut", "ogg", "rm",  "yuv4mpegpipe"};
+constexpr std::streamsize PROBED_BYTES = 8192;
+
+template <typename Names>
+bool isAmong(const std::string& name, const Names& names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+std::string extensionOf(const fs::path& path) {
+  std::string extension = path.extension().string();
+  if (!extension.empty()) extension.erase(0, 1);
+  for (char& c : extension) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  return extension;
+}
+
+bool hasVideoContent(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::vector<unsigned char> bytes(PROBED_BYTES + AVPROBE_PADDING_SIZE);
+  file.read(reinterpret_cast<char*>(bytes.data()), PROBED_BYTES);
+  AVProbeData data = {};
+  data.filename = "";
+  data.buf = bytes.data();
+  data.buf_size = static_cast<int>(file.gcount());
+  int score = AVPROBE_SCORE_EXTENSION;
+  const AVInputFormat* const format = av_probe_input_format2(&data, 1, &score);
+  return format != nullptr && isAmong(format->name, VIDEO_CONTAINERS);
+}
+
+bool isVideo(const fs::path& path, bool isRaw) {
+  const std::string extension = extensionOf(path);
+  if (isRaw && extension == "yuv") return true;
+  if (isAmong(extension, VIDEO_EXTENSIONS)) return true;
+  return !isAmong(extension, OTHER_EXTENSIONS) && hasVideoContent(path);
+}
+
+bool matches(const std::vector<std::string>& patterns, const fs::path& path) {
+  return std::any_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
+    return fnmatch(pattern.c_str(), path.c_str(), 0) == 0 ||
+           fnmatch(pattern.c_str(), path.filename().c_str(), 0) == 0;
+  });
+}
+
+bool isWanted(const Options& options, const fs::path& path) {
+  if (!options.include.empty() && !matches(options.include, path)) return false;
+  return !matches(options.exclude, path) && isVideo(path, options.raw.rawWidth > 0);
+}
+
+bool isResultFolder(const fs::path& folder, const fs::path& output) {
+  std::error_code error;
+  return folder.extension() == ".lumascan" || fs::equivalent(folder, output, error);
+}
+
+std::string refusal(const fs::path& path, const std::string& reason) {
+  return "cannot open \"" + printableName(path.string()) + "\": " + reason;
+}
+
+void addFolder(const Options& options, const fs::path& folder, std::vector<std::string>* files,
+               std::vector<std::string>* problems) {
+  std::vector<std::string> found;
+  std::error_code error;
+  fs::recursive_directory_iterator walk(folder, error);
+  while (!error && walk != fs::recursive_directory_iterator()) {
+    std::error_code ignored;
+    const fs::path path = walk->path();
+    if (walk->is_directory(ignored)) {
+      std::error_code closed;
+      const bool isEntered = !walk->is_symlink(ignored) && !isResultFolder(path, options.output);
+      // The walk itself would end at a folder that may not be entered: it is said, and passed over.
+      if (isEntered) fs::directory_iterator(path, closed);
+      if (closed) problems->push_back(refusal(path, closed.message()));
+      if (closed || !isEntered) walk.disable_recursion_pending();
+    } else if (walk->is_regular_file(ignored) && isWanted(options, path)) {
+      found.push_back(path.string());
+    }
+    walk.increment(error);
+    if (error) {
+      problems->push_back(refusal(path, error.message()));
+      error.clear();
+      break;
+    }
+  }
+  if (error) problems->push_back(refusal(folder, error.message()));
+  if (found.empty() && !error) {
+    problems->push_back("there is no video in \"" + printableName(folder.string()) + "\"");
+  }
+  // Of the current folder, names without "./" in front.
+  for (std::string& path : found) path = fs::path(path).lexically_normal().string();
+  std::sort(found.begin(), found.end());
+  files->insert(files->end(), found.begin(), found.end());
+}
+
+// The names in a list, ended by zero bytes where there are any and by line feeds otherwise.
+std::vector<std::string> readList(const std::string& path, std::vector<std::string>* problems) {
+  std::ifstream file(path, std::ios::binary);
+  std::istream& in = path == "-" ? std::cin : file;
+  if (!in) problems->push_back(refusal(path, std::strerror(errno)));
+  std::string text;
+  for (char c = 0; in.get(c);) text += c;
+  if (in.bad()) problems->push_back(refusal(path, std::strerror(errno)));
+  const char separator = text.find('\0') == std::string::npos ? '\n' : '\0';
+  std::vector<std::string> names;
+  for (size_t start = 0; start < text.size();) {
+    const size_t end = std::min(text.find(separator, start), text.size());
+    if (end > start) names.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return names;
+}
+
+// Without those that come again. Another file whose results would go to the same folder is left
+// out, and that is said.
+std::vector<std::string> eachOnce(const std::vector<std::string>& files,
+                                  std::vector<std::string>* problems) {
+  std::map<std::string, std::string> places;  // where a folder's results come from
+  std::vector<std::string> once;
+  for (const std::string& file : files) {
+    const std::string folder = resultFolder("", file);
+    const std::string place = file == "-" ? file : fs::absolute(file).lexically_normal().string();
+    const auto known = places.emplace(folder, place);
+    if (known.second) {
+      once.push_back(file);
+    } else if (known.first->second != place) {
+      problems->push_back("the results of \"" + printableName(file) +
+                          "\" would go where those of \"" + printableName(known.first->second) +
+                          "\" go");
+    }
+  }
+  return once;
+}
+
+}  // namespace
+
+std::vector<std::string> findInputs(const Options& options, std::vector<std::string>* problems) {
+  std::vector<std::string> inputs = options.inputs;
+  if (!options.filesFrom.empty()) {
+    const std::vector<std::string> listed = readList(options.filesFrom, problems);
+    inputs.insert(inputs.end(), listed.begin(), listed.end());
+  }
+  std::vector<std::string> files;
+  for (const std::string& input : inputs) {
+    std::error_code error;
+    const fs::file_status status = fs::status(input, error);
+    if (input != "-" && fs::is_directory(status)) {
+      addFolder(options, input, &files, problems);
+    } else if (input != "-" && !fs::exists(status)) {
+      problems->push_back(refusal(input, error ? error.message() : std::strerror(ENOENT)));
+    } else {
+      files.push_back(input);
+    }
+  }
+  return eachOnce(files, problems);
+}
+
+std::string resultFolder(const std::string& output, const std::string& path) {
+  if (path == "-") return (fs::path(output) / "stdin.lumascan").string();
+  const fs::path absolute = fs::absolute(path).lexically_normal();
+  const fs::path fromHere = absolute.lexically_relative(fs::current_path());
+  const bool isBelow = !fromHere.empty() && *fromHere.begin() != "..";
+  const fs::path relative = isBelow ? fromHere : absolute.relative_path();
+  return (fs::path(output) / relative).string() + ".lumascan";
+}

@@ -1,0 +1,20 @@
+// Which files a scan is about.
+#ifndef LUMASCAN_INPUTS_H
+#define LUMASCAN_INPUTS_H
+
+#include <string>
+#include <vector>
+
+#include "scan/commandLine/options.h"
+
+// The files that the inputs name: themselves, or for folders the videos in them and in their
+// folders, sorted by name. Videos are known by their names' extensions, others by their first
+// bytes. Folders of results are not entered. Each file comes once. What cannot be read becomes a
+// line of `problems`.
+std::vector<std::string> findInputs(const Options& options, std::vector<std::string>* problems);
+
+// Where the results of a file go: its path from the current folder, or from the root where it is
+// not below it, below the folder of all results.
+std::string resultFolder(const std::string& output, const std::string& path);
+
+#endif

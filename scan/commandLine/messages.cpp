@@ -1,0 +1,31 @@
+#include "scan/commandLine/messages.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "scan/commandLine/exitStatus.h"
+#include "scan/files/names.h"
+
+void complain(const std::string& text) {
+  std::fprintf(stderr, "lumascan: %s\n", text.c_str());
+}
+
+std::string quoted(const std::string& name) {
+  return "\"" + printableName(name) + "\"";
+}
+
+bool chooseThresholds(const Options& options, Thresholds* thresholds) {
+  *thresholds = DEFAULT_THRESHOLDS;
+  if (options.thresholds.empty()) return true;
+  const std::string mistake = readThresholds(options.thresholds, thresholds);
+  if (!mistake.empty()) complain("thresholds of " + quoted(options.thresholds) + ": " + mistake);
+  return mistake.empty();
+}
+
+int finishOutput(int status) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+  complain(std::string("cannot write to standard output: ") + std::strerror(errno));
+  return std::max<int>(status, OUTPUT_PROBLEM);
+}

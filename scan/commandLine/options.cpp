@@ -1,0 +1,253 @@
+#include "scan/commandLine/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+#include "scan/commandLine/exitStatus.h"
+#include "scan/version.h"
+
+namespace {
+
+constexpr IndicatorMask ALL_INDICATORS = 0x7fff;
+
+// Names separated by commas, or the mask as lumaprobe takes it.
+std::string parseIndicators(const std::string& text, IndicatorMask* mask) {
+  const bool isNumber = !text.empty() && text[0] >= '0' && text[0] <= '9';
+  if (isNumber) {
+    char* end = nullptr;
+    const unsigned long value = std::strtoul(text.c_str(), &end, 0);
+    *mask = static_cast<IndicatorMask>(value) & ALL_INDICATORS;
+    if (*end != '\0' || *mask == 0) return "\"" + text + "\" requests no indicator";
+    return "";
+  }
+  *mask = 0;
+  for (const std::string& name : CLI::detail::split(text, ',')) {
+    const size_t i = indicatorNamed(name);
+    if (i == INDICATORS) return "there is no indicator \"" + name + "\"";
+    *mask |= IndicatorMask{1} << i;
+  }
+  return "";
+}
+
+std::string parseFormats(const std::string& text, OutputChoice* choice) {
+  choice->hasCsv = false;
+  choice->hasHtml = false;
+  for (const std::string& name : CLI::detail::split(text, ',')) {
+    if (name == "csv") {
+      choice->hasCsv = true;
+    } else if (name == "html") {
+      choice->hasHtml = true;
+    } else if (name != "json") {
+      return "there is no format \"" + name + "\": csv, json and html are known";
+    }
+  }
+  return "";
+}
+
+bool isRate(const std::string& text) {
+  AVRational rate = {0, 1};
+  return av_parse_video_rate(&rate, text.c_str()) == 0 && rate.num > 0;
+}
+
+// WxH@FPS
+std::string parseRaw(const std::string& text, VideoSource* raw) {
+  std::string mistake = "\"" + text + "\" is not of the form WIDTHxHEIGHT@FPS";
+  const char* const end = text.data() + text.size();
+  const auto w = std::from_chars(text.data(), end, raw->rawWidth);
+  if (w.ec != std::errc() || w.ptr == end || *w.ptr != 'x') return mistake;
+  const auto h = std::from_chars(w.ptr + 1, end, raw->rawHeight);
+  if (h.ec != std::errc() || h.ptr == end || *h.ptr != '@') return mistake;
+  raw->rawRate = h.ptr + 1;
+  const bool isGood = raw->rawWidth > 0 && raw->rawHeight > 0 && isRate(raw->rawRate);
+  return isGood ? "" : mistake;
+}
+
+// What an option's text is turned into by one of the functions above; CLI11 reports what they say.
+template <typename Target>
+void addParsed(CLI::App* app, const std::string& name, const std::string& form,
+               const std::string& help, std::string (*parse)(const std::string&, Target*),
+               Target* target) {
+  app->add_option_function<std::string>(
+         name,
+         [=](const std::string& text) {
+           const std::string mistake = parse(text, target);
+           if (!mistake.empty()) throw CLI::ValidationError(name, mistake);
+         },
+         help)
+      ->type_name(form);
+}
+
+std::string parsePlace(const std::string& text, Position* position) {
+  return parsePosition(text, position)
+             ? ""
+             : "\"" + text + "\" is neither seconds nor a timecode nor f:FRAME";
+}
+
+std::string parseSeverity(const std::string& text, std::optional<Severity>* severity) {
+  for (const Severity each : {Severity::INFO, Severity::WARN, Severity::FAIL}) {
+    if (text == severityName(each)) *severity = each;
+  }
+  return severity->has_value() ? "" : "\"" + text + "\" is not one of info, warn and fail";
+}
+
+// CLI11's own checks of ranges let it through.
+std::string refuseNan(const std::string& text) {
+  return std::isnan(std::strtod(text.c_str(), nullptr)) ? "\"" + text + "\" is no number" : "";
+}
+
+std::string parseThumbs(const std::string& text, Thumbs* thumbs) {
+  for (const Thumbs each : {Thumbs::NONE, Thumbs::EVENTS, Thumbs::ALL}) {
+    if (text != thumbsName(each)) continue;
+    *thumbs = each;
+    return "";
+  }
+  return "\"" + text + "\" is not one of none, events and all";
+}
+
+std::string parseProgress(const std::string& text, ProgressStyle* style) {
+  static const std::map<std::string, ProgressStyle> STYLES = {{"auto", ProgressStyle::AUTO},
+                                                              {"bar", ProgressStyle::BAR},
+                                                              {"plain", ProgressStyle::PLAIN},
+                                                              {"json", ProgressStyle::JSON},
+                                                              {"none", ProgressStyle::NONE}};
+  const auto found = STYLES.find(text);
+  if (found == STYLES.end()) {
+    return "\"" + text + "\" is not one of auto, bar, plain, json and none";
+  }
+  *style = found->second;
+  return "";
+}
+
+void addJudgement(CLI::App* app, Options* options) {
+  app->add_option("--thresholds", options->thresholds, "judge by the thresholds in this JSON file")
+      ->type_name("FILE");
+  addParsed(app, "--fail-on", "SEVERITY",
+            "end with status 1 at a finding of this severity: info, warn, fail", parseSeverity,
+            &options->failOn);
+}
+
+void addScan(CLI::App* app, Options* options) {
+  app->add_option("INPUT", options->inputs,
+                  "files and folders; - is a YUV4MPEG stream from standard input");
+  app->add_option("-o,--output", options->output, "folder of the results (lumascan-results)")
+      ->type_name("DIR");
+  app->add_option("-j,--jobs", options->jobs, "files at once; 0: as many as there are cores")
+      ->check(CLI::Range(0, 4096));
+  app->add_option("--include", options->include, "of folders, only files whose name matches")
+      ->type_name("GLOB")
+      ->expected(1)
+      ->take_all();
+  app->add_option("--exclude", options->exclude, "of folders, no files whose name matches")
+      ->type_name("GLOB")
+      ->expected(1)
+      ->take_all();
+  app->add_option("--files-from", options->filesFrom,
+                  "further inputs, one a line or each ended by a zero byte; - is standard input")
+      ->type_name("FILE");
+  addParsed(app, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS", parseRaw,
+            &options->raw);
+  addParsed(app, "--start", "T", "first frame: seconds, HH:MM:SS[.mmm], HH:MM:SS:FF or f:FRAME",
+            parsePlace, &options->analysis.start);
+  addParsed(app, "--end", "T", "frame to stop before, in the same forms", parsePlace,
+            &options->analysis.end);
+  app->add_option("--fps", options->analysis.fps, "frame rate for freezing (that of the file)")
+      ->check(CLI::PositiveNumber)
+      ->check(refuseNan);
+  addParsed(app, "--indicators", "NAMES", "names separated by commas, or the sum of bits (all)",
+            parseIndicators, &options->analysis.mask);
+  addParsed(app, "--formats", "LIST", "files to write beside result.json: csv,html (both)",
+            parseFormats, &options->choice);
+  addParsed(app, "--thumbs", "WHICH", "pictures in the report: none, events (the usual), all",
+            parseThumbs, &options->choice.thumbs);
+  addParsed(app, "--progress", "STYLE", "auto (the usual), bar, plain, json or none", parseProgress,
+            &options->progress);
+  app->add_option("--stall-timeout", options->stallTimeout,
+                  "seconds without a new frame at which a file is given up; 0: never (120)")
+      ->check(CLI::NonNegativeNumber)
+      ->check(refuseNan);
+  app->add_flag("--force", options->isForced, "analyse what is up to date, too");
+  app->add_flag("-n,--dry-run", options->isDryRun, "say what would be done, and do nothing");
+  app->add_flag("--json", options->printsJson, "print the summary as JSON");
+  addJudgement(app, options);
+}
+
+void addFlags(CLI::App* app, Options* options) {
+  app->add_flag("-q,--quiet", options->isQuiet, "print nothing but errors");
+  app->add_flag("-v,--verbose", options->isVerbose, "print what the decoders say");
+  app->set_help_flag("-h,--help", "show this help");
+}
+
+bool isVerb(const std::string& word) {
+  static const std::array<const char*, 4> VERBS = {"scan", "events", "report", "probe"};
+  return std::find(VERBS.begin(), VERBS.end(), word) != VERBS.end();
+}
+
+// "scan" is understood where no verb stands.
+std::vector<std::string> argumentsWithVerb(int argc, char** argv) {
+  std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  if (arguments.empty()) return arguments;
+  const std::string& first = arguments[0];
+  const bool isGeneral =
+      first == "-h" || first == "--help" || first == "-V" || first == "--version";
+  if (!isVerb(first) && !isGeneral) arguments.insert(arguments.begin(), "scan");
+  return arguments;
+}
+
+}  // namespace
+
+std::optional<int> parseOptions(int argc, char** argv, Options* options) {
+  CLI::App app("Measures the quality of videos without a reference, frame by frame.", "lumascan");
+  app.set_version_flag("-V,--version", std::string("lumascan ") + LUMASCAN_VERSION);
+  app.set_help_flag("-h,--help", "show this help");
+  app.require_subcommand(1);
+  app.footer(
+      "scan is understood where no command is given. \"lumascan scan --help\" has its options.");
+  CLI::App* const scan = app.add_subcommand("scan", "analyse videos and write their reports");
+  addScan(scan, options);
+  CLI::App* const events =
+      app.add_subcommand("events", "judge stored results again, without decoding");
+  events->add_option("RESULT", options->inputs, "folders that a scan has written")->required();
+  events->add_flag("--json", options->printsJson, "print JSON instead of CSV");
+  addJudgement(events, options);
+  CLI::App* const report = app.add_subcommand("report", "write a page of stored results again");
+  report
+      ->add_option("RESULT", options->inputs,
+                   "folders that a scan has written; several are shown"
+                   " side by side")
+      ->required();
+  report->add_option("-o,--output", options->output,
+                     "file to write (report.html in the folder; of several: lumascan-report.html)");
+  CLI::App* const probe = app.add_subcommand("probe", "say what a file says about itself");
+  probe->add_option("INPUT", options->inputs, "video files")->required();
+  probe->add_flag("--json", options->printsJson, "print JSON");
+  addParsed(probe, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS",
+            parseRaw, &options->raw);
+  for (CLI::App* const verb : {scan, events, report, probe}) addFlags(verb, options);
+
+  std::vector<std::string> arguments = argumentsWithVerb(argc, argv);
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error) == 0 ? DONE : USAGE;
+    std::fprintf(stderr, "lumascan: %s\nTry 'lumascan --help'.\n", error.what());
+    return USAGE;
+  }
+  if (events->parsed()) options->verb = Verb::EVENTS;
+  if (report->parsed()) options->verb = Verb::REPORT;
+  if (probe->parsed()) options->verb = Verb::PROBE;
+  if (scan->parsed()) {
+    if (options->output.empty()) options->output = "lumascan-results";
+    if (options->inputs.empty() && options->filesFrom.empty()) {
+      std::fprintf(stderr, "lumascan: there is no input\nTry 'lumascan --help'.\n");
+      return USAGE;
+    }
+  }
+  return std::nullopt;
+}

@@ -1,0 +1,92 @@
+// Commands on results that are stored: nothing is decoded.
+#include <filesystem>
+
+#include "scan/commandLine/exitStatus.h"
+#include "scan/commandLine/messages.h"
+#include "scan/commands/commands.h"
+#include "scan/events/eventList.h"
+#include "scan/files/names.h"
+#include "scan/report/report.h"
+#include "scan/results/collection.h"
+#include "scan/results/storedResult.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The results that the inputs name; one that cannot be read becomes a message and the status.
+std::vector<std::string> namedResults(const Options& options, int* status) {
+  std::vector<std::string> folders;
+  for (const std::string& input : options.inputs) {
+    const std::vector<std::string> found = storedResults(input);
+    if (found.empty()) {
+      complain("there is no result in " + quoted(input));
+      *status = INPUT_PROBLEM;
+    }
+    folders.insert(folders.end(), found.begin(), found.end());
+  }
+  return folders;
+}
+
+// Reads a stored result; one that cannot be read becomes a message and the status.
+bool readStored(const std::string& folder, VideoResult* result, int* status) {
+  const std::string error = readResult(folder, result);
+  if (error.empty()) return true;
+  complain(error);
+  *status = INPUT_PROBLEM;
+  return false;
+}
+
+}  // namespace
+
+int runEvents(const Options& options) {
+  Thresholds thresholds;
+  if (!chooseThresholds(options, &thresholds)) return USAGE;
+  int status = DONE;
+  Json all = Json::array();
+  if (!options.printsJson) std::printf("path,%s\r\n", EVENT_COLUMNS);
+  for (const std::string& folder : namedResults(options, &status)) {
+    VideoResult result;
+    if (!readStored(folder, &result, &status)) continue;
+    judgeResult(thresholds, &result);
+    const std::string path = result.json["input"]["path"];
+    for (const Event& event : result.events) {
+      const bool isFinding = options.failOn.has_value() && event.severity >= *options.failOn;
+      if (isFinding) status = std::max<int>(status, FOUND);
+      if (options.printsJson) continue;
+      std::printf("%s,%s\r\n", csvField(path).c_str(), eventColumns(event).c_str());
+    }
+    all.push_back({{"path", path},
+                   {"status", result.json["status"]},
+                   {"verdict", result.json["verdict"]},
+                   {"reasons", result.json["reasons"]},
+                   {"events", eventsJson(result.events)}});
+  }
+  if (options.printsJson) std::fputs(jsonText(all).c_str(), stdout);
+  return finishOutput(status);
+}
+
+int runReport(const Options& options) {
+  int status = DONE;
+  std::vector<ReportInput> inputs;
+  const std::vector<std::string> folders = namedResults(options, &status);
+  for (const std::string& folder : folders) {
+    VideoResult result;
+    if (!readStored(folder, &result, &status)) continue;
+    inputs.push_back({std::move(result.json), std::move(result.events), std::move(result.frames),
+                      readThumbnails(folder)});
+  }
+  if (inputs.empty()) return INPUT_PROBLEM;
+  std::string path = options.output;
+  if (path.empty()) {
+    path = folders.size() == 1 ? (fs::path(folders[0]) / "report.html").string()
+                               : "lumascan-report.html";
+  }
+  const std::string error = writeOutput(path, [&](FILE* out) { writeReport(inputs, out); });
+  if (!error.empty()) {
+    complain(error);
+    return OUTPUT_PROBLEM;
+  }
+  if (!options.isQuiet) std::printf("%s\n", printableName(path).c_str());
+  return finishOutput(status);
+}

@@ -1,0 +1,337 @@
+#include "scan/events/eventDetection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <limits>
+#include <tuple>
+
+#include "scan/analysis/indicatorTable.h"
+#include "scan/numbers/sortedValues.h"
+
+namespace {
+
+using Values = Column<double>;
+
+constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
+constexpr double STILL_ACTIVITY = 1.0;  // levels; freezing's own limit
+constexpr size_t FLICKER_PERIOD = 8;    // comparisons that one value of flickering is the mean of
+constexpr size_t NEIGHBOURS = 4;        // frames to either side that a scene cut is compared with
+constexpr double ROUNDING = 1e-3;       // seconds; many containers round times to this
+// A threshold taken from the file's median: a stretch goes on for this share of the way to it.
+constexpr double RELATIVE_LEAVE = 0.75;
+
+// When each frame is shown. NaN: unknown.
+struct Times {
+  Values start;    // seconds, as in the table or by the frame rate
+  Values end;      // seconds
+  Values elapsed;  // seconds since the first frame; never falls, whatever the timestamps do
+  double typicalStep;
+};
+
+double typicalStep(const Values& time, double frameRate) {
+  Values steps;
+  for (size_t i = 1; i < time.size(); ++i) {
+    const double step = time[i] - time[i - 1];
+    if (step > 0.0) steps.push_back(step);
+  }
+  if (!steps.empty()) return medianOf(steps);
+  return frameRate > 0.0 ? 1.0 / frameRate : UNKNOWN;
+}
+
+Times timesOf(const FrameTable& table, double frameRate) {
+  Times times;
+  times.typicalStep = typicalStep(table.time, frameRate);
+  const size_t rows = table.time.size();
+  for (size_t i = 0; i < rows; ++i) {
+    const double time = table.time[i];
+    const auto frame = static_cast<double>(table.firstFrame + static_cast<int64_t>(i));
+    times.start.push_back(std::isnan(time) && frameRate > 0.0 ? frame / frameRate : time);
+  }
+  double elapsed = 0.0;
+  for (size_t i = 0; i < rows; ++i) {
+    const double start = times.start[i];
+    const double step = i + 1 < rows ? times.start[i + 1] - start : UNKNOWN;
+    const double length = table.duration[i] > 0.0 ? table.duration[i]
+                          : step > 0.0            ? step
+                                                  : times.typicalStep;
+    times.end.push_back(wholeNanoseconds(start + length));
+    times.elapsed.push_back(elapsed);
+    elapsed += step > 0.0 ? step : length;
+  }
+  return times;
+}
+
+// What the detection of one type looks at.
+struct Scene {
+  const FrameTable& table;
+  const Times& times;
+  const EventRule& rule;
+  const Threshold& threshold;
+};
+
+Event eventAt(const Scene& scene, size_t first, size_t last) {
+  const int64_t start = scene.table.firstFrame;
+  Event event;
+  event.type = scene.rule.type;
+  event.severity = scene.threshold.severity;
+  event.firstFrame = start + static_cast<int64_t>(first);
+  event.lastFrame = start + static_cast<int64_t>(last);
+  event.startTime = scene.times.start[first];
+  event.endTime = scene.times.end[last];
+  event.peakFrame = event.firstFrame;
+  event.peakValue = UNKNOWN;
+  event.threshold = UNKNOWN;
+  event.isAtStart = first == 0;
+  event.isAtEnd = last + 1 == scene.times.start.size();
+  return event;
+}
+
+bool isLongEnough(const Scene& scene, size_t first, size_t last) {
+  const Times& times = scene.times;
+  const double seconds =
+      times.elapsed[last] - times.elapsed[first] + (times.end[last] - times.start[last]);
+  return std::isnan(seconds) || seconds >= scene.threshold.minSeconds - ROUNDING;
+}
+
+struct Levels {
+  double enter;
+  double leave;
+};
+
+bool isBeyond(double value, double level, Direction direction) {
+  return direction == Direction::ABOVE ? value >= level : value <= level;
+}
+
+Levels atMultipleOfMedian(const Threshold& threshold, const Values& values) {
+  const double needed = threshold.ratio * medianOf(values);
+  return {needed, needed * (threshold.leave / threshold.enter)};
+}
+
+Levels atDistanceFromMedian(const Threshold& threshold, const Values& values, Direction direction) {
+  const double median = medianOf(values);
+  Values deviations;
+  for (const double value : values) deviations.push_back(std::fabs(value - median));
+  const double distance = std::max(threshold.mad * medianOf(deviations), threshold.least);
+  const double sign = direction == Direction::ABOVE ? 1.0 : -1.0;
+  return {median + sign * distance, median + sign * RELATIVE_LEAVE * distance};
+}
+
+// The threshold's own levels, or those taken from the file's median where these lie further out:
+// what counts is beyond both.
+Levels levelsOf(const Scene& scene, const Values& values) {
+  const Threshold& threshold = scene.threshold;
+  const Direction direction = scene.rule.direction;
+  const Levels own = {threshold.enter, threshold.leave};
+  if (!(threshold.ratio > 0.0 || threshold.mad > 0.0)) return own;
+  Levels relative = threshold.ratio > 0.0 ? atMultipleOfMedian(threshold, values)
+                                          : atDistanceFromMedian(threshold, values, direction);
+  if (isBeyond(relative.enter, threshold.alone, direction)) {
+    relative = {threshold.alone, threshold.alone + (own.leave - own.enter)};
+  }
+  return isBeyond(own.enter, relative.enter, direction) ? own : relative;
+}
+
+bool isBlack(const FrameTable& table, size_t row) {
+  static const size_t blackout = indicatorNamed("blackout");
+  return table.values[blackout][row] > 0.0;
+}
+
+// Raises the flag on the still frames that led to it.
+void goBackToFirstStillFrame(const FrameTable& table, Values* flags) {
+  const Values& activity = table.values[indicatorNamed("temporal_activity")];
+  for (size_t i = flags->size(); i-- > 1;) {
+    // Freezing counts from anew at a frame whose predecessor is black.
+    const bool isStill = activity[i - 1] <= STILL_ACTIVITY && (i < 2 || !isBlack(table, i - 2));
+    if ((*flags)[i] > 0.0 && isStill) flags->set(i - 1, (*flags)[i]);
+  }
+}
+
+void spreadOverPeriods(Values* values) {
+  double last = UNKNOWN;  // the value spoken next, going backwards
+  size_t age = 0;
+  size_t spoken = values->size();  // the last row that has a value
+  for (size_t i = values->size(); i-- > 0; ++age) {
+    if (!std::isnan((*values)[i])) {
+      if (std::isnan(last)) spoken = i;
+      last = (*values)[i];
+      age = 0;
+    } else if (age < FLICKER_PERIOD) {
+      values->set(i, last);
+    }
+  }
+  for (size_t i = spoken + 1; i < values->size(); ++i) values->set(i, (*values)[i - 1]);
+}
+
+// The worst value of the last seconds that the threshold names, back to the last undefined one.
+Values worstOfLastSeconds(const Scene& scene, const Values& values) {
+  struct Held {
+    double value;
+    double since;  // seconds
+  };
+  const double seconds = scene.threshold.holdSeconds - ROUNDING;
+  std::deque<Held> worst;  // each less bad than the one before
+  Values held;
+  for (size_t i = 0; i < values.size(); ++i) {
+    const double value = values[i];
+    const double now = scene.times.elapsed[i];
+    if (std::isnan(value)) {
+      worst.clear();
+      held.push_back(value);
+      continue;
+    }
+    while (!worst.empty() && isBeyond(value, worst.back().value, scene.rule.direction)) {
+      worst.pop_back();
+    }
+    worst.push_back({value, now});
+    while (worst.size() > 1 && !(now - worst.front().since < seconds)) worst.pop_front();
+    held.push_back(worst.front().value);
+  }
+  return held;
+}
+
+// The values that stretches are made of.
+Values consideredValues(const FrameTable& table, const EventRule& rule) {
+  const std::string_view indicator = rule.indicator;
+  Values values = table.values[indicatorNamed(indicator)];
+  if (indicator == "freezing") goBackToFirstStillFrame(table, &values);
+  if (indicator == "flickering") {
+    spreadOverPeriods(&values);
+  } else if (indicator != "blackout") {
+    for (size_t i = 0; i < values.size(); ++i) {
+      if (isBlack(table, i)) values.set(i, UNKNOWN);
+    }
+  }
+  return values;
+}
+
+size_t worstRow(const Values& values, size_t first, size_t last, Direction direction) {
+  size_t worst = first;
+  double worstValue = values[first];
+  for (size_t i = first + 1; i <= last; ++i) {
+    const double value = values[i];
+    const bool isWorse = direction == Direction::ABOVE ? value > worstValue : value < worstValue;
+    if (!isWorse) continue;
+    worst = i;
+    worstValue = value;
+  }
+  return worst;
+}
+
+void findStretches(const Scene& scene, std::vector<Event>* events) {
+  const bool isHeld = scene.threshold.holdSeconds > 0.0;
+  const Values own = consideredValues(scene.table, scene.rule);
+  const Values held = isHeld ? worstOfLastSeconds(scene, own) : Values{};
+  const Values& values = isHeld ? held : own;
+  const Levels levels = levelsOf(scene, values);
+  const Direction direction = scene.rule.direction;
+  const size_t rows = values.size();
+  for (size_t first = 0, next = 0; first < rows; first = next) {
+    next = first + 1;
+    if (!isBeyond(values[first], levels.enter, direction)) continue;
+    while (next < rows && isBeyond(values[next], levels.enter, direction)) ++next;
+    if (!isLongEnough(scene, first, next - 1)) continue;
+    while (next < rows && isBeyond(values[next], levels.leave, direction)) ++next;
+    size_t last = next - 1;
+    while (!isBeyond(own[last], levels.leave, direction)) --last;  // not held any more
+    const size_t worst = worstRow(own, first, last, direction);
+    Event event = eventAt(scene, first, last);
+    event.peakFrame = scene.table.firstFrame + static_cast<int64_t>(worst);
+    event.peakValue = own[worst];
+    event.threshold = levels.enter;
+    events->push_back(event);
+  }
+}
+
+double medianOfNeighbours(const Values& values, size_t row) {
+  Values neighbours;
+  const size_t end = std::min(row + NEIGHBOURS + 1, values.size());
+  for (size_t i = row - std::min(row, NEIGHBOURS); i < end; ++i) {
+    if (i != row) neighbours.push_back(values[i]);
+  }
+  return medianOf(neighbours);
+}
+
+// A cut to or from a uniform picture is none: the "black" event says it. The first two comparisons
+// have too little before them to stand out from.
+void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
+  const Values& activity = scene.table.values[indicatorNamed(scene.rule.indicator)];
+  for (size_t i = 3; i < activity.size(); ++i) {
+    if (!(activity[i] >= scene.threshold.enter) || std::isnan(activity[i - 2])) continue;
+    if (isBlack(scene.table, i) || isBlack(scene.table, i - 1)) continue;
+    const double needed =
+        std::max(scene.threshold.enter, scene.threshold.ratio * medianOfNeighbours(activity, i));
+    if (activity[i] < needed) continue;
+    Event event = eventAt(scene, i, i);
+    event.peakValue = activity[i];
+    event.threshold = needed;
+    events->push_back(event);
+  }
+}
+
+void findDecodeErrors(const Scene& scene, std::vector<Event>* events) {
+  const Column<bool>& isCorrupt = scene.table.isCorrupt;
+  for (size_t first = 0, next = 0; first < isCorrupt.size(); first = next) {
+    next = first + 1;
+    if (!isCorrupt[first]) continue;
+    while (next < isCorrupt.size() && isCorrupt[next]) ++next;
+    events->push_back(eventAt(scene, first, next - 1));
+  }
+}
+
+void findTimestampGaps(const Scene& scene, std::vector<Event>* events) {
+  const Values& time = scene.table.time;
+  const double longest =
+      std::max(scene.threshold.enter, scene.threshold.ratio * scene.times.typicalStep);
+  for (size_t i = 1; i < time.size(); ++i) {
+    const double step = time[i] - time[i - 1];
+    if (!(step < 0.0 || step > longest)) continue;
+    Event event = eventAt(scene, i, i);
+    event.peakValue = step;
+    event.threshold = step < 0.0 ? 0.0 : longest;
+    events->push_back(event);
+  }
+}
+
+void findEvents(const Scene& scene, const StreamFindings& stream, std::vector<Event>* events) {
+  const size_t last = scene.times.start.size() - 1;
+  switch (scene.rule.kind) {
+    case EventKind::STRETCH:
+      findStretches(scene, events);
+      break;
+    case EventKind::SCENE_CUT:
+      findSceneCuts(scene, events);
+      break;
+    case EventKind::DECODE_ERROR:
+      findDecodeErrors(scene, events);
+      break;
+    case EventKind::TRUNCATION:
+      if (stream.isTruncated) events->push_back(eventAt(scene, last, last));
+      break;
+    case EventKind::SIZE_CHANGE:
+      if (stream.hasSizeChange) events->push_back(eventAt(scene, last, last));
+      break;
+    case EventKind::TIMESTAMP_GAP:
+      findTimestampGaps(scene, events);
+      break;
+  }
+}
+
+}  // namespace
+
+std::vector<Event> detectEvents(const FrameTable& table, const Thresholds& thresholds,
+                                const StreamFindings& stream) {
+  std::vector<Event> events;
+  if (table.rows() == 0) return events;
+  const Times times = timesOf(table, stream.frameRate);
+  for (size_t i = 0; i < EVENT_TYPES; ++i) {
+    if (!thresholds[i].isEnabled) continue;
+    findEvents({table, times, EVENT_RULES[i], thresholds[i]}, stream, &events);
+  }
+  std::sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
+    return std::tie(a.firstFrame, a.type) < std::tie(b.firstFrame, b.type);
+  });
+  int64_t id = 0;
+  for (Event& event : events) event.id = ++id;
+  return events;
+}

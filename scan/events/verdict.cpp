@@ -1,0 +1,107 @@
+#include "scan/events/verdict.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "scan/analysis/frameTable.h"
+#include "scan/events/eventList.h"
+#include "scan/events/thresholds.h"
+
+namespace {
+
+constexpr double WHOLE = 0.999;  // share of the video from which on something lasts throughout
+
+// All events of one type.
+struct Group {
+  size_t type;  // place in EVENT_RULES
+  Severity severity;
+  int64_t count;
+  int64_t frames;
+  double seconds;  // NaN: unknown
+  double firstStart;
+};
+
+void addTo(std::vector<Group>* groups, const Event& event) {
+  const size_t type = eventTypeNamed(event.type);
+  const auto isSame = [&](const Group& group) { return group.type == type; };
+  auto group = std::find_if(groups->begin(), groups->end(), isSame);
+  if (group == groups->end())
+    group = groups->insert(group, {type, event.severity, 0, 0, 0.0, event.startTime});
+  group->severity = std::max(group->severity, event.severity);
+  ++group->count;
+  group->frames += event.lastFrame - event.firstFrame + 1;
+  group->seconds += durationOf(event);
+}
+
+bool isWeightier(const Group& a, const Group& b) {
+  if (a.severity != b.severity) return a.severity > b.severity;
+  return a.frames > b.frames;
+}
+
+// Milliseconds are cut, not rounded: a time must not point behind the frame.
+std::string clockText(double seconds) {
+  constexpr double SMALL = 1e-6;    // 0.3 is kept as a little less
+  constexpr double LONGEST = 1e12;  // a broken file may name any time
+  if (!(std::fabs(seconds) < LONGEST)) return shortestText(seconds) + " s";
+  const auto ms = static_cast<int64_t>(std::floor((std::fabs(seconds) + SMALL) * 1000.0));
+  char text[64];
+  std::snprintf(text, sizeof text, "%s%02lld:%02lld:%02lld.%03lld", seconds < 0.0 ? "-" : "",
+                static_cast<long long>(ms / 3'600'000), static_cast<long long>(ms / 60'000 % 60),
+                static_cast<long long>(ms / 1000 % 60), static_cast<long long>(ms % 1000));
+  return text;
+}
+
+std::string secondsText(double seconds) {
+  char text[64];
+  // What lasts for less than a tenth is not of no length.
+  std::snprintf(text, sizeof text, seconds < 0.095 ? "%.3f s" : "%.1f s", seconds);
+  return text;
+}
+
+// Kinds that say something about one moment.
+bool hasLength(EventKind kind) {
+  return kind == EventKind::STRETCH || kind == EventKind::DECODE_ERROR;
+}
+
+std::string reasonOf(const Group& group, double duration) {
+  const EventRule& rule = EVENT_RULES[group.type];
+  const bool isOne = group.count == 1;
+  std::string text = std::string(rule.title) + ": ";
+  if (isOne && hasLength(rule.kind) && group.seconds >= WHOLE * duration)
+    return text + "throughout";
+  text += isOne ? "once" : std::to_string(group.count) + " times";
+  if (hasLength(rule.kind) && group.seconds >= 0.0)
+    text += ", " + secondsText(group.seconds) + (isOne ? "" : " in all");
+  if (!std::isnan(group.firstStart))
+    text += (isOne ? ", at " : ", first at ") + clockText(group.firstStart);
+  return text;
+}
+
+std::string incompleteReason(const std::string& status, const std::string& error) {
+  const std::string text = status == "failed" ? "Not analysed" : "Only analysed in part";
+  return error.empty() ? text : text + ": " + error;
+}
+
+}  // namespace
+
+Verdict judge(const std::string& status, const std::string& error, const std::vector<Event>& events,
+              double duration) {
+  std::vector<Group> groups;
+  for (const Event& event : events) {
+    if (event.severity != Severity::INFO) addTo(&groups, event);
+  }
+  std::stable_sort(groups.begin(), groups.end(), isWeightier);
+
+  Verdict verdict;
+  if (status != "complete") {
+    verdict.verdict = "incomplete";
+    verdict.reasons.push_back(incompleteReason(status, error));
+  } else if (groups.empty()) {
+    verdict.verdict = "pass";
+  } else {
+    verdict.verdict = groups.front().severity == Severity::FAIL ? "fail" : "attention";
+  }
+  for (const Group& group : groups) verdict.reasons.push_back(reasonOf(group, duration));
+  return verdict;
+}

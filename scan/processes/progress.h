@@ -1,0 +1,29 @@
+// What a scan says while it runs, on standard error.
+#ifndef LUMASCAN_PROGRESS_H
+#define LUMASCAN_PROGRESS_H
+
+#include <chrono>
+#include <string>
+
+#include "scan/processes/supervisor.h"
+
+struct Progress {
+  ProgressStyle style = ProgressStyle::NONE;
+  std::chrono::steady_clock::time_point start;
+  std::chrono::steady_clock::time_point lastShown;
+  bool hasLine = false;  // an unfinished line stands on the terminal
+};
+
+// With AUTO a terminal gets a bar and everything else plain lines; quiet wins over both.
+Progress startProgress(const Options& options);
+
+// Shows how far all tasks are, when it is time to.
+void showProgress(const std::vector<Task>& tasks, Progress* progress);
+
+// Takes the bar away, so that something else can be printed.
+void clearProgress(Progress* progress);
+
+// How much of all tasks is done, 0 to 1, by the sizes of their files.
+double shareDone(const std::vector<Task>& tasks);
+
+#endif

@@ -1,0 +1,49 @@
+#include "scan/processes/scanJob.h"
+
+#include <system_error>
+
+#include "scan/results/thumbnails.h"
+
+namespace {
+
+std::string judgeAndStore(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                          OutputFile* rows, VideoResult* result) {
+  judgeResult(thresholds, result);
+  // What came through a pipe is gone.
+  const Thumbs thumbs =
+      job.source.path == "-" || !options.choice.hasHtml ? Thumbs::NONE : options.choice.thumbs;
+  const Thumbnails thumbnails = makeThumbnails(
+      job.source, result->frames, framesToShow(result->events, thumbs, result->frames));
+  return storeResult(job.folder, options.choice, std::move(*result), thumbnails, rows);
+}
+
+std::string analyseAndStore(const ScanJob& job, const Options& options,
+                            const Thresholds& thresholds, const ProgressListener& onProgress) {
+  VideoResult stored;
+  if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
+    return judgeAndStore(job, options, thresholds, nullptr, &stored);
+  }
+  OutputFile rows;
+  const bool hasRows = options.choice.hasCsv;
+  if (hasRows) {
+    std::string error = beginRows(job.folder, &rows);
+    if (!error.empty()) return error;
+  }
+  AnalysisOptions analysis = options.analysis;
+  analysis.isThreaded = job.isThreaded;
+  VideoResult result = analyseSource(job.source, analysis, job.decoderThreads,
+                                     hasRows ? rows.stream : nullptr, onProgress);
+  return judgeAndStore(job, options, thresholds, hasRows ? &rows : nullptr, &result);
+}
+
+}  // namespace
+
+std::string runJob(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                   const ProgressListener& onProgress) {
+  try {
+    return analyseAndStore(job, options, thresholds, onProgress);
+  } catch (const std::system_error& error) {  // the columns' temporary files, for one
+    removeLeftovers(job.folder);
+    return error.what();
+  }
+}

@@ -1,0 +1,23 @@
+// One video from its file to its folder of results: what a worker process does.
+#ifndef LUMASCAN_SCAN_JOB_H
+#define LUMASCAN_SCAN_JOB_H
+
+#include <string>
+
+#include "scan/commandLine/options.h"
+#include "scan/results/storedResult.h"
+
+struct ScanJob {
+  VideoSource source;
+  std::string folder;  // of its results
+  Freshness freshness = Freshness::STALE;
+  bool isThreaded = false;
+  int decoderThreads = 1;
+};
+
+// Analyses, judges and stores. Returns an empty text, or why the results could not be stored.
+// Whatever is wrong with the video is said in its result.
+std::string runJob(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                   const ProgressListener& onProgress);
+
+#endif

@@ -1,0 +1,37 @@
+// Many jobs, some at a time, each in a worker process.
+#ifndef LUMASCAN_SUPERVISOR_H
+#define LUMASCAN_SUPERVISOR_H
+
+#include <string>
+#include <vector>
+
+#include "scan/processes/workerProcess.h"
+
+enum class TaskState { WAITING, RUNNING, FINISHED };
+
+struct Task {
+  ScanJob job;
+  int64_t size = 0;  // of its file, in bytes: its share of the progress
+  TaskState state = TaskState::WAITING;
+  int attempts = 0;
+  std::string outputError;  // why its results could not be stored
+  WorkerProcess worker;     // while it runs
+};
+
+// What happens to tasks, for those who want to know. `tasks` are all of them.
+struct TaskListener {
+  std::function<void(const std::vector<Task>& tasks, const Task& task)> onFinished;
+  std::function<void(const std::vector<Task>& tasks)> onTick;  // several times a second
+  std::function<void(const std::string& text)> onMessage;      // for the user to read
+};
+
+// Runs all waiting tasks, `jobs` at a time. A worker that crashes or stalls is started once more;
+// when that goes wrong, too, a result is stored that says so. Results that cannot be stored keep
+// further tasks from being started. The first SIGINT lets running tasks finish, a second one or
+// SIGTERM kills them.
+//
+// Returns the signal that stopped the run, or 0.
+int superviseTasks(const Options& options, const Thresholds& thresholds, size_t jobs,
+                   const TaskListener& listener, std::vector<Task>* tasks);
+
+#endif

@@ -1,0 +1,174 @@
+#include "scan/processes/workerProcess.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+
+namespace {
+
+constexpr size_t MOST_LOG = 2000;  // bytes kept of what a worker says
+constexpr int STOPPED_EARLY = 1;   // status of a worker whose parent is gone
+constexpr auto MESSAGE_INTERVAL = std::chrono::milliseconds(100);
+
+// Messages are lines: "progress 0.25 1000" or "output " and a text.
+void sendLine(int to, const std::string& line) {
+  const std::string text = line + "\n";
+  // The parent reads all of it, or is gone.
+  if (write(to, text.data(), text.size()) < 0) _exit(STOPPED_EARLY);
+}
+
+void connectStandardStreams(const ScanJob& job, int log) {
+  dup2(log, STDOUT_FILENO);
+  dup2(log, STDERR_FILENO);
+  if (job.source.path == "-") return;
+  const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  dup2(nothing, STDIN_FILENO);
+}
+
+// When memory runs out the system shall choose a worker, not its parent.
+void offerToBeKilled() {
+  FILE* const file = std::fopen("/proc/self/oom_score_adj", "we");
+  if (file == nullptr) return;
+  std::fputs("1000", file);
+  std::fclose(file);
+}
+
+void resetSignals() {
+  // Ctrl-C reaches the whole group; what it means is the parent's decision.
+  std::signal(SIGINT, SIG_IGN);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+[[noreturn]] void work(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                       int messages) {
+  offerToBeKilled();
+  av_log_set_level(options.isVerbose ? AV_LOG_INFO : AV_LOG_ERROR);
+  auto last = std::chrono::steady_clock::now() - MESSAGE_INTERVAL;
+  const std::string error = runJob(job, options, thresholds, [&](double position, int64_t frames) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last < MESSAGE_INTERVAL) return;
+    last = now;
+    sendLine(messages, "progress " + shortestText(position) + " " + std::to_string(frames));
+  });
+  if (!error.empty()) sendLine(messages, "output " + error);
+  std::fflush(nullptr);
+  _exit(0);
+}
+
+// What can be read without waiting, added to `text`. False at the end.
+bool readAvailable(int from, std::string* text) {
+  char bytes[4096];
+  for (;;) {
+    const ssize_t count = read(from, bytes, sizeof bytes);
+    if (count > 0) text->append(bytes, static_cast<size_t>(count));
+    if (count == 0) return false;
+    if (count < 0 && errno != EINTR) return errno == EAGAIN;
+  }
+}
+
+void takeMessage(const std::string& line, WorkerProcess* worker) {
+  constexpr char OUTPUT[] = "output ";
+  if (line.compare(0, sizeof OUTPUT - 1, OUTPUT) == 0) {
+    worker->outputError = line.substr(sizeof OUTPUT - 1);
+    return;
+  }
+  long long frames = 0;
+  if (std::sscanf(line.c_str(), "progress %lf %lld", &worker->position, &frames) == 2) {
+    worker->frames = frames;
+  }
+}
+
+void closeDescriptor(int* descriptor) {
+  if (*descriptor >= 0) close(*descriptor);
+  *descriptor = -1;
+}
+
+}  // namespace
+
+bool startWorker(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                 WorkerProcess* worker) {
+  int messages[2];
+  int log[2];
+  if (pipe2(messages, O_CLOEXEC) != 0) return false;
+  if (pipe2(log, O_CLOEXEC) != 0) {
+    const int error = errno;
+    close(messages[0]);
+    close(messages[1]);
+    errno = error;
+    return false;
+  }
+  std::fflush(nullptr);
+  const pid_t parent = getpid();
+  const pid_t pid = fork();
+  const int error = errno;
+  if (pid == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(STOPPED_EARLY);
+    resetSignals();
+    connectStandardStreams(job, log[1]);
+    work(job, options, thresholds, messages[1]);
+  }
+  close(messages[1]);
+  close(log[1]);
+  *worker = {};
+  worker->pid = pid;
+  worker->messages = messages[0];
+  worker->log = log[0];
+  fcntl(worker->messages, F_SETFL, O_NONBLOCK);
+  fcntl(worker->log, F_SETFL, O_NONBLOCK);
+  if (pid < 0) {
+    closeDescriptor(&worker->messages);
+    closeDescriptor(&worker->log);
+    errno = error;
+  }
+  return pid > 0;
+}
+
+bool readMessages(WorkerProcess* worker) {
+  if (!readAvailable(worker->messages, &worker->pendingMessages)) {
+    closeDescriptor(&worker->messages);
+  }
+  bool isNews = false;
+  std::string& pending = worker->pendingMessages;
+  for (size_t end = 0; (end = pending.find('\n')) != std::string::npos; isNews = true) {
+    takeMessage(pending.substr(0, end), worker);
+    pending.erase(0, end + 1);
+  }
+  return isNews;
+}
+
+void readLog(WorkerProcess* worker, bool isShown) {
+  std::string text;
+  if (!readAvailable(worker->log, &text)) closeDescriptor(&worker->log);
+  if (isShown) std::fwrite(text.data(), 1, text.size(), stderr);
+  worker->logTail += text;
+  if (worker->logTail.size() > MOST_LOG) {
+    worker->logTail.erase(0, worker->logTail.size() - MOST_LOG);
+  }
+}
+
+std::string endWorker(WorkerProcess* worker, bool isShown) {
+  int status = 0;
+  kill(worker->pid, SIGKILL);  // nothing to one that has ended
+  while (waitpid(worker->pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (worker->messages >= 0) readMessages(worker);
+  if (worker->log >= 0) readLog(worker, isShown);
+  closeDescriptor(&worker->messages);
+  closeDescriptor(&worker->log);
+  worker->pid = -1;
+  if (WIFSIGNALED(status)) {
+    return "signal " + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) + ")";
+  }
+  const int code = WEXITSTATUS(status);
+  return code == 0 ? "" : "exit status " + std::to_string(code);
+}

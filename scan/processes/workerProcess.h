@@ -1,0 +1,35 @@
+// Jobs in processes of their own: the state of the indicators is the process's, and a decoder that
+// crashes, hangs or takes all memory takes nothing else along.
+#ifndef LUMASCAN_WORKER_PROCESS_H
+#define LUMASCAN_WORKER_PROCESS_H
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "scan/processes/scanJob.h"
+
+struct WorkerProcess {
+  pid_t pid = -1;
+  int messages = -1;  // descriptors to read from; -1: closed
+  int log = -1;
+  std::string pendingMessages;  // without their end so far
+  std::string logTail;          // the last lines that the worker and its decoder have said
+  double position = 0.0;        // in its file, 0 to 1
+  int64_t frames = 0;
+  std::string outputError;  // why the results could not be stored
+};
+
+// Starts a job. The process ends when its parent does. False, with errno set, when that fails.
+bool startWorker(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+                 WorkerProcess* worker);
+
+// Takes in what the worker has sent. True when it has said something about its progress.
+bool readMessages(WorkerProcess* worker);
+void readLog(WorkerProcess* worker, bool isShown);
+
+// Collects the process, which has ended or is killed now, and what it has sent last. Returns an
+// empty text when it ended by itself, or what became of it ("signal 11 (Segmentation fault)").
+std::string endWorker(WorkerProcess* worker, bool isShown);
+
+#endif

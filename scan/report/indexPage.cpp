@@ -1,0 +1,195 @@
+#include "scan/report/indexPage.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <tuple>
+
+#include "scan/analysis/frameTable.h"
+#include "scan/report/document.h"
+#include "scan/report/html.h"
+#include "scan/report/pageFiles.h"
+#include "scan/report/resultFacts.h"
+#include "scan/report/timeline.h"
+
+namespace {
+
+constexpr int SPARK_W = 63;  // 64 stretches
+constexpr int SPARK_H = 20;
+
+struct Row {
+  const IndexEntry* entry;
+  Verdict verdict;
+  std::string path;
+  std::array<const char*, INDICATORS> worst{};  // severity of its events; "" for none
+};
+
+struct Range {
+  double low = std::nan("");
+  double high = std::nan("");
+};
+
+Row rowOf(const IndexEntry& entry) {
+  Row row{&entry, verdictOf(entry.result), pathOf(entry.result)};
+  row.worst.fill("");
+  for (const auto& [type, severity] : entry.events.worst) {
+    const size_t indicator = indicatorOfEvent(type);
+    if (indicator == INDICATORS || severity == Severity::INFO) continue;
+    const char*& worst = row.worst[indicator];
+    if (worst != std::string_view("fail")) worst = severityName(severity);
+  }
+  return row;
+}
+
+int64_t countOf(const Row& row, Severity severity) {
+  return row.entry->events.counts.at(static_cast<size_t>(severity));
+}
+
+bool isWorse(const Row& a, const Row& b) {
+  const auto rank = [](const Row& row) {
+    return std::tuple(row.verdict, -countOf(row, Severity::FAIL), -countOf(row, Severity::WARN),
+                      row.path);
+  };
+  return rank(a) < rank(b);
+}
+
+const Json& overviewOf(const Json& result, size_t indicator) {
+  return memberOf(memberOf(memberOf(result, "indicators"), INDICATOR_TABLE[indicator].name),
+                  "overview");
+}
+
+// All inputs share an indicator's scale, so that rows can be compared.
+Range rangeOf(const std::vector<IndexEntry>& entries, size_t indicator) {
+  Range range;
+  for (const IndexEntry& entry : entries) {
+    for (const Json& mean : overviewOf(entry.result, indicator)) {
+      if (!mean.is_number()) continue;
+      range.low = std::fmin(range.low, mean.get<double>());
+      range.high = std::fmax(range.high, mean.get<double>());
+    }
+  }
+  return range;
+}
+
+// Undefined stretches interrupt the line, unless they are meant to be there (isBridged).
+std::string sparkPath(const Json& overview, const Range& range, bool isBridged) {
+  std::string path;
+  const size_t count = overview.is_array() ? overview.size() : 0;
+  bool isStart = true;
+  for (size_t i = 0; i < count; ++i) {
+    if (!overview[i].is_number()) {
+      isStart = isStart || !isBridged;
+      continue;
+    }
+    const double spread = range.high / 2.0 - range.low / 2.0;
+    const double part =
+        spread > 0.0 ? (overview[i].get<double>() / 2.0 - range.low / 2.0) / spread : 0.0;
+    const auto y = static_cast<int>(std::lround((1.0 - part) * SPARK_H));
+    const size_t x = count > 1 ? i * SPARK_W / (count - 1) : 0;
+    path += (isStart ? 'M' : 'L') + std::to_string(x) + " " + std::to_string(y);
+    if (isStart) path += "h1";  // a lone one can be seen, too
+    isStart = false;
+  }
+  return path;
+}
+
+std::string sparkHtml(const Row& row, size_t indicator, const Range& range) {
+  const IndicatorInfo& info = INDICATOR_TABLE[indicator];
+  const Json& result = row.entry->result;
+  const Json& statistics = memberOf(memberOf(result, "indicators"), info.name);
+  const std::string text =
+      std::string(info.title) + ": mean " + roughText(numberOf(statistics, "mean")) + ", " +
+      roughText(numberOf(statistics, "min")) + " to " + roughText(numberOf(statistics, "max"));
+  std::string html = std::string("<td class=\"spark ") + row.worst[indicator] + "\" data-v=\"" +
+                     shortestText(numberOf(statistics, "mean")) + "\"><span class=\"label\">" +
+                     info.title + "</span>";
+  const std::string path = sparkPath(overviewOf(result, indicator), range, isSparse(indicator));
+  if (path.empty()) return html + "\xe2\x80\x93</td>";
+  return html + "<svg viewBox=\"-1 -2 " + std::to_string(SPARK_W + 2) + " " +
+         std::to_string(SPARK_H + 4) +
+         "\" preserveAspectRatio=\"none\" role=\"img\" aria-label=\"" + text + "\"><title>" + text +
+         "</title><path d=\"" + path + "\"/></svg></td>";
+}
+
+std::string countHtml(const Row& row, Severity severity) {
+  const char* const title = severityName(severity);
+  const int64_t count = countOf(row, severity);
+  const std::string number = std::to_string(count);
+  return std::string("<td class=\"n count ") + (count > 0 ? title : "none") + "\" data-v=\"" +
+         number + "\"><span class=\"label\">" + title + " </span>" + number + "</td>";
+}
+
+// A colon in the first part of a relative reference would make that part a scheme.
+std::string linkOf(const std::string& folderUri) {
+  const std::string first = folderUri.substr(0, folderUri.find('/'));
+  const bool isScheme = first.find(':') != std::string::npos && first != "file:";
+  return (isScheme ? "./" : "") + folderUri + "/report.html";
+}
+
+std::string rowHtml(const Row& row, size_t place, const std::array<Range, INDICATORS>& ranges) {
+  const Json& result = row.entry->result;
+  const double duration = durationOf(result);
+  std::string html = "<tr><td data-v=\"" + std::to_string(place) + "\"><span class=\"badge " +
+                     verdictKey(row.verdict) + "\">" + verdictTitle(row.verdict) +
+                     "</span></td><td class=\"input\"><a href=\"" +
+                     escapeHtml(linkOf(row.entry->folderUri)) + "\"><bdi>" +
+                     escapeHtml(row.path.empty() ? "(no name)" : row.path) + "</bdi></a>";
+  for (const std::string& reason : textsOf(result, "reasons")) {
+    html += "<p>" + escapeHtml(reason) + "</p>";
+  }
+  html += "</td>" + countHtml(row, Severity::FAIL) + countHtml(row, Severity::WARN) +
+          countHtml(row, Severity::INFO) + "<td class=\"n\" data-v=\"" + shortestText(duration) +
+          "\">" + durationText(duration) + "</td>";
+  for (size_t i = 0; i < INDICATORS; ++i) html += sparkHtml(row, i, ranges[i]);
+  return html + "</tr>\n";
+}
+
+std::string summaryHtml(const std::vector<Row>& rows) {
+  std::string html = "<p class=\"summary\">";
+  for (const Verdict verdict :
+       {Verdict::INCOMPLETE, Verdict::FAIL, Verdict::ATTENTION, Verdict::PASS}) {
+    const auto count = std::count_if(rows.begin(), rows.end(),
+                                     [&](const Row& row) { return row.verdict == verdict; });
+    if (count > 0) {
+      html += std::string("<span class=\"badge ") + verdictKey(verdict) + "\">" +
+              std::to_string(count) + " " + verdictTitle(verdict) + "</span> ";
+    }
+  }
+  return html + "</p>\n";
+}
+
+}  // namespace
+
+std::string renderIndex(const std::vector<IndexEntry>& entries) {
+  std::vector<Row> rows;
+  rows.reserve(entries.size());
+  for (const IndexEntry& entry : entries) rows.push_back(rowOf(entry));
+  std::stable_sort(rows.begin(), rows.end(), isWorse);
+  std::array<Range, INDICATORS> ranges;
+  for (size_t i = 0; i < INDICATORS; ++i) ranges[i] = rangeOf(entries, i);
+
+  std::string html =
+      "<main>\n<h1>" + std::to_string(rows.size()) + (rows.size() == 1 ? " input" : " inputs") +
+      "</h1>\n" + summaryHtml(rows) +
+      "<div class=\"filter\" hidden><label>Verdict <select id=\"verdict\">"
+      "<option value=\"\">all</option><option>Incomplete</option>"
+      "<option>Fail</option><option>Attention</option><option>Pass</option>"
+      "</select></label><label>Text <input id=\"text\" type=\"search\"></label>"
+      "<output id=\"count\"></output></div>\n<div class=\"scroll\">"
+      "<table class=\"index\"><thead><tr><th scope=\"col\">Verdict</th>"
+      "<th scope=\"col\">Input</th><th scope=\"col\" class=\"n\">Fail</th>"
+      "<th scope=\"col\" class=\"n\">Warn</th><th scope=\"col\" class=\"n\">Info</th>"
+      "<th scope=\"col\" class=\"n\">Duration</th>";
+  for (const IndicatorInfo& info : INDICATOR_TABLE) {
+    html += std::string("<th scope=\"col\" class=\"spark\">") + info.title + "</th>";
+  }
+  html += "</tr></thead>\n<tbody>\n";
+  for (size_t i = 0; i < rows.size(); ++i) html += rowHtml(rows[i], i, ranges);
+
+  Document document;
+  document.title = "lumascan: all inputs";
+  document.style.append(COMMON_CSS).append(INDEX_CSS);
+  document.scripts = {std::string(SORTABLE_JS), std::string(INDEX_JS)};
+  return documentStart(document) + html + "</tbody></table></div>\n</main>\n" +
+         documentEnd(document);
+}

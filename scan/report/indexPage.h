@@ -1,0 +1,22 @@
+// The page on all inputs of a run.
+#ifndef LUMASCAN_INDEX_PAGE_H
+#define LUMASCAN_INDEX_PAGE_H
+
+#include <string>
+#include <vector>
+
+#include "scan/events/eventList.h"
+#include "scan/files/json.h"
+
+// NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
+struct IndexEntry {
+  Json result;            // docs/results.md; its events may be left out
+  std::string folderUri;  // where its report.html is: a relative reference, percent-encoded
+  EventSummary events;
+};
+
+// One HTML document that works offline and without script. The worst come first: incomplete, fail,
+// attention, pass; then those with more failures, then with more warnings; then by path.
+std::string renderIndex(const std::vector<IndexEntry>& entries);
+
+#endif

@@ -1,0 +1,12 @@
+#include "scan/results/outputChoice.h"
+
+const char* thumbsName(Thumbs thumbs) {
+  switch (thumbs) {
+    case Thumbs::NONE:
+      return "none";
+    case Thumbs::EVENTS:
+      return "events";
+    default:
+      return "all";
+  }
+}

@@ -1,0 +1,183 @@
+#include "scan/results/storedResult.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "scan/events/eventList.h"
+#include "scan/files/fingerprint.h"
+#include "scan/files/names.h"
+#include "scan/report/report.h"
+#include "scan/report/resultFacts.h"
+#include "scan/version.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string readWhole(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string makeFolder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (!error) return "";
+  return "cannot create \"" + printableName(folder) + "\": " + error.message();
+}
+
+Json choiceJson(const OutputChoice& choice) {
+  Json formats = Json::array();
+  if (choice.hasCsv) formats.push_back("csv");
+  if (choice.hasHtml) formats.push_back("html");
+  return {{"formats", formats}, {"thumbs", thumbsName(choice.thumbs)}};
+}
+
+bool isUnchanged(const Json& input, const std::string& path) {
+  Fingerprint now;
+  return path != "-" && takeFingerprint(path, &now) && input["size"] == now.size &&
+         input["mtime_ns"] == now.modificationTime && input["checksum"] == now.checksum;
+}
+
+std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails) {
+  std::error_code ignored;
+  fs::remove_all(folder, ignored);
+  if (thumbnails.empty()) return "";
+  std::string error = makeFolder(folder.string());
+  for (const auto& thumbnail : thumbnails) {
+    if (!error.empty()) return error;
+    const fs::path path = folder / (std::to_string(thumbnail.first) + ".jpg");
+    error = writeOutput(path.string(), [&](FILE* out) { writeText(thumbnail.second, out); });
+  }
+  return error;
+}
+
+// Discarded, when it is not JSON.
+Json parseResult(std::istream& file, const EventListener& onEvent) {
+  constexpr int MEMBER = 1;  // depth
+  constexpr int ELEMENT = 2;
+  bool isInEvents = false;
+  const auto isKept = [&](int depth, Json::parse_event_t what, const Json& parsed) {
+    if (depth == MEMBER && what == Json::parse_event_t::key) isInEvents = parsed == "events";
+    const bool isEvent = isInEvents && depth == ELEMENT && what == Json::parse_event_t::object_end;
+    if (isEvent) onEvent(eventOf(parsed));
+    return !isEvent;
+  };
+  Json result = Json::parse(file, isKept, false);
+  if (result.is_object()) result.erase("events");
+  return result;
+}
+
+// Writes a file that is chosen; one that is not is removed.
+std::string storeChosen(bool isChosen, const fs::path& path,
+                        const std::function<void(FILE*)>& write) {
+  if (isChosen) return writeOutput(path.string(), write);
+  std::error_code ignored;
+  fs::remove(path, ignored);
+  return "";
+}
+
+// The events, of which there may be many, are written one by one behind the rest.
+void writeResultJson(const Json& json, const std::vector<Event>& events, FILE* out) {
+  std::string text = jsonText(json);
+  text.erase(text.rfind("\n}"));
+  writeText(text + ",\n  \"events\": ", out);
+  writeEventsJson(events, out);
+  writeText("\n}\n", out);
+}
+
+}  // namespace
+
+Freshness freshnessOf(const std::string& folder, const VideoSource& source,
+                      const AnalysisOptions& options, const Thresholds& thresholds,
+                      const OutputChoice& choice) {
+  Json json;
+  if (!readResultJson(folder, &json, [](const Event&) {}).empty()) return Freshness::STALE;
+  const bool isValid = json["status"] != "failed" && json["tool"]["version"] == LUMASCAN_VERSION &&
+                       json["options"] == optionsJson(source, options) &&
+                       isUnchanged(json["input"], source.path);
+  if (!isValid) return Freshness::STALE;
+  const bool isJudged =
+      json["thresholds"] == thresholdsJson(thresholds) && json["outputs"] == choiceJson(choice);
+  if (isJudged) return Freshness::COMPLETE;
+  const Json& formats = json["outputs"]["formats"];
+  const bool hasCsv = std::find(formats.begin(), formats.end(), "csv") != formats.end();
+  return hasCsv ? Freshness::JUDGE : Freshness::STALE;
+}
+
+std::string readResultJson(const std::string& folder, Json* json, const EventListener& onEvent) {
+  const fs::path path = fs::path(folder) / "result.json";
+  std::ifstream file(path);
+  const auto complain = [&](const std::string& reason) {
+    return "cannot read \"" + printableName(path.string()) + "\": " + reason;
+  };
+  if (!file) return complain(std::strerror(errno));
+  *json = parseResult(file, onEvent);
+  const bool isResult = json->is_object() && json->value("tool", Json::object()).is_object() &&
+                        json->value("tool", Json::object()).value("name", Json()) == "lumascan";
+  if (!isResult) return complain("it is not a result of lumascan");
+  if ((*json)["schema_version"] != "1.0") return complain("it is of another version of lumascan");
+  return "";
+}
+
+std::string readResult(const std::string& folder, VideoResult* result) {
+  result->events.clear();
+  std::string error = readResultJson(
+      folder, &result->json, [&](Event event) { result->events.push_back(std::move(event)); });
+  if (!error.empty() || result->json["status"] == "failed") return error;
+  const std::string path = (fs::path(folder) / "frames.csv").string();
+  const std::string mistake = readFramesCsv(path, &result->frames);
+  return mistake.empty() ? "" : "cannot read \"" + printableName(path) + "\": " + mistake;
+}
+
+Thumbnails readThumbnails(const std::string& folder) {
+  Thumbnails thumbnails;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(fs::path(folder) / "thumbs", error)) {
+    if (entry.path().extension() != ".jpg") continue;
+    thumbnails[std::strtoll(entry.path().stem().c_str(), nullptr, 10)] = readWhole(entry.path());
+  }
+  return thumbnails;
+}
+
+std::string beginRows(const std::string& folder, OutputFile* rows) {
+  std::string error = makeFolder(folder);
+  if (!error.empty()) return error;
+  removeLeftovers(folder);
+  const std::string path = (fs::path(folder) / "rows.tsv").string();
+  if (openOutput(path, rows)) return "";
+  return "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
+}
+
+std::string storeResult(const std::string& folder, const OutputChoice& choice, VideoResult result,
+                        const Thumbnails& thumbnails, OutputFile* rows) {
+  const fs::path to = folder;
+  std::string error = makeFolder(folder);
+  if (!error.empty()) return error;
+  std::error_code ignored;
+  fs::remove(to / "result.json", ignored);
+
+  Json& json = result.json;
+  json["outputs"] = choiceJson(choice);
+  const bool hasCsv = choice.hasCsv;
+  if (rows != nullptr && !commitOutput(rows)) {
+    error = "cannot write \"" + printableName(rows->path) + "\": " + std::strerror(errno);
+  }
+  if (!hasCsv) fs::remove(to / "rows.tsv", ignored);
+  const auto step = [&](bool isChosen, const char* name, const std::function<void(FILE*)>& write) {
+    if (error.empty()) error = storeChosen(isChosen, to / name, write);
+  };
+  step(hasCsv, "frames.csv", [&](FILE* out) { writeFramesCsv(result.frames, out); });
+  step(hasCsv, "events.csv", [&](FILE* out) { writeEventsCsv(result.events, out); });
+  if (error.empty()) error = storeThumbnails(to / "thumbs", thumbnails);
+  step(choice.hasHtml, "report.html", [&](FILE* out) {
+    std::vector<ReportInput> inputs(1);
+    inputs[0] = {json, result.events, std::move(result.frames), thumbnails};  // their last use
+    writeReport(inputs, out);
+  });
+  step(true, "result.json", [&](FILE* out) { writeResultJson(json, result.events, out); });
+  return error;
+}

@@ -1,0 +1,46 @@
+// A folder with the results of one video. result.json is written last and removed first: where it
+// stands, all files are of one mind.
+#ifndef LUMASCAN_STORED_RESULT_H
+#define LUMASCAN_STORED_RESULT_H
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "scan/files/outputFile.h"
+#include "scan/results/outputChoice.h"
+#include "scan/results/videoResult.h"
+
+// JPEG pictures of frames, by the frames' numbers.
+using Thumbnails = std::map<int64_t, std::string>;
+
+// What a stored result is good for.
+enum class Freshness {
+  STALE,     // the file, what was asked about it or the program have changed, or it failed
+  JUDGE,     // its values are; judgement and pages are to be made anew
+  COMPLETE,  // nothing is to be done
+};
+
+Freshness freshnessOf(const std::string& folder, const VideoSource& source,
+                      const AnalysisOptions& options, const Thresholds& thresholds,
+                      const OutputChoice& choice);
+
+using EventListener = std::function<void(Event)>;
+
+// Reads result.json, or that and frames.csv. Events, of which there may be many, are handed over
+// one by one and do not become part of the JSON. Return an empty text, or what is wrong.
+std::string readResultJson(const std::string& folder, Json* json, const EventListener& onEvent);
+std::string readResult(const std::string& folder, VideoResult* result);
+
+// The pictures that are stored.
+Thumbnails readThumbnails(const std::string& folder);
+
+// Makes the folder and begins rows.tsv in it. Returns an empty text, or what went wrong.
+std::string beginRows(const std::string& folder, OutputFile* rows);
+
+// Stores a result; `rows`, when it is not null, becomes rows.tsv. Files that are not chosen are
+// removed. Returns an empty text, or what went wrong: there is no result.json then.
+std::string storeResult(const std::string& folder, const OutputChoice& choice, VideoResult result,
+                        const Thumbnails& thumbnails, OutputFile* rows);
+
+#endif

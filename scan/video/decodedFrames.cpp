@@ -1,0 +1,48 @@
+#include "scan/video/decodedFrames.h"
+
+namespace {
+
+// Decoders are uneven: a key frame takes several times as long as those behind it.
+constexpr size_t FRAMES_AHEAD = 4;
+
+void decodeAll(VideoReader* reader, DecodeAhead* ahead) {
+  for (bool isMore = true; isMore;) {
+    DecodedFrame frame = decodeNext(reader);
+    isMore = frame.result == ReadResult::FRAME;
+    std::unique_lock<std::mutex> lock(ahead->mutex);
+    ahead->changed.wait(lock,
+                        [&] { return ahead->isAbandoned || ahead->frames.size() < FRAMES_AHEAD; });
+    if (ahead->isAbandoned) return;
+    ahead->frames.push_back(std::move(frame));
+    ahead->changed.notify_all();
+  }
+}
+
+}  // namespace
+
+DecodedFrame decodeNext(VideoReader* reader) {
+  DecodedFrame frame = {ReadResult::END, "", FfmpegOwner<AVFrame>(av_frame_alloc()), 0.0};
+  frame.result = readFrame(reader, frame.picture.get(), &frame.error);
+  frame.position = positionInFile(*reader);
+  return frame;
+}
+
+DecodeAhead::DecodeAhead(VideoReader* reader) : thread([=] { decodeAll(reader, this); }) {}
+
+DecodeAhead::~DecodeAhead() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    isAbandoned = true;
+  }
+  changed.notify_all();
+  thread.join();
+}
+
+DecodedFrame fetchNext(DecodeAhead* ahead) {
+  std::unique_lock<std::mutex> lock(ahead->mutex);
+  ahead->changed.wait(lock, [&] { return !ahead->frames.empty(); });
+  DecodedFrame frame = std::move(ahead->frames.front());
+  ahead->frames.pop_front();
+  ahead->changed.notify_all();
+  return frame;
+}

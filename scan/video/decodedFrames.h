@@ -1,0 +1,39 @@
+// The frames of a video one after the other, decoded when they are asked for or some ahead.
+#ifndef LUMASCAN_DECODED_FRAMES_H
+#define LUMASCAN_DECODED_FRAMES_H
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "scan/video/videoReader.h"
+
+struct DecodedFrame {
+  ReadResult result;
+  std::string error;             // of a failure
+  FfmpegOwner<AVFrame> picture;  // of a frame
+  double position;               // in the file, 0 to 1, as positionInFile() has it
+};
+
+DecodedFrame decodeNext(VideoReader* reader);
+
+// Decodes on a thread of its own, a few frames ahead. While it lives the reader is its alone.
+struct DecodeAhead {
+  explicit DecodeAhead(VideoReader* reader);
+  ~DecodeAhead();  // gives up what is not fetched
+  DecodeAhead(const DecodeAhead&) = delete;
+  DecodeAhead& operator=(const DecodeAhead&) = delete;
+
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::deque<DecodedFrame> frames;
+  bool isAbandoned = false;
+  std::thread thread;
+};
+
+// The next frame, as decodeNext() gives it. Not to be called again behind one that is none.
+DecodedFrame fetchNext(DecodeAhead* ahead);
+
+#endif

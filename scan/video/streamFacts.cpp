@@ -1,0 +1,128 @@
+#include "scan/video/streamFacts.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "scan/video/luma.h"
+
+extern "C" {
+#include <libavutil/display.h>
+}
+
+namespace {
+
+std::string ratio(AVRational value, char sign) {
+  return std::to_string(value.num) + sign + std::to_string(value.den);
+}
+
+// A name that FFmpeg may not have.
+std::string nameOr(const char* name, const char* otherwise) {
+  return name == nullptr ? otherwise : name;
+}
+
+const char* fieldOrder(AVFieldOrder order) {
+  switch (order) {
+    case AV_FIELD_PROGRESSIVE:
+      return "progressive";
+    case AV_FIELD_TT:
+      return "tt";
+    case AV_FIELD_BB:
+      return "bb";
+    case AV_FIELD_TB:
+      return "tb";
+    case AV_FIELD_BT:
+      return "bt";
+    default:
+      return "unknown";
+  }
+}
+
+// Degrees clockwise by which a player turns the picture.
+double rotation(const AVStream& stream) {
+  const uint8_t* const matrix =
+      av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+  if (matrix == nullptr) return 0.0;
+  const double angle = av_display_rotation_get(reinterpret_cast<const int32_t*>(matrix));
+  return std::isfinite(angle) ? 0.0 - angle : 0.0;
+}
+
+AVPixelFormat pixelFormat(const AVStream& stream) {
+  return static_cast<AVPixelFormat>(stream.codecpar->format);
+}
+
+bool isFullRange(const AVCodecParameters& video) {
+  const AVPixFmtDescriptor* const format =
+      av_pix_fmt_desc_get(static_cast<AVPixelFormat>(video.format));
+  // The older names of full-range formats say it themselves.
+  const bool isByName = format != nullptr && std::string(format->name).substr(0, 4) == "yuvj";
+  return video.color_range == AVCOL_RANGE_JPEG || isByName;
+}
+
+// Containers in which a missing end is seen without a declared duration.
+bool showsItsEnd(const AVFormatContext& container) {
+  constexpr std::array SHOWING = {"gif", "ogg", "rawvideo", "yuv4mpegpipe"};
+  return std::find(SHOWING.begin(), SHOWING.end(), std::string_view(container.iformat->name)) !=
+         SHOWING.end();
+}
+
+int videoStreams(const AVFormatContext& container) {
+  int count = 0;
+  for (unsigned int i = 0; i < container.nb_streams; ++i) {
+    const AVStream& stream = *container.streams[i];
+    const bool isCover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+    if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover) ++count;
+  }
+  return count;
+}
+
+}  // namespace
+
+Json streamFacts(const VideoReader& reader) {
+  const AVStream& stream = videoStream(reader);
+  const AVCodecParameters& video = *stream.codecpar;
+  const AVRational shape =
+      stream.sample_aspect_ratio.num > 0 ? stream.sample_aspect_ratio : video.sample_aspect_ratio;
+  const bool isRateKnown = stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0;
+  Json facts;
+  facts["container"] = reader.container->iformat->name;
+  facts["codec"] = avcodec_get_name(video.codec_id);
+  facts["pixel_format"] = nameOr(av_get_pix_fmt_name(pixelFormat(stream)), "unknown");
+  facts["width"] = video.width;
+  facts["height"] = video.height;
+  facts["frame_rate"] = isRateKnown ? Json(av_q2d(stream.avg_frame_rate)) : Json(nullptr);
+  facts["time_base"] = ratio(stream.time_base, '/');
+  facts["declared_duration_s"] = numberOrNull(declaredDuration(reader));
+  facts["declared_frames"] = stream.nb_frames > 0 ? Json(stream.nb_frames) : Json(nullptr);
+  facts["field_order"] = fieldOrder(video.field_order);
+  facts["color_range"] = nameOr(av_color_range_name(video.color_range), "unknown");
+  facts["color_transfer"] = nameOr(av_color_transfer_name(video.color_trc), "unknown");
+  facts["rotation"] = rotation(stream);
+  facts["sample_aspect_ratio"] = shape.num > 0 ? ratio(shape, ':') : "1:1";
+  return facts;
+}
+
+std::vector<std::string> streamWarnings(const VideoReader& reader) {
+  const AVStream& stream = videoStream(reader);
+  const AVCodecParameters& video = *stream.codecpar;
+  std::vector<std::string> warnings;
+  const auto warn = [&](bool applies, const char* text) {
+    if (applies) warnings.emplace_back(text);
+  };
+  const bool isConverted = lumaPathOf(pixelFormat(stream)) == LumaPath::CONVERTED;
+  warn(isFullRange(video) && !isConverted,
+       "full-range video: levels are measured as they are, 0 to 255");
+  warn(video.color_trc == AVCOL_TRC_SMPTE2084 || video.color_trc == AVCOL_TRC_ARIB_STD_B67,
+       "high dynamic range: levels are measured as they are, without tone mapping");
+  warn(video.field_order > AV_FIELD_PROGRESSIVE,
+       "interlaced video: frames are measured as they are, without deinterlacing");
+  warn(rotation(stream) != 0.0, "players turn this video: it is measured as it is stored");
+  warn(isConverted,
+       "the pixel format has no luma of its own: it is converted to luma of video range");
+  warn(stream.avg_frame_rate.num <= 0, "the frame rate is not known: 25 is assumed for freezing");
+  warn(std::isnan(declaredDuration(reader)) && !showsItsEnd(*reader.container),
+       "the container does not say how long it is: a missing end may not be seen");
+  warn(videoStreams(*reader.container) > 1,
+       "there are further video streams: they are not measured");
+  return warnings;
+}

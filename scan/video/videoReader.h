@@ -1,0 +1,68 @@
+// Frames of the video in a file of any container and codec, in the order in which they are shown.
+#ifndef LUMASCAN_VIDEO_READER_H
+#define LUMASCAN_VIDEO_READER_H
+
+#include <cstdint>
+#include <string>
+
+#include "scan/video/ffmpeg.h"
+
+// Where a video comes from.
+struct VideoSource {
+  std::string path;     // "-": YUV4MPEG from standard input
+  int rawWidth = 0;     // 0: the file has headers. Else it is planar YUV 4:2:0, 8 bit, without any:
+  int rawHeight = 0;    // frames of this size
+  std::string rawRate;  // and so many per second, a number or a fraction
+};
+
+struct VideoReader {
+  FfmpegOwner<AVFormatContext> container;
+  FfmpegOwner<AVCodecContext> decoder;
+  FfmpegOwner<AVPacket> packet;
+  int stream = -1;            // index in the container
+  bool isDrained = false;     // the container has no further packets
+  int64_t decodeErrors = 0;   // packets that the decoder has refused so far
+  bool endsInDamage = false;  // the video's last packet so far was not whole
+  double lastEnd = 0.0;       // seconds from zero: when the last packet so far, of any stream, ends
+  int64_t bytesRead = 0;      // place in the file behind the last packet so far
+};
+
+// Opens the source's main video: the stream that a player would choose, and no cover art. Returns
+// an empty text, or why there is nothing to read.
+//
+// threads   that the decoder may use; 0: as many as the machine has
+std::string openVideo(const VideoSource& source, int threads, VideoReader* reader);
+
+enum class ReadResult { FRAME, END, FAILURE };
+
+// Decodes the next frame into `picture`. A packet that the decoder refuses is counted and passed
+// over; damaged frames are delivered as they were decoded. A failure is one of reading the file;
+// `error` then says why.
+ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error);
+
+const AVStream& videoStream(const VideoReader& reader);
+
+// Seconds from the start of the file at which a picture appears; NaN when it has no timestamp.
+double presentationTime(const VideoReader& reader, const AVFrame& picture);
+
+// Seconds for which it is shown; NaN when the file does not say.
+double presentationDuration(const VideoReader& reader, const AVFrame& picture);
+
+// Whether the decoder found damage in the picture.
+bool isCorrupt(const AVFrame& picture);
+
+// Average frames per second of the stream; 25 when it does not say.
+double averageFrameRate(const VideoReader& reader);
+
+// Seconds that the container says it lasts; NaN when it does not, or when that is only a guess from
+// what there is.
+double declaredDuration(const VideoReader& reader);
+
+// Whether a file that has been read to its end ends before the time that its container declares, in
+// the middle of a packet, or without what closes a file of its kind.
+bool isTruncated(const VideoReader& reader);
+
+// How much of the file is behind the reader, 0 to 1, by the bytes read; 0 for a pipe.
+double positionInFile(const VideoReader& reader);
+
+#endif
