@@ -165,12 +165,9 @@ void spreadOverPeriods(Values* values) {
 
 // The worst value of the last seconds that the threshold names, back to the last undefined one.
 Values worstOfLastSeconds(const Scene& scene, const Values& values) {
-  struct Held {
-    double value;
-    double since;  // seconds
-  };
   const double seconds = scene.threshold.holdSeconds - ROUNDING;
-  std::deque<Held> worst;  // each less bad than the one before
+  // Each value, and since when (seconds); each less bad than the one before.
+  std::deque<std::pair<double, double>> worst;
   Values held;
   for (size_t i = 0; i < values.size(); ++i) {
     const double value = values[i];
@@ -180,12 +177,12 @@ Values worstOfLastSeconds(const Scene& scene, const Values& values) {
       held.push_back(value);
       continue;
     }
-    while (!worst.empty() && isBeyond(value, worst.back().value, scene.rule.direction)) {
+    while (!worst.empty() && isBeyond(value, worst.back().first, scene.rule.direction)) {
       worst.pop_back();
     }
-    worst.push_back({value, now});
-    while (worst.size() > 1 && !(now - worst.front().since < seconds)) worst.pop_front();
-    held.push_back(worst.front().value);
+    worst.emplace_back(value, now);
+    while (worst.size() > 1 && !(now - worst.front().second < seconds)) worst.pop_front();
+    held.push_back(worst.front().first);
   }
   return held;
 }
