@@ -10,14 +10,18 @@
 
 namespace {
 
+std::string folder() {
+  const char* const named = std::getenv("TMPDIR");
+  return named != nullptr && *named != '\0' ? named : "/var/tmp";
+}
+
 [[noreturn]] void fail(int error) {
-  throw std::system_error(error, std::generic_category(), "cannot keep values in a temporary file");
+  throw std::system_error(error, std::generic_category(),
+                          "cannot keep values in a temporary file in \"" + folder() + "\"");
 }
 
 int makeFile() {
-  const char* const folder = std::getenv("TMPDIR");
-  std::string path = folder != nullptr && *folder != '\0' ? folder : "/var/tmp";
-  path += "/lumascanXXXXXX";
+  std::string path = folder() + "/lumascanXXXXXX";
   const int file = mkostemp(path.data(), O_CLOEXEC);
   if (file < 0) fail(errno);
   unlink(path.c_str());

@@ -216,6 +216,26 @@ TEST(Resuming, endsWithFour_whereResultsCannotBeWritten) {
   EXPECT_EQ(lumascan(directory, {"a.mp4", "b.mp4"}).status, 0);
 }
 
+TEST(Resuming, endsWithFour_whereTheValuesOfALongVideoCannotBeKept) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/long.yuv", std::string(size_t{16} * 16 * 3 / 2 * 5000, 'x'));
+  const Arguments scan = {"long.yuv", "--raw", "16x16@25", "-j", "1"};
+  const ProgramRun run =
+      lumascan(directory, scan, "/dev/null", [] { setenv("TMPDIR", "/nowhere", 1); });
+  EXPECT_EQ(run.status, 4);
+  EXPECT_NE(run.err.find("cannot keep values in a temporary file in \"/nowhere\": No such file"),
+            std::string::npos)
+      << run.err;
+  for (const auto& file : filesBelow(directory.path + "/lumascan-results")) {
+    EXPECT_EQ(file.first.find("long.yuv.lumascan/"), std::string::npos) << file.first;
+  }
+  EXPECT_EQ(lumascan(directory, scan).status, 0);
+  const ProgramRun again = lumascan(directory, {"events", "lumascan-results"}, "/dev/null",
+                                    [] { setenv("TMPDIR", "/nowhere", 1); });
+  EXPECT_EQ(again.status, 4);
+  EXPECT_NE(again.err.find("/nowhere"), std::string::npos) << again.err;
+}
+
 TEST(Resuming, comesToTheSameEnd_whateverIsKilledOnTheWay) {
   const TemporaryDirectory directory;
   for (const char* const name : {"a.mp4", "b.mp4", "c.mp4", "d.mp4"}) makeVideo(directory, name);

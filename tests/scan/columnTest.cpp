@@ -143,6 +143,8 @@ TEST(Column, needsNoFile_whenItIsShort) {
 }
 
 TEST(Column, saysSoWhenItsFileCannotGrow) {
+  const TemporaryDirectory directory;
+  const TemporaryFolder folder(directory.path);
   rlimit before = {};
   getrlimit(RLIMIT_FSIZE, &before);
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
@@ -153,7 +155,8 @@ TEST(Column, saysSoWhenItsFileCannotGrow) {
     ADD_FAILURE() << "no exception";
   } catch (const std::system_error& error) {
     EXPECT_EQ(error.code().value(), EFBIG);
-    EXPECT_STREQ(error.what(), "cannot keep values in a temporary file: File too large");
+    EXPECT_EQ(error.what(), "cannot keep values in a temporary file in \"" + directory.path +
+                                "\": File too large");
   }
   setrlimit(RLIMIT_FSIZE, &before);
   std::signal(SIGXFSZ, handler);
