@@ -17,9 +17,10 @@
 namespace {
 
 constexpr char DASH[] = "\xe2\x80\x93";
-constexpr int COLOURS = 8;  // of inputs: classes i0 to i7
-constexpr int LANE = 14;    // pixels of height
-constexpr size_t MOST_EVENTS = 2000;
+constexpr int COLOURS = 8;            // of inputs: classes i0 to i7
+constexpr int LANE = 14;              // pixels of height
+constexpr size_t MOST_EVENTS = 2000;  // with a row of their own
+constexpr double FINEST_GAP = 0.001;  // of the whole, between bands of events without a row
 constexpr double NEAR_END = 0.03;
 constexpr int AXIS_MARKS = 8;  // on the axis above the lanes
 constexpr const char* GROUPS[] = {"compression", "picture", "motion", "levels"};
@@ -48,8 +49,9 @@ struct Threshold {
 struct Page {
   std::vector<Source> sources;
   TimeSpan span;
-  std::vector<PageEvent> events;  // in order of time
-  size_t eventsInAll = 0;         // shown or not
+  std::vector<PageEvent> events;         // the gravest, in order of time
+  std::vector<PageEvent> others;         // where the others are; neighbours of a kind are one
+  std::map<std::string, size_t> counts;  // of all events, by type
   std::array<std::vector<Threshold>, INDICATORS> thresholds;
 };
 
@@ -97,15 +99,40 @@ std::vector<PageEvent> collectEvents(const std::vector<Source>& sources, const T
   return events;
 }
 
-// Leaves the gravest ones, in order of time.
-void limitEvents(std::vector<PageEvent>* events) {
-  std::stable_sort(events->begin(), events->end(), [](const PageEvent& a, const PageEvent& b) {
-    return a.event->severity > b.event->severity;
-  });
-  events->resize(std::min(events->size(), MOST_EVENTS));
+void sortByTime(std::vector<PageEvent>* events) {
   std::stable_sort(events->begin(), events->end(), [](const PageEvent& a, const PageEvent& b) {
     return a.span.start < b.span.start;
   });
+}
+
+std::vector<PageEvent> joined(std::vector<PageEvent> events, double gap) {
+  const auto kindOf = [](const PageEvent& event) {
+    return std::tie(event.event->type, event.source, event.event->severity);
+  };
+  sortByTime(&events);
+  std::stable_sort(events.begin(), events.end(),
+                   [&](const PageEvent& a, const PageEvent& b) { return kindOf(a) < kindOf(b); });
+  std::vector<PageEvent> bands;
+  for (const PageEvent& event : events) {
+    const bool isNear = !bands.empty() && kindOf(bands.back()) == kindOf(event) &&
+                        event.span.start - bands.back().span.end < gap;
+    if (!isNear) bands.push_back(event);
+    bands.back().span.end = std::max(bands.back().span.end, event.span.end);
+  }
+  return bands;
+}
+
+// Gives the gravest events a row of their own, and says where the others are.
+void shareEvents(std::vector<PageEvent> events, Page* page) {
+  for (const PageEvent& event : events) ++page->counts[event.event->type];
+  std::stable_sort(events.begin(), events.end(), [](const PageEvent& a, const PageEvent& b) {
+    return a.event->severity > b.event->severity;
+  });
+  const auto end =
+      events.begin() + static_cast<std::ptrdiff_t>(std::min(events.size(), MOST_EVENTS));
+  page->events = {events.begin(), end};
+  sortByTime(&page->events);
+  page->others = joined({end, events.end()}, FINEST_GAP * (page->span.end - page->span.start));
 }
 
 // Thresholds that several inputs share are shown once.
@@ -133,9 +160,7 @@ Page collectPage(const std::vector<ReportInput>& inputs) {
     collectThresholds(inputs[i].result, &page);
   }
   page.span = wholeSpan(page.sources);
-  page.events = collectEvents(page.sources, page.span);
-  page.eventsInAll = page.events.size();
-  limitEvents(&page.events);
+  shareEvents(collectEvents(page.sources, page.span), &page);
   return page;
 }
 
@@ -259,26 +284,34 @@ std::string headHtml(const Page& page) {
 
 // ---- lanes
 
-std::string hiddenEventsHtml(const Page& page) {
-  if (page.events.size() == page.eventsInAll) return "";
-  return "<p class=\"quiet\">The " + std::to_string(page.events.size()) + " gravest of " +
-         std::to_string(page.eventsInAll) + " events. All are in events.csv and result.json.</p>\n";
+std::string otherEventsHtml(const Page& page) {
+  if (page.others.empty()) return "";
+  size_t all = 0;
+  for (const auto& [type, count] : page.counts) all += count;
+  return "<p class=\"quiet\">Rows are shown for the " + std::to_string(page.events.size()) +
+         " gravest of " + std::to_string(all) +
+         " events. All are in events.csv and result.json.</p>\n";
 }
 
-std::string laneBandHtml(const Page& page, size_t place) {
-  const PageEvent& event = page.events[place];
-  const char* const severity = severityName(event.event->severity);
+std::string bandHtml(const Page& page, const PageEvent& event, const std::string& title) {
   char width[32];
   std::snprintf(width, sizeof width, "%.4f%%",
                 100.0 * (event.span.end - event.span.start) / (page.span.end - page.span.start));
   const auto top = static_cast<int>(event.source) * LANE;
+  return std::string("<rect class=\"") + severityName(event.event->severity) + "\" x=\"" +
+         percentOf(event.span.start, page.span) + "\" y=\"" + std::to_string(top + 2) +
+         "\" width=\"" + width + "\" height=\"" + std::to_string(LANE - 4) + "\"><title>" + title +
+         "</title></rect>";
+}
+
+std::string linkedBandHtml(const Page& page, size_t place) {
+  const PageEvent& event = page.events[place];
+  const std::string title = escapeHtml(words(event.event->type)) + ", " +
+                            severityName(event.event->severity) + ", " +
+                            timecode(event.event->firstFrame, page.sources[event.source].fps);
   // The table is the keyboard's way to an event.
   return "<a href=\"#event-" + std::to_string(place) + "\" tabindex=\"-1\" data-event=\"" +
-         std::to_string(place) + "\"><rect class=\"" + severity + "\" x=\"" +
-         percentOf(event.span.start, page.span) + "\" y=\"" + std::to_string(top + 2) +
-         "\" width=\"" + width + "\" height=\"" + std::to_string(LANE - 4) + "\"><title>" +
-         escapeHtml(words(event.event->type)) + ", " + severity + ", " +
-         timecode(event.event->firstFrame, page.sources[event.source].fps) + "</title></rect></a>";
+         std::to_string(place) + "\">" + bandHtml(page, event, title) + "</a>";
 }
 
 std::string markHtml(const TimeSpan& span, double mark, double step) {
@@ -300,25 +333,29 @@ std::string laneAxisHtml(const Page& page) {
   return html + "</svg></div>\n";
 }
 
-std::string lanesHtml(const Page& page) {
-  std::map<std::string, std::vector<size_t>> lanes;
-  for (size_t i = 0; i < page.events.size(); ++i) lanes[page.events[i].event->type].push_back(i);
-  if (!(page.span.end > page.span.start)) return "";
-  const std::string height = std::to_string(LANE * static_cast<int>(page.sources.size()));
-  std::string html = "<section id=\"lanes\"><h2>Events over time</h2>\n" + hiddenEventsHtml(page) +
-                     laneAxisHtml(page);
-  if (lanes.empty()) html += "<p class=\"quiet\">No events.</p>\n";
-  for (const auto& [type, places] : lanes) {
-    html += "<div class=\"lane\"><span>" + escapeHtml(words(type)) + " <small>" +
-            std::to_string(places.size()) + "</small></span><svg class=\"bands\" height=\"" +
-            height + "\">";
-    for (size_t i = 0; isComparison(page) && i < page.sources.size(); ++i) {
-      html += "<rect class=\"row " + colourClass(i) + "\" x=\"0\" width=\"100%\" y=\"" +
-              std::to_string((static_cast<int>(i) + 1) * LANE - 1) + "\" height=\"1\"/>";
-    }
-    for (const size_t place : places) html += laneBandHtml(page, place);
-    html += "</svg></div>\n";
+std::string laneHtml(const Page& page, const std::string& type, size_t count) {
+  std::string html = "<div class=\"lane\"><span>" + escapeHtml(words(type)) + " <small>" +
+                     std::to_string(count) + "</small></span><svg class=\"bands\" height=\"" +
+                     std::to_string(LANE * static_cast<int>(page.sources.size())) + "\">";
+  for (size_t i = 0; isComparison(page) && i < page.sources.size(); ++i) {
+    html += "<rect class=\"row " + colourClass(i) + "\" x=\"0\" width=\"100%\" y=\"" +
+            std::to_string((static_cast<int>(i) + 1) * LANE - 1) + "\" height=\"1\"/>";
   }
+  for (const PageEvent& event : page.others) {
+    if (event.event->type == type) html += bandHtml(page, event, "events without a row");
+  }
+  for (size_t i = 0; i < page.events.size(); ++i) {
+    if (page.events[i].event->type == type) html += linkedBandHtml(page, i);
+  }
+  return html + "</svg></div>\n";
+}
+
+std::string lanesHtml(const Page& page) {
+  if (!(page.span.end > page.span.start)) return "";
+  std::string html = "<section id=\"lanes\"><h2>Events over time</h2>\n" + otherEventsHtml(page) +
+                     laneAxisHtml(page);
+  if (page.counts.empty()) html += "<p class=\"quiet\">No events.</p>\n";
+  for (const auto& [type, count] : page.counts) html += laneHtml(page, type, count);
   return html + "</section>\n";
 }
 
@@ -482,7 +519,7 @@ std::string eventRowHtml(const Page& page, size_t place) {
 std::string eventTableHtml(const Page& page) {
   if (page.events.empty()) return "";
   std::string html =
-      "<section id=\"events\"><h2>Events</h2>\n" + hiddenEventsHtml(page) +
+      "<section id=\"events\"><h2>Events</h2>\n" + otherEventsHtml(page) +
       "<div class=\"filter\" hidden>"
       "<label>Type <select id=\"type\"><option value=\"\">all</option></select></label>"
       "<label>Severity <select id=\"severity\"><option value=\"\">all</option>"

@@ -203,7 +203,7 @@ TEST(Report, showsTheGravestOfVeryManyEvents) {
     input.events.push_back(event);
   }
   const std::string body = readable(pageOf({input}));
-  EXPECT_TRUE(contains(body, "The 2000 gravest of 2500 events."));
+  EXPECT_TRUE(contains(body, "Rows are shown for the 2000 gravest of 2500 events."));
   // All that fail or warn, and the first of the others; in order of time.
   std::vector<std::string> expected;
   for (int frame = 0; frame < 2500; ++frame) {
@@ -215,6 +215,12 @@ TEST(Report, showsTheGravestOfVeryManyEvents) {
     shown.push_back(allBetween(row, "<td class=\"n\" data-v=\"", "\"").at(2));
   }
   EXPECT_EQ(shown, expected);
+  // The lane shows where the others are, which are one band: 500 frames from 4 s on, of 200 s.
+  EXPECT_TRUE(contains(body, "black <small>2500</small>"));
+  const std::string lane = between(body, "<svg class=\"bands\"", "<a href");
+  EXPECT_EQ(between(lane, "<rect ", "><title>"),
+            "class=\"info\" x=\"2.0000%\" y=\"2\" width=\"10.0000%\" height=\"10\"");
+  EXPECT_EQ(allBetween(lane, "<rect ", ">").size(), 1U);
   input.events.resize(2000);
   EXPECT_FALSE(contains(pageOf({input}), "gravest"));
 }
