@@ -1,0 +1,93 @@
+#include "scan/report/pageHead.h"
+
+#include "scan/report/html.h"
+#include "scan/report/pagePieces.h"
+#include "scan/report/resultFacts.h"
+
+namespace {
+
+std::string listHtml(const char* name, const std::vector<std::string>& texts) {
+  if (texts.empty()) return "";
+  std::string html = std::string("<ul class=\"") + name + "\">";
+  for (const std::string& text : texts) html += "<li>" + escapeHtml(text) + "</li>";
+  return html + "</ul>";
+}
+
+std::vector<std::string> warningsOf(const Json& result) {
+  std::vector<std::string> warnings = textsOf(result, "warnings");
+  if (flagOf(result, "truncated")) {
+    warnings.insert(warnings.begin(), "The file ends before it should.");
+  }
+  return warnings;
+}
+
+std::string errorHtml(const Json& result) {
+  const std::string error = textOf(result, "error");
+  return error.empty() ? "" : "<p class=\"error\">" + escapeHtml(error) + "</p>";
+}
+
+std::string verdictHtml(const Page& page, const Source& source) {
+  const Json& result = source.input->result;
+  const Verdict verdict = verdictOf(result);
+  return std::string("<section class=\"verdict ") + verdictKey(verdict) + "\"><h1>" +
+         (isComparison(page) ? keyHtml(source) : nameHtml(source)) + "</h1><p class=\"mark\">" +
+         verdictTitle(verdict) + "</p>" + listHtml("reasons", textsOf(result, "reasons")) +
+         errorHtml(result) + listHtml("warnings", warningsOf(result)) + "</section>\n";
+}
+
+std::string factListHtml(const Source& source) {
+  std::string html = "<dl class=\"facts\">";
+  for (const Fact& fact : factsOf(source.input->result)) {
+    html +=
+        std::string("<div><dt>") + fact.title + "</dt><dd>" + escapeHtml(fact.text) + "</dd></div>";
+  }
+  return html + "</dl>\n";
+}
+
+// Empty when it is not among them.
+std::string factNamed(const std::vector<Fact>& facts, std::string_view title) {
+  for (const Fact& fact : facts) {
+    if (fact.title == title) return fact.text;
+  }
+  return "";
+}
+
+// Facts that are not the same for all inputs stand out.
+std::string factRowHtml(const std::vector<std::vector<Fact>>& inputs, const char* title) {
+  std::string cells;
+  bool isSame = true;
+  for (const std::vector<Fact>& facts : inputs) {
+    const std::string text = factNamed(facts, title);
+    cells += "<td>" + escapeHtml(text) + "</td>";
+    isSame = isSame && text == factNamed(inputs.front(), title);
+  }
+  return std::string(isSame ? "<tr>" : "<tr class=\"differs\">") + "<th scope=\"row\">" + title +
+         "</th>" + cells + "</tr>";
+}
+
+std::string factTableHtml(const Page& page) {
+  std::string html = "<div class=\"scroll\"><table class=\"facts\"><thead><tr><td></td>";
+  std::vector<std::vector<Fact>> inputs;
+  std::vector<Fact> rows;  // of all inputs
+  for (const Source& source : page.sources) {
+    html += "<th scope=\"col\">" + keyHtml(source) + "</th>";
+    inputs.push_back(factsOf(source.input->result));
+    for (const Fact& fact : inputs.back()) {
+      if (factNamed(rows, fact.title).empty()) rows.push_back(fact);
+    }
+  }
+  html += "</tr></thead><tbody>";
+  for (const Fact& row : rows) html += factRowHtml(inputs, row.title);
+  return html + "</tbody></table></div>\n";
+}
+
+}  // namespace
+
+std::string headHtml(const Page& page) {
+  std::string html = "<header>\n<div class=\"verdicts\">";
+  for (const Source& source : page.sources) html += verdictHtml(page, source);
+  html += "</div>\n";
+  if (isComparison(page)) return html + factTableHtml(page) + "</header>\n";
+  for (const Source& source : page.sources) html += factListHtml(source);
+  return html + "</header>\n";
+}
