@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "scan/analysis/frameTable.h"
+#include "scan/files/outputFile.h"
 #include "scan/report/document.h"
 #include "scan/report/html.h"
 #include "scan/report/pageFiles.h"
@@ -160,13 +161,19 @@ std::string summaryHtml(const std::vector<Row>& rows) {
 
 }  // namespace
 
-std::string renderIndex(const std::vector<IndexEntry>& entries) {
+void writeIndex(const std::vector<IndexEntry>& entries, FILE* out) {
   std::vector<Row> rows;
   rows.reserve(entries.size());
   for (const IndexEntry& entry : entries) rows.push_back(rowOf(entry));
   std::stable_sort(rows.begin(), rows.end(), isWorse);
   std::array<Range, INDICATORS> ranges;
   for (size_t i = 0; i < INDICATORS; ++i) ranges[i] = rangeOf(entries, i);
+
+  Document document;
+  document.title = "lumascan: all inputs";
+  document.style.append(COMMON_CSS).append(INDEX_CSS);
+  document.scripts = {std::string(SORTABLE_JS), std::string(INDEX_JS)};
+  writeText(documentStart(document), out);
 
   std::string html =
       "<main>\n<h1>" + std::to_string(rows.size()) + (rows.size() == 1 ? " input" : " inputs") +
@@ -184,12 +191,7 @@ std::string renderIndex(const std::vector<IndexEntry>& entries) {
     html += std::string("<th scope=\"col\" class=\"spark\">") + info.title + "</th>";
   }
   html += "</tr></thead>\n<tbody>\n";
-  for (size_t i = 0; i < rows.size(); ++i) html += rowHtml(rows[i], i, ranges);
-
-  Document document;
-  document.title = "lumascan: all inputs";
-  document.style.append(COMMON_CSS).append(INDEX_CSS);
-  document.scripts = {std::string(SORTABLE_JS), std::string(INDEX_JS)};
-  return documentStart(document) + html + "</tbody></table></div>\n</main>\n" +
-         documentEnd(document);
+  writeText(html, out);
+  for (size_t i = 0; i < rows.size(); ++i) writeText(rowHtml(rows[i], i, ranges), out);
+  writeText("</tbody></table></div>\n</main>\n" + documentEnd(document), out);
 }

@@ -2,6 +2,7 @@
 #ifndef LUMASCAN_INDEX_PAGE_H
 #define LUMASCAN_INDEX_PAGE_H
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,8 @@ struct IndexEntry {
   EventSummary events;
 };
 
-// One HTML document that works offline and without script. The worst come first: incomplete, fail,
-// attention, pass; then those with more failures, then with more warnings; then by path.
-std::string renderIndex(const std::vector<IndexEntry>& entries);
+// Writes one HTML document that works offline and without script. The worst come first: incomplete,
+// fail, attention, pass; then those with more failures, then with more warnings; then by path.
+void writeIndex(const std::vector<IndexEntry>& entries, FILE* out);
 
 #endif

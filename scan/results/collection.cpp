@@ -123,7 +123,7 @@ std::string writeCollection(const std::string& folder, const OutputChoice& choic
     entries = readEntries(folder, nullptr);
   }
   if (choice.hasHtml) {
-    step("index.html", [&](FILE* out) { writeText(renderIndex(entries), out); });
+    step("index.html", [&](FILE* out) { writeIndex(entries, out); });
   }
   return error;
 }

@@ -19,6 +19,10 @@ IndexEntry entryOf(const std::string& path, const std::string& verdict, int fail
   return {{{"input", {{"path", path}}}, {"verdict", verdict}}, path + ".lumascan", events};
 }
 
+std::string pageOf(const std::vector<IndexEntry>& entries) {
+  return writtenText([&](FILE* out) { writeIndex(entries, out); });
+}
+
 std::vector<std::string> namesOf(const std::string& page) {
   return allBetween(page, "<bdi>", "</bdi>");
 }
@@ -27,10 +31,10 @@ std::vector<std::string> namesOf(const std::string& page) {
 
 TEST(Index, putsTheWorstFirst) {
   const std::string page =
-      renderIndex({entryOf("pass", "pass", 0, 0), entryOf("attention", "attention", 0, 1),
-                   entryOf("fail b", "fail", 1, 1), entryOf("fail many warnings", "fail", 1, 5),
-                   entryOf("fail twice", "fail", 2, 0), entryOf("fail a", "fail", 1, 1),
-                   entryOf("incomplete", "incomplete", 0, 0), entryOf("unknown", "?", 0, 0)});
+      pageOf({entryOf("pass", "pass", 0, 0), entryOf("attention", "attention", 0, 1),
+              entryOf("fail b", "fail", 1, 1), entryOf("fail many warnings", "fail", 1, 5),
+              entryOf("fail twice", "fail", 2, 0), entryOf("fail a", "fail", 1, 1),
+              entryOf("incomplete", "incomplete", 0, 0), entryOf("unknown", "?", 0, 0)});
   EXPECT_EQ(namesOf(page),
             (std::vector<std::string>{"incomplete", "unknown", "fail twice", "fail many warnings",
                                       "fail a", "fail b", "attention", "pass"}));
@@ -41,7 +45,7 @@ TEST(Index, putsTheWorstFirst) {
 TEST(Index, tellsVerdictReasonsCountsAndDuration) {
   const ReportInput input = sampleInput("clips/a.mp4", 300, 25.0, 1);
   const std::string page =
-      renderIndex({{input.result, "clips/a.mp4.lumascan", summaryOf(input.events)}});
+      pageOf({{input.result, "clips/a.mp4.lumascan", summaryOf(input.events)}});
   EXPECT_TRUE(contains(page, "<a href=\"clips/a.mp4.lumascan/report.html\">"));
   EXPECT_TRUE(contains(page, "<p>freeze for 2.1 s</p>"));
   EXPECT_TRUE(contains(page, ">0:00:12.000</td>"));
@@ -55,7 +59,7 @@ TEST(Index, drawsEveryOverviewOnAScaleThatAllShare) {
   IndexEntry high = entryOf("b", "pass", 0, 0);
   low.result["indicators"]["blur"]["overview"] = {0.0, 1.0, nullptr, 2.0};
   high.result["indicators"]["blur"]["overview"] = {4.0};
-  const std::string page = renderIndex({low, high});
+  const std::string page = pageOf({low, high});
   // 20 pixels for 4 units, columns 21 apart.
   EXPECT_EQ(allBetween(page, "<path d=\"", "\""),
             (std::vector<std::string>{"M0 20h1L21 15M63 10h1", "M0 0h1"}));
@@ -63,7 +67,7 @@ TEST(Index, drawsEveryOverviewOnAScaleThatAllShare) {
 }
 
 TEST(Index, marksTheIndicatorsOfEvents) {
-  const std::string page = renderIndex({entryOf("a", "fail", 1, 1)});
+  const std::string page = pageOf({entryOf("a", "fail", 1, 1)});
   EXPECT_EQ(between(page, "<td class=\"spark fail\"", "</td>").find("Freezing</span>") !=
                 std::string::npos,
             true);
@@ -77,7 +81,7 @@ TEST(Index, marksAnIndicatorAsTheWorstOfItsEvents) {
     IndexEntry entry = entryOf("a", "fail", 0, 0);
     entry.events.worst = {
         {"over_exposure", over}, {"under_exposure", under}, {"scene_cut", Severity::INFO}};
-    const std::string page = renderIndex({entry});
+    const std::string page = pageOf({entry});
     EXPECT_TRUE(contains(between(page, "<td class=\"spark fail\"", "</td>"), "Exposure</span>"));
     EXPECT_FALSE(contains(page, "<td class=\"spark warn\""));
     EXPECT_FALSE(contains(page, "<td class=\"spark info\""));
@@ -88,7 +92,7 @@ TEST(Index, takesHostileTextAsText) {
   IndexEntry entry = entryOf("<img src=x>\n\"\xff", "fail", 1, 0);
   entry.result["reasons"] = Json::array({"</script><img>"});
   entry.folderUri = "\"><img>";
-  const std::string page = renderIndex({entry});
+  const std::string page = pageOf({entry});
   EXPECT_FALSE(contains(page, "<img"));
   EXPECT_FALSE(contains(page, "\xff"));
   EXPECT_EQ(namesOf(page).at(0), "&lt;img src=x&gt;\xe2\x90\x8a&quot;\xef\xbf\xbd");
@@ -98,7 +102,7 @@ TEST(Index, linksToFoldersAndToNothingElse) {
   const auto linkOf = [](const std::string& folderUri) {
     IndexEntry entry = entryOf("a", "pass", 0, 0);
     entry.folderUri = folderUri;
-    return between(renderIndex({entry}), "<a href=\"", "\"");
+    return between(pageOf({entry}), "<a href=\"", "\"");
   };
   EXPECT_EQ(linkOf("javascript:alert(1)"), "./javascript:alert(1)/report.html");
   EXPECT_EQ(linkOf("a:b/c"), "./a:b/c/report.html");
@@ -108,7 +112,7 @@ TEST(Index, linksToFoldersAndToNothingElse) {
 }
 
 TEST(Index, letsItsOwnScriptsRunOnly) {
-  const std::string page = renderIndex({entryOf("a", "pass", 0, 0)});
+  const std::string page = pageOf({entryOf("a", "pass", 0, 0)});
   const std::string policy = between(page, "Content-Security-Policy\" content=\"", "\">");
   const std::vector<std::string> scripts = allBetween(page, "<script>", "</script>");
   ASSERT_EQ(scripts.size(), 2U);
@@ -116,6 +120,6 @@ TEST(Index, letsItsOwnScriptsRunOnly) {
 }
 
 TEST(Index, ofNothingIsStillAPage) {
-  EXPECT_TRUE(contains(renderIndex({}), "<h1>0 inputs</h1>"));
-  EXPECT_TRUE(contains(renderIndex({{Json(), "a", {}}}), "Incomplete"));
+  EXPECT_TRUE(contains(pageOf({}), "<h1>0 inputs</h1>"));
+  EXPECT_TRUE(contains(pageOf({{Json(), "a", {}}}), "Incomplete"));
 }

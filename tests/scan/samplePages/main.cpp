@@ -72,12 +72,12 @@ void writePages(const std::string& out) {
   writePage(out + "clean.html", {clean});
   writePage(out + "hostile.html", {hostile});
   writePage(out + "failed.html", {failed});
-  const std::string index = renderIndex({entryOf(clean, "masters/titles.mov.lumascan"),
+  const std::vector<IndexEntry> index = {entryOf(clean, "masters/titles.mov.lumascan"),
                                          entryOf(first, "masters/episode%20one.mp4.lumascan"),
                                          entryOf(hostile, "%3Cimg.lumascan"),
                                          entryOf(failed, "masters/broken.mp4.lumascan"),
-                                         entryOf(second, "copies/episode%20one.mxf.lumascan")});
-  write(out + "index.html", [&](FILE* file) { writeText(index, file); });
+                                         entryOf(second, "copies/episode%20one.mxf.lumascan")};
+  write(out + "index.html", [&](FILE* file) { writeIndex(index, file); });
   const ReportInput big = sampleInput("masters/long.mp4", 250000, 25.0, 5);
   writePage(out + "big.html", {big});
   writeCsv(out + "big.csv", big.frames);
