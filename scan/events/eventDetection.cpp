@@ -129,6 +129,8 @@ Levels levelsOf(const Scene& scene, const Values& values) {
   if (isBeyond(relative.enter, threshold.alone, direction)) {
     relative = {threshold.alone, threshold.alone + (own.leave - own.enter)};
   }
+  // The share of an `enter` that is 0 or below it may put `leave` anywhere.
+  if (!isBeyond(relative.enter, relative.leave, direction)) relative.leave = relative.enter;
   return isBeyond(own.enter, relative.enter, direction) ? own : relative;
 }
 

@@ -258,6 +258,22 @@ TEST(RelativeLevels, areAMultipleOfTheMedian_whereARatioIsAsked) {
   EXPECT_EQ(stretches(detectEvents(tableOf("slice", {99, 99, 99}), thresholds, WHOLE)), "0-2");
 }
 
+TEST(RelativeLevels, leaveWhereTheyEnter_whenThereIsNoShareOfThem) {
+  // Nothing is a share of 0.
+  Thresholds thresholds = only("block_loss", 0, 0, 0);
+  thresholds.at(eventTypeNamed("block_loss")).ratio = 4.0;
+  thresholds.at(eventTypeNamed("block_loss")).holdSeconds = 0.3;
+  EXPECT_EQ(stretches(detectEvents(tableOf("block_loss", {1, 1, 1, 1, 5, 4, 3, 1, 1, 1, 1}),
+                                   thresholds, WHOLE)),
+            "4-5");
+  // Twice a number below 0 lies below it, twice one above 0 above: median 4, and 20 and 40.
+  thresholds = only("slice", -10, -20, 0);
+  thresholds.at(eventTypeNamed("slice")).ratio = 5.0;
+  EXPECT_EQ(stretches(detectEvents(tableOf("slice", {4, 4, 4, 4, 4, 4, 19, 20, 30, 10}), thresholds,
+                                   WHOLE)),
+            "7-8");
+}
+
 TEST(RelativeLevels, areNotAskedOfWhatCountsAlone) {
   Thresholds thresholds = only("over_exposure", 150, 140, 0);
   Threshold& bright = thresholds.at(eventTypeNamed("over_exposure"));
