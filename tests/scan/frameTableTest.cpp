@@ -93,7 +93,7 @@ TEST(FrameTable, comesBackWithTheLongestNumbers) {
   const TemporaryDirectory directory;
   FrameTable table;
   constexpr double LONGEST = -2.2250738585072014e-308;
-  table.firstFrame = INT64_MAX - 1;
+  table.firstFrame = int64_t{1} << 53;
   FrameRow row = {INT64_MIN + 1, LONGEST, LONGEST, true, true, {}};
   row.values.fill(LONGEST);
   appendRow(row, &table);
@@ -166,6 +166,20 @@ TEST(FrameTable, isNotReadFromRowsWithGapsBetween) {
   EXPECT_EQ(mistakeIn(std::string(HEADER) + ROW + ROW), "line 3 does not follow the one before");
   EXPECT_EQ(mistakeIn(std::string(HEADER) + ROW + "2" + (ROW + 1)),
             "line 3 does not follow the one before");
+}
+
+// Sums and differences of these would not be numbers any more.
+TEST(FrameTable, isNotReadFromRowsBeyondAllVideos) {
+  const std::string mistake = "line 2 is not a row of frames.csv";
+  const std::string values = ",1,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15\r\n";
+  for (const char* const row : {"-1,0,0,0", "9007199254740993,0,0,0", "9223372036854775807,0,0,0",
+                                "0,0,1.1e30,0", "0,0,-1.1e30,0", "0,0,0,1.1e30", "0,0,0,-1.1e30"}) {
+    EXPECT_EQ(mistakeIn(HEADER + (row + values)), mistake) << row;
+  }
+  for (const char* const row :
+       {"0,-9223372036854775807,-1e30,-1e30", "9007199254740992,0,1e30,1e30"}) {
+    EXPECT_EQ(mistakeIn(HEADER + (row + values)), "") << row;
+  }
 }
 
 TEST(FrameTable, isNotRead_whereThereIsNoFile) {
