@@ -28,10 +28,8 @@ void writeLine(const std::string& line, FILE* out) {
 }
 
 Json durationOf(const Json& analysis) {
-  if (!analysis.is_object() || !analysis["start_s"].is_number() || !analysis["end_s"].is_number()) {
-    return nullptr;
-  }
-  return wholeNanoseconds(analysis["end_s"].get<double>() - analysis["start_s"].get<double>());
+  return numberOrNull(
+      wholeNanoseconds(numberOf(analysis, "end_s") - numberOf(analysis, "start_s")));
 }
 
 void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
@@ -44,21 +42,19 @@ void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
   writeLine(header, out);
   for (const IndexEntry& entry : entries) {
     const Json& result = entry.result;
-    const Json& analysis = result["analysis"];
-    const auto fact = [&](const char* name) {
-      return analysis.is_object() ? cell(analysis[name]) : "";
-    };
-    std::string line = cell(result["input"]["path"]) + ',' + cell(result["status"]) + ',' +
+    const Json& analysis = memberOf(result, "analysis");
+    const auto fact = [&](const char* name) { return cell(memberOf(analysis, name)); };
+    std::string line = csvField(pathOf(result)) + ',' + cell(result["status"]) + ',' +
                        cell(result["verdict"]) + ',' + fact("frames") + ',' +
                        cell(durationOf(analysis));
     for (const Severity severity : {Severity::FAIL, Severity::WARN, Severity::INFO}) {
       line += ',' + std::to_string(entry.events.counts.at(static_cast<size_t>(severity)));
     }
     line += ',' + fact("corrupt_frames") + ',' + fact("decode_errors") + ',' +
-            cell(result["truncated"]) + ',' + cell(result["error"]);
+            cell(result["truncated"]) + ',' + cell(memberOf(result, "error"));
     for (const IndicatorInfo& indicator : INDICATOR_TABLE) {
-      const Json& facts = result["indicators"];
-      line += ',' + (facts.contains(indicator.name) ? cell(facts[indicator.name]["mean"]) : "");
+      const Json& facts = memberOf(memberOf(result, "indicators"), indicator.name);
+      line += ',' + cell(memberOf(facts, "mean"));
     }
     writeLine(line, out);
   }

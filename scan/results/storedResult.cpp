@@ -11,6 +11,7 @@
 #include "scan/files/names.h"
 #include "scan/report/report.h"
 #include "scan/report/resultFacts.h"
+#include "scan/results/resultShape.h"
 #include "scan/version.h"
 
 namespace fs = std::filesystem;
@@ -38,8 +39,9 @@ Json choiceJson(const OutputChoice& choice) {
 
 bool isUnchanged(const Json& input, const std::string& path) {
   Fingerprint now;
-  return path != "-" && takeFingerprint(path, &now) && input["size"] == now.size &&
-         input["mtime_ns"] == now.modificationTime && input["checksum"] == now.checksum;
+  return path != "-" && takeFingerprint(path, &now) && memberOf(input, "size") == now.size &&
+         memberOf(input, "mtime_ns") == now.modificationTime &&
+         memberOf(input, "checksum") == now.checksum;
 }
 
 std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails) {
@@ -55,12 +57,17 @@ std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails
   return error;
 }
 
-// Discarded, when it is not JSON.
+// Discarded, when it is not JSON, or deeper than any result: copying it could take all of the
+// stack.
 Json parseResult(std::istream& file, const EventListener& onEvent) {
   constexpr int MEMBER = 1;  // depth
   constexpr int ELEMENT = 2;
+  constexpr int DEEPEST = 16;
   bool isInEvents = false;
+  bool isTooDeep = false;
   const auto isKept = [&](int depth, Json::parse_event_t what, const Json& parsed) {
+    isTooDeep = isTooDeep || depth > DEEPEST;
+    if (isTooDeep) return false;
     if (depth == MEMBER && what == Json::parse_event_t::key) isInEvents = parsed == "events";
     const bool isEvent = isInEvents && depth == ELEMENT && what == Json::parse_event_t::object_end;
     if (isEvent) onEvent(eventOf(parsed));
@@ -68,7 +75,7 @@ Json parseResult(std::istream& file, const EventListener& onEvent) {
   };
   Json result = Json::parse(file, isKept, false);
   if (result.is_object()) result.erase("events");
-  return result;
+  return isTooDeep ? Json(Json::value_t::discarded) : result;
 }
 
 // Writes a file that is chosen; one that is not is removed.
@@ -120,7 +127,8 @@ std::string readResultJson(const std::string& folder, Json* json, const EventLis
                         json->value("tool", Json::object()).value("name", Json()) == "lumascan";
   if (!isResult) return complain("it is not a result of lumascan");
   if ((*json)["schema_version"] != "1.0") return complain("it is of another version of lumascan");
-  return "";
+  const std::string mistake = shapeMistake(*json);
+  return mistake.empty() ? "" : complain(mistake);
 }
 
 std::string readResult(const std::string& folder, VideoResult* result) {

@@ -1,0 +1,167 @@
+// Stored results that something has damaged or changed.
+#include "scan/results/storedResult.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "scan/report/resultFacts.h"
+#include "scan/results/collection.h"
+#include "scan/version.h"
+#include "support/runProgram.h"
+
+namespace {
+
+constexpr char VIDEO[] = "nowhere.mp4";
+
+// A result of one frame.
+VideoResult smallResult() {
+  VideoResult result = {failedResult({VIDEO, 0, 0, ""}, {}, ""), {}, {}};
+  result.json["error"] = nullptr;
+  result.json["status"] = "complete";
+  result.json["input"]["frame_rate"] = 25.0;
+  result.json["analysis"] = {{"fps", 25.0},      {"frames", 1},         {"start_s", 0.0},
+                             {"end_s", 0.04},    {"corrupt_frames", 0}, {"decode_errors", 0},
+                             {"ended_by", "end"}};
+  result.json["indicators"]["blur"]["mean"] = 2.5;
+  appendRow({0, 0.0, 0.04, true, false, {}}, &result.frames);
+  judgeResult(DEFAULT_THRESHOLDS, &result);
+  return result;
+}
+
+// Stores it and changes its result.json (RFC 7386).
+void storeChanged(const std::string& folder, const std::string& changes) {
+  ASSERT_EQ(storeResult(folder, {}, smallResult(), {}, nullptr), "");
+  Json json = Json::parse(readFile(folder + "/result.json"));
+  json.merge_patch(Json::parse(changes));
+  writeFile(folder + "/result.json", jsonText(json));
+}
+
+// What is wrong with it then, behind the file's name.
+std::string mistakeAfter(const std::string& changes) {
+  const TemporaryDirectory directory;
+  storeChanged(directory.path, changes);
+  VideoResult result;
+  const std::string mistake = readResult(directory.path, &result);
+  const std::string start = "cannot read \"" + directory.path + "/result.json\": ";
+  EXPECT_EQ(mistake.substr(0, start.size()), mistake.empty() ? "" : start);
+  return mistake.empty() ? "" : mistake.substr(start.size());
+}
+
+std::string notWritten(const std::string& name) {
+  return name + " is not what lumascan writes";
+}
+
+}  // namespace
+
+TEST(StoredResult, comesBack) {
+  EXPECT_EQ(mistakeAfter("{}"), "");
+}
+
+TEST(StoredResult, isNotRead_whenItLacksWhatItTakes) {
+  const std::vector<std::pair<std::string, std::string>> changes = {
+      {R"({"input": null})", "input.path"},
+      {R"({"input": "a.mp4"})", "input.path"},
+      {R"({"input": {"path": 5}})", "input.path"},
+      {R"({"input": {"frame_rate": "25"}})", "input.frame_rate"},
+      {R"({"analysis": null})", "analysis"},
+      {R"({"analysis": [25]})", "analysis"},
+      {R"({"analysis": {"fps": null}})", "analysis.fps"},
+      {R"({"analysis": {"fps": "25"}})", "analysis.fps"},
+      {R"({"status": null})", "status"},
+      {R"({"status": 1})", "status"},
+      {R"({"status": "unfinished"})", "status"},
+      {R"({"error": {"code": 5}})", "error"},
+      {R"({"truncated": null})", "truncated"},
+      {R"({"truncated": "no"})", "truncated"},
+      {R"({"verdict": null})", "verdict"},
+      {R"({"verdict": 1})", "verdict"},
+      {R"({"verdict": "good"})", "verdict"},
+      {R"({"reasons": null})", "reasons"},
+      {R"({"reasons": "one"})", "reasons"},
+      {R"({"reasons": ["one", 2]})", "reasons"},
+      {R"({"outputs": null})", "outputs"},
+      {R"({"outputs": ["csv"]})", "outputs"},
+  };
+  for (const auto& [change, name] : changes) {
+    EXPECT_EQ(mistakeAfter(change), notWritten(name)) << change;
+  }
+  EXPECT_EQ(mistakeAfter(R"({"tool": null})"), "it is not a result of lumascan");
+  EXPECT_EQ(mistakeAfter(R"({"schema_version": 1})"), "it is of another version of lumascan");
+}
+
+TEST(StoredResult, isNotRead_whenItIsDeeperThanTheStack) {
+  const TemporaryDirectory directory;
+  storeChanged(directory.path, R"({"tool": {"deep": "here"}})");
+  std::string text = readFile(directory.path + "/result.json");
+  constexpr size_t DEPTH = 1'000'000;
+  text.replace(text.find("\"here\""), 6, std::string(DEPTH, '[') + std::string(DEPTH, ']'));
+  writeFile(directory.path + "/result.json", text);
+  VideoResult result;
+  EXPECT_NE(readResult(directory.path, &result).find("it is not a result of lumascan"),
+            std::string::npos);
+}
+
+TEST(StoredResult, isRead_whenItLacksWhatItCanDoWithout) {
+  for (const char* const change :
+       {R"({"input": {"frame_rate": null, "size": null}})", R"({"error": "it is cut"})",
+        R"({"status": "failed", "analysis": null})", R"({"status": "partial"})",
+        R"({"verdict": "incomplete", "reasons": ["one", "two"]})", R"({"truncated": true})",
+        R"({"outputs": {"formats": "csv"}, "thresholds": 5, "indicators": 7, "options": null})",
+        R"({"events": {"first": {}, "second": 2}})"}) {
+    EXPECT_EQ(mistakeAfter(change), "") << change;
+  }
+}
+
+TEST(StoredResult, isJudgedByTheRateOfItsAnalysis_whenTheStreamHasNone) {
+  const TemporaryDirectory directory;
+  storeChanged(directory.path, R"({"input": {"frame_rate": null}})");
+  VideoResult result;
+  ASSERT_EQ(readResult(directory.path, &result), "");
+  judgeResult(DEFAULT_THRESHOLDS, &result);
+  EXPECT_EQ(result.json["verdict"], "pass");
+}
+
+TEST(StoredResult, isStale_whenItDoesNotSayWhatItIsOf) {
+  const TemporaryDirectory directory;
+  const std::string video = directory.path + "/a.mp4";
+  const std::string folder = directory.path + "/results";
+  writeFile(video, "some bytes");
+  VideoResult result = smallResult();
+  result.json["input"] = failedResult({video, 0, 0, ""}, {}, "")["input"];
+  ASSERT_EQ(storeResult(folder, {}, std::move(result), {}, nullptr), "");
+  const std::string whole = readFile(folder + "/result.json");
+  const auto freshness = [&](const std::string& changes) {
+    Json json = Json::parse(whole);
+    json.merge_patch(Json::parse(changes));
+    writeFile(folder + "/result.json", jsonText(json));
+    return freshnessOf(folder, {video, 0, 0, ""}, {}, DEFAULT_THRESHOLDS, {});
+  };
+  EXPECT_EQ(freshness("{}"), Freshness::COMPLETE);
+  EXPECT_EQ(freshness(R"({"thresholds": 5})"), Freshness::JUDGE);
+  EXPECT_EQ(freshness(R"({"input": {"size": null}})"), Freshness::STALE);
+  EXPECT_EQ(freshness(R"({"input": {"mtime_ns": null}})"), Freshness::STALE);
+  EXPECT_EQ(freshness(R"({"input": {"checksum": null}})"), Freshness::STALE);
+  EXPECT_EQ(freshness(R"({"outputs": ["csv"]})"), Freshness::STALE);
+  EXPECT_EQ(freshness(R"({"verdict": "good"})"), Freshness::STALE);
+}
+
+TEST(Collection, hasNoValue_whereAResultHasNone) {
+  const TemporaryDirectory directory;
+  const auto lineAfter = [&](const std::string& changes) {
+    storeChanged(directory.path + "/a.lumascan", changes);
+    EXPECT_EQ(writeCollection(directory.path, {}), "");
+    const std::string summary = readFile(directory.path + "/summary.csv");
+    const std::string line = summary.substr(summary.find("\r\n") + 2);
+    return line.substr(0, line.find("\r\n"));
+  };
+  const std::string blur = ",,,,,,2.5,,,,,,,,,";
+  EXPECT_EQ(lineAfter("{}"), "nowhere.mp4,complete,pass,1,0.04,0,0,0,0,0,0," + blur);
+  EXPECT_EQ(lineAfter(R"({"analysis": {"frames": null, "end_s": null, "decode_errors": null}})"),
+            "nowhere.mp4,complete,pass,,,0,0,0,0,,0," + blur);
+  EXPECT_EQ(lineAfter(R"({"indicators": {"blur": null, "noise": 5, "slice": {"mean": null}}})"),
+            "nowhere.mp4,complete,pass,1,0.04,0,0,0,0,0,0,,,,,,,,,,,,,,,,");
+  EXPECT_EQ(lineAfter(R"({"indicators": 5, "error": null})"),
+            "nowhere.mp4,complete,pass,1,0.04,0,0,0,0,0,0,,,,,,,,,,,,,,,,");
+  EXPECT_EQ(lineAfter(R"({"verdict": 5})"), "");  // it is left out
+}
