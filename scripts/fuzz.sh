@@ -23,7 +23,7 @@ fi
 root=$(realpath "$(dirname "$0")/..")
 corpus=$root/tests/fuzz/corpus
 build=$root/build/fuzz
-targets=(fuzzCommandLine fuzzFrame fuzzRun)
+targets=(fuzzCommandLine fuzzFrame fuzzRun fuzzStored)
 
 if [[ $isMerge ]]; then
   for target in "${targets[@]}"; do

@@ -4,7 +4,7 @@
 # usage: tests/fuzz/seeds.sh FOLDER
 set -eu
 [ $# = 1 ] || { echo 'usage: tests/fuzz/seeds.sh FOLDER' >&2; exit 2; }
-mkdir -p "$1/fuzzCommandLine" "$1/fuzzFrame" "$1/fuzzRun"
+mkdir -p "$1/fuzzCommandLine" "$1/fuzzFrame" "$1/fuzzRun" "$1/fuzzStored"
 
 # $1: name, then a command line.
 cd "$1/fuzzCommandLine"
@@ -123,3 +123,106 @@ run infiniteRate '3 3 0x7f7f inf' "$text"
 run threeArguments '8' "$text"
 run twoPeriods '48 48 0x7fff 18 0' "$text$text$text"
 run strip '17 48 0x2400 2 0' "$text$text"
+
+# $1: name, $2: what the text is, one letter, then the text, as printf takes it.
+cd "../fuzzStored"
+# shellcheck disable=SC2059
+stored() { printf "$2$3" > "$1"; }
+header='frame,pts,time_s,duration_s,keyframe,corrupt,blockiness,spatial_activity,letterbox,pillarbox'
+header=$header',block_loss,blur,temporal_activity,blackout,freezing,exposure,contrast,interlace,noise'
+header=$header',slice,flickering'
+values=',1,97.5,0,0.125,,4.5,3,0,0,120,40.25,0.01,1.5,2,'
+stored framesNone f ''
+stored framesHeader f "$header"'\r\n'
+stored framesOne f "$header"'\r\n0,0,0,0.04,1,0'"$values"'\r\n'
+stored framesNoCarriageReturn f "$header"'\n'
+stored framesWithoutEnd f "$header"'\r\n0,0,0,0.04,1,0'"$values"
+stored rowsTwo r '7,512,0.28,0.04,1,0'"$values"'\r\n8,,,,0,1'"$values"'0.5\r\n'
+stored rowsUndefined r '0,,,,0,0,,,,,,,,,,,,,,,\r\n1,,,,0,0,,,,,,,,,,,,,,,\r\n'
+stored rowsExtreme r '-3,-9223372036854775808,-1.7e308,-1e-320,0,0'"$values"'-0\r\n-2,1,1.7e308,1.7e308,0,0'"$values"'\r\n'
+stored rowsLastNumber r '9223372036854775807,0,0,0.04,1,0'"$values"'\r\n'
+stored rowsGap r '0,0,0,0.04,1,0'"$values"'\r\n2,0,0,0.04,1,0'"$values"'\r\n'
+stored rowsTooFew r '0,0,0,0.04,1\r\n'
+stored rowsZeroByte r '0,0,0,0.04,1,0\000'"$values"'\r\n'
+
+stored thresholdsNone t '{}'
+stored thresholdsAll t '{"blur": {"enter": 9, "leave": 8, "min_s": 1, "mad": 6, "least": 2, "severity": "fail",
+ "enabled": true}, "scene_cut": {"ratio": 4}, "block_loss": {"alone": 400, "hold_s": 0.3}}'
+stored thresholdsEntersAtNothing t '{"block_loss": {"enter": 0, "leave": 0, "min_s": 0}, "slice": {"enter": 0, "leave": 0, "min_s": 0}}'
+stored thresholdsBelowNothing t '{"slice": {"enter": -10, "leave": -20, "min_s": 0, "ratio": 2}}'
+stored thresholdsHuge t '{"noise": {"enter": 1e308, "leave": -1e308}, "blur": {"mad": 1e308, "least": 1e308}}'
+stored thresholdsTooLarge t '{"noise": {"enter": 1e999}}'
+stored thresholdsNoType t '{"nothing": {}}'
+stored thresholdsNoKey t '{"blur": {"nothing": 1}}'
+stored thresholdsNotAnObject t '[1, 2]'
+stored thresholdsTwice t '{} {}'
+stored thresholdsCut t '{"blur": {"enter"'
+stored thresholdsDisabled t '{"black": {"enabled": false, "severity": "info"}, "freeze": {"min_s": 0}}'
+stored thresholdsWithRows t '{"block_loss": {"min_s": 0}, "slice": {"min_s": 0}}\0000,0,0,0.04,1,0,1,97.5,0,0.125,30,4.5,3,0,0,120,40.25,0.01,1.5,-20,\r\n1,1,0.04,0.04,1,0,1,97.5,0,0.125,300,4.5,3,0,0,120,40.25,0.01,1.5,-2,\r\n'
+
+stored positionFrame p 'f:300'
+stored positionLastFrame p 'f:9223372036854775807'
+stored positionSeconds p '12.5'
+stored positionMinutes p '01:02.25'
+stored positionHours p '1:02:03.5'
+stored positionTimecode p '00:01:02:24'
+stored positionPastAMinute p '1:61'
+stored positionSigned p '-1'
+stored positionFiveParts p '1:2:3:4:5'
+
+facts='"tool":{"name":"lumascan","version":"1.0.0"},"schema_version":"1.0"'
+stored resultNone j ''
+stored resultOfNobody j '{}'
+stored resultBare j "{$facts}"
+stored resultBareFailed j "{$facts"',"status":"failed"}'
+stored resultTextForObject j "{$facts"',"input":"a.mp4","analysis":"done","indicators":7,"outputs":[]}'
+stored resultNulls j "{$facts"',"input":null,"analysis":null,"status":null,"error":null,"truncated":null,
+ "verdict":null,"reasons":null,"indicators":null,"thresholds":null,"outputs":null,"events":null}'
+stored resultFailed j "{$facts"',"input":{"path":"a.mp4","size":null,"mtime_ns":null,"checksum":null},"options":{},
+ "analysis":null,"status":"failed","error":"it is empty","truncated":false,"warnings":[],"verdict":"incomplete",
+ "reasons":["Not analysed: it is empty"],"indicators":{},"thresholds":{},"outputs":{"formats":["csv"],
+ "thumbs":"none"},"events":[]}'
+stored resultSmall j "{$facts"',"input":{"path":"a.mp4","size":1,"mtime_ns":2,"checksum":"0","frame_rate":25.0},
+ "options":{},"analysis":{"fps":25.0,"frames":1,"start_s":0.0,"end_s":0.04,"corrupt_frames":0,"decode_errors":0,
+ "ended_by":"end"},"status":"complete","error":null,"truncated":false,"warnings":[],"verdict":"pass","reasons":[],
+ "indicators":{"blur":{"mean":2.0}},"thresholds":{"blur":{"enter":5.5,"severity":"warn"}},
+ "outputs":{"formats":["csv"],"thumbs":"none"},"events":[{"id":1,"type":"blur","severity":"warn","first_frame":0,
+ "last_frame":0,"start_s":0.0,"end_s":0.04,"peak_frame":0,"peak_value":6.0,"threshold":5.5,"at_start":true,
+ "at_end":true}]}\0'"$header"'\r\n0,0,0,0.04,1,0'"$values"'\r\n'
+stored resultCut j "{$facts"',"input":{"path":"a.mp4","si'
+stored resultOtherVersion j '{"tool":{"name":"lumascan"},"schema_version":"2.0"}'
+stored resultAnArray j '[{"events":[{}]}]'
+
+stored changesNone c '{}'
+stored changesPath c '{"input":{"path":7}}'
+stored changesNoPath c '{"input":{"path":null}}'
+stored changesNoInput c '{"input":null}'
+stored changesNoRate c '{"input":{"frame_rate":null},"analysis":{"fps":null}}'
+stored changesRateAsText c '{"input":{"frame_rate":"25"}}'
+stored changesNoSize c '{"input":{"size":null}}'
+stored changesTruncated c '{"truncated":true,"analysis":{"ended_by":"size_change"}}'
+stored changesTruncatedAsText c '{"truncated":"no"}'
+stored changesStatus c '{"status":"partial","error":"it is short"}'
+stored changesStatusAsNumber c '{"status":1}'
+stored changesStatusUnknown c '{"status":"unfinished"}'
+stored changesVerdictUnknown c '{"verdict":"good"}'
+stored changesVerdictAsNumber c '{"verdict":1}'
+stored changesReasons c '{"reasons":[1,"two"]}'
+stored changesReasonsAsText c '{"reasons":"one"}'
+stored changesError c '{"error":{"code":5}}'
+stored changesNoAnalysis c '{"analysis":null}'
+stored changesNoFrames c '{"analysis":{"frames":null}}'
+stored changesIndicators c '{"indicators":{"blur":null,"noise":5,"slice":{"mean":null},"freezing":{"mean":"1"}}}'
+stored changesIndicatorsAsArray c '{"indicators":[]}'
+stored changesOverview c '{"indicators":{"blur":{"overview":[1,"x",1e308,-1e308]}}}'
+stored changesOutputs c '{"outputs":["csv"]}'
+stored changesFormats c '{"outputs":{"formats":"csv"}}'
+stored changesNoFormats c '{"outputs":{"formats":["html"]}}'
+stored changesOptions c '{"options":{"fps":50}}'
+stored changesThresholds c '{"thresholds":{"blur":{"enter":"x"},"noise":5,"slice":{"enter":1e308}}}'
+stored changesVersion c '{"tool":{"version":2}}'
+stored changesEvents c '{"events":[{"type":"<b>","first_frame":-9223372036854775808,"last_frame":9223372036854775807,
+ "start_s":1e308,"end_s":-1e308},5,null,{"peak_frame":18446744073709551615,"severity":"fail"}]}'
+stored changesEventsAsObject c '{"events":{"a":{},"b":{"type":"blur"}}}'
+stored changesWithRows c '{}\0000,0,0,0.04,1,0'"$values"'\r\n'
+stored changesWithTimes c '{}\0000,0,-1e308,0.04,1,0'"$values"'\r\n1,1,0,0.04,1,0'"$values"'\r\n2,1,1.7e308,1e308,1,0'"$values"'\r\n'
