@@ -73,9 +73,16 @@ TEST(Commands, printNothing_whenQuiet) {
   EXPECT_EQ(run.out + run.err, "");
 }
 
+// Takes more than a second, after which progress is told.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr char LONG_CLIP[] = "testsrc=size=1280x720:rate=25:duration=3";
+#else
+constexpr char LONG_CLIP[] = "testsrc=size=1280x720:rate=25:duration=16";
+#endif
+
 TEST(Commands, tellProgressAsJson) {
   const TemporaryDirectory directory;
-  makeClip(directory, "a.mkv", {"-c:v", "ffv1"}, "testsrc=size=1280x720:rate=25:duration=16");
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1"}, LONG_CLIP);
   const ProgramRun run = lumascan(directory, {"a.mkv", "--progress", "json", "-j", "1"});
   EXPECT_EQ(run.status, 0);
   double share = 0.0;
