@@ -17,34 +17,63 @@
 
 namespace {
 
-constexpr uint64_t GRID = 16;     // samples between grid lines
-constexpr uint64_t REGION = 256;  // samples; edge of the square in which runs are multiplied
-constexpr uint64_t REGION_LINES = REGION / GRID;
+constexpr int64_t GRID = 16;     // samples between grid lines
+constexpr int64_t REGION = 256;  // samples; edge of the square in which runs are multiplied
+constexpr int64_t REGION_LINES = REGION / GRID;
 constexpr uint32_t MIN_RUN = 12;         // samples; most of one block's edge
 constexpr double STRENGTH_FACTOR = 6.0;  // strong edges, in mean energies of the frame
 
-// Samples of a row whose squared differences, 65025 at most each, are summed in 31 bits.
-constexpr uint64_t CHUNK = 32768;
+// Samples whose squared differences, 65025 at most for every second one, are summed in 31 bits.
+constexpr int64_t CHUNK = 65536;
+// Rows that are summed as one sequence, so that there is a rest of less than a vector only once.
+constexpr int64_t STRIP = 16;
 
-// Sum of the squares of both diagonal differences over the frame; row 0 and column 0 have none.
+// Squares of both diagonal differences of a sample; rows stand w samples apart.
+int32_t robertsSquare(const uint8_t* p, int64_t w) {
+  const uint8_t* const up = p - w;
+  const int32_t a = up[-1] - p[0];
+  const int32_t b = up[0] - p[-1];
+  return a * a + b * b;
+}
+
+// Their sum over n samples from `first` on, whatever row they are in.
 MULTIVERSIONED
-int64_t robertsEnergy(const uint8_t* data, uint64_t w, uint64_t h) {
-  int64_t energy = 0;
-  for (uint64_t y = 1; y < h; ++y) {
-    const uint8_t* const row = data + y * w;
+int64_t robertsSquares(const uint8_t* first, int64_t w, int64_t n) {
+  int64_t squares = n % 2 == 0 ? 0 : robertsSquare(first + n - 1, w);
+  for (int64_t begin = 0; begin < n; begin += CHUNK) {
+    const int64_t pairs = std::min(CHUNK, n - begin) / 2;
+    const uint8_t* const row = first + begin;
     const uint8_t* const up = row - w;
-    for (uint64_t begin = 1; begin < w; begin += CHUNK) {
-      const uint64_t end = std::min(begin + CHUNK, w);
-      int32_t main = 0;
-      int32_t anti = 0;
-      for (uint64_t x = begin; x < end; ++x) {  // vectorised
-        const int16_t a = static_cast<int16_t>(up[x - 1] - row[x]);
-        const int16_t b = static_cast<int16_t>(up[x] - row[x - 1]);
-        main += a * a;
-        anti += b * b;
-      }
-      energy += int64_t{main} + anti;
+    int32_t main[2] = {0, 0};
+    int32_t anti[2] = {0, 0};
+    for (int64_t k = 0; k < pairs; ++k) {  // vectorised
+      const uint16_t left = pairAt(row + 2 * k - 1);
+      const uint16_t here = pairAt(row + 2 * k);
+      const uint16_t upLeft = pairAt(up + 2 * k - 1);
+      const uint16_t above = pairAt(up + 2 * k);
+      const int16_t main0 = static_cast<int16_t>(firstOf(upLeft) - firstOf(here));
+      const int16_t main1 = static_cast<int16_t>(firstOf(above) - secondOf(here));
+      const int16_t anti0 = static_cast<int16_t>(firstOf(above) - firstOf(left));
+      const int16_t anti1 = static_cast<int16_t>(secondOf(above) - firstOf(here));
+      main[0] += main0 * main0;
+      main[1] += main1 * main1;
+      anti[0] += anti0 * anti0;
+      anti[1] += anti1 * anti1;
     }
+    squares += int64_t{main[0]} + main[1] + anti[0] + anti[1];
+  }
+  return squares;
+}
+
+// Their sum over the frame; row 0 and column 0 have none. Where a strip goes on from row to row,
+// what column 0 has added is taken away again.
+int64_t robertsEnergy(const uint8_t* data, int64_t w, int64_t h) {
+  int64_t energy = 0;
+  for (int64_t y = 1; y < h; y += STRIP) {
+    const uint8_t* const strip = data + y * w;
+    const int64_t rows = std::min(STRIP, h - y);
+    energy += robertsSquares(strip + 1, w, rows * w - 1);
+    for (int64_t r = 1; r < rows; ++r) energy -= robertsSquare(strip + r * w, w);
   }
   return energy;
 }
@@ -52,15 +81,16 @@ int64_t robertsEnergy(const uint8_t* data, uint64_t w, uint64_t h) {
 // Number of runs along the grid rows of the region at column x0, row y0 of the frame. A sample is
 // strong when its energy exceeds `limit`.
 MULTIVERSIONED
-uint32_t runsAlongRows(const uint8_t* data, uint64_t w, uint64_t x0, uint64_t y0, int32_t limit) {
+uint32_t runsAlongRows(const uint8_t* data, int64_t w, int64_t x0, int64_t y0, int32_t limit) {
   uint32_t runs = 0;
-  for (uint64_t y = std::max(y0, GRID); y < y0 + REGION; y += GRID) {
+  for (int64_t y = std::max(y0, GRID); y < y0 + REGION; y += GRID) {
     const uint8_t* const row = data + y * w + x0;
     const uint8_t* const up = row - w;
+    const int64_t begin = x0 == 0 ? 1 : 0;  // column 0 of the frame has no energy
     uint8_t strong[REGION];
     uint32_t count = 0;
     strong[0] = 0;
-    for (uint64_t x = x0 == 0 ? 1 : 0; x < REGION; ++x) {  // vectorised
+    for (int64_t x = begin; x < REGION; ++x) {  // vectorised
       const int32_t a = up[x - 1] - row[x];
       const int32_t b = up[x] - row[x - 1];
       strong[x] = a * a + b * b > limit ? 1 : 0;
@@ -78,8 +108,7 @@ uint32_t runsAlongRows(const uint8_t* data, uint64_t w, uint64_t x0, uint64_t y0
 
 // The same along its grid columns, all of which are followed side by side.
 MULTIVERSIONED
-uint32_t runsAlongColumns(const uint8_t* data, uint64_t w, uint64_t x0, uint64_t y0,
-                          int32_t limit) {
+uint32_t runsAlongColumns(const uint8_t* data, int64_t w, int64_t x0, int64_t y0, int32_t limit) {
   int16_t upLeft[REGION_LINES];
   int16_t up[REGION_LINES];
   int16_t left[REGION_LINES];
@@ -88,22 +117,22 @@ uint32_t runsAlongColumns(const uint8_t* data, uint64_t w, uint64_t x0, uint64_t
   uint16_t runs[REGION_LINES] = {};
   // Fetches the samples of a row that lie on the grid columns and left of them. Column 0 of the
   // frame has none to its left and no energy; whatever stands in for it is not counted.
-  const auto fetch = [&](uint64_t y) {
+  const auto fetch = [&](int64_t y) {
     const uint8_t* const row = data + y * w + x0;
-    for (uint64_t q = 0; q < REGION_LINES; ++q) {
-      const uint64_t x = x0 + q == 0 ? 1 : q * GRID;
+    for (int64_t q = 0; q < REGION_LINES; ++q) {
+      const int64_t x = x0 + q == 0 ? 1 : q * GRID;
       left[q] = (row + x)[-1];
       here[q] = row[x];
     }
   };
 
-  const uint64_t first = std::max<uint64_t>(y0, 1);
+  const int64_t first = std::max<int64_t>(y0, 1);
   fetch(first - 1);
-  for (uint64_t y = first; y < y0 + REGION; ++y) {
+  for (int64_t y = first; y < y0 + REGION; ++y) {
     std::copy_n(left, REGION_LINES, upLeft);
     std::copy_n(here, REGION_LINES, up);
     fetch(y);
-    for (uint64_t q = 0; q < REGION_LINES; ++q) {  // vectorised
+    for (int64_t q = 0; q < REGION_LINES; ++q) {  // vectorised
       const int32_t a = upLeft[q] - here[q];
       const int32_t b = up[q] - left[q];
       const bool isStrong = a * a + b * b > limit;
@@ -112,7 +141,7 @@ uint32_t runsAlongColumns(const uint8_t* data, uint64_t w, uint64_t x0, uint64_t
     }
   }
   uint32_t total = 0;
-  for (uint64_t q = x0 == 0 ? 1 : 0; q < REGION_LINES; ++q) total += runs[q];
+  for (int64_t q = x0 == 0 ? 1 : 0; q < REGION_LINES; ++q) total += runs[q];
   return total;
 }
 
@@ -133,14 +162,14 @@ void* blockLoss(void* luma) {
   // An integer is above the threshold when it is above its whole part, which is 6 * 130050 at most.
   const int32_t limit = static_cast<int32_t>(threshold);
   int64_t scores = 0;
-  for (uint64_t y = 0; y + REGION <= h; y += REGION) {
-    for (uint64_t x = 0; x + REGION <= w; x += REGION) {
+  for (int64_t y = 0; y + REGION <= h; y += REGION) {
+    for (int64_t x = 0; x + REGION <= w; x += REGION) {
       const uint32_t alongRows = runsAlongRows(frame->data, w, x, y, limit);
       if (alongRows == 0) continue;
       scores += int64_t{alongRows} * runsAlongColumns(frame->data, w, x, y, limit);
     }
   }
-  const uint64_t regions = (w / REGION) * (h / REGION);
+  const int64_t regions = (w / REGION) * (h / REGION);
   Results.blockLoss = static_cast<double>(scores) / static_cast<double>(regions);
   return nullptr;
 }
