@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 #include "definitions/definitions.h"
 #include "definitions/kernels.h"
@@ -68,43 +67,55 @@ Totals horizontalLines(const uint8_t* data, uint32_t w, uint32_t h) {
   return totals.total;
 }
 
-// Grid lines summed at a time, in sums that stay in the first cache level.
-constexpr uint32_t LINES = 128;
+// Grid lines at a time: 16 KiB of sums, which stay in the first cache level.
+constexpr uint64_t LINES = 1024;
+// Rows at a time: their steps, 255 at most each, fit 16 bits.
+constexpr uint64_t ROWS = 256;
 
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the last of eight bytes is the highest");
-
-// Sums of `lines` vertical lines over all rows, the first between columns 7 and 8 of `data`.
+// Adds the steps of up to LINES vertical lines in up to ROWS rows onto `steps`, one element a line;
+// the first line is between columns 7 and 8 of `data`.
 MULTIVERSIONED
-void verticalLines(const uint8_t* data, uint64_t w, uint64_t h, uint64_t lines, uint64_t* inner,
-                   uint64_t* across) {
-  uint8_t steps[LINES * BLOCKSIZE];
-  for (uint64_t y = 0; y < h; ++y) {
-    const uint8_t* const row = data + y * w;
-    const uint64_t n = lines * BLOCKSIZE;
+void addVerticalLines(const uint8_t* data, uint64_t w, uint64_t rows, uint64_t lines,
+                      Steps* steps) {
+  const uint64_t n = lines * BLOCKSIZE;
+  uint16_t columns[LINES * BLOCKSIZE];  // steps from each column to the next
+  std::fill_n(columns, n, uint16_t{0});
+  uint64_t y = 0;
+  for (; y + 4 <= rows; y += 4) {
+    const uint8_t* const a = data + y * w;
+    const uint8_t* const b = a + w;
+    const uint8_t* const c = b + w;
+    const uint8_t* const d = c + w;
     for (uint64_t x = 0; x < n; ++x) {  // vectorised
-      steps[x] = absoluteDifference(row[x], row[x + 1]);
+      columns[x] = static_cast<uint16_t>(
+          columns[x] + absoluteDifference(a[x], a[x + 1]) + absoluteDifference(b[x], b[x + 1]) +
+          absoluteDifference(c[x], c[x + 1]) + absoluteDifference(d[x], d[x + 1]));
     }
-    // Of a block's eight steps the last leads across the line, the one before it is the inner one.
-    for (uint64_t k = 0; k < lines; ++k) {  // vectorised
-      uint64_t eight;
-      std::memcpy(&eight, steps + k * BLOCKSIZE, sizeof eight);
-      inner[k] += eight >> 48 & 0xff;
-      across[k] += eight >> 56;
+  }
+  for (; y < rows; ++y) {
+    const uint8_t* const row = data + y * w;
+    for (uint64_t x = 0; x < n; ++x) {  // vectorised
+      columns[x] = static_cast<uint16_t>(columns[x] + absoluteDifference(row[x], row[x + 1]));
     }
+  }
+  // Of a block's eight steps the last leads across the line, the one before it is the inner one.
+  for (uint64_t k = 0; k < lines; ++k) {
+    steps[k].inner += columns[k * BLOCKSIZE + BLOCKSIZE - 2];
+    steps[k].across += columns[k * BLOCKSIZE + BLOCKSIZE - 1];
   }
 }
 
-Totals allVerticalLines(const uint8_t* data, uint32_t w, uint32_t h) {
+Totals verticalLines(const uint8_t* data, uint32_t w, uint32_t h) {
   RunningTotals totals = {};
-  const uint32_t lines = gridLines(w);
-  for (uint32_t first = 0; first < lines; first += LINES) {
-    const uint32_t n = std::min(LINES, lines - first);
-    uint64_t inner[LINES] = {};
-    uint64_t across[LINES] = {};
-    verticalLines(data + first * BLOCKSIZE, w, h, n, inner, across);
-    for (uint32_t k = 0; k < n; ++k) {
-      addLine(&totals, {static_cast<uint32_t>(inner[k]), static_cast<uint32_t>(across[k])});
+  const uint64_t lines = gridLines(w);
+  for (uint64_t first = 0; first < lines; first += LINES) {
+    const uint64_t n = std::min(LINES, lines - first);
+    Steps steps[LINES] = {};
+    for (uint64_t y = 0; y < h; y += ROWS) {
+      addVerticalLines(data + y * w + first * BLOCKSIZE, w, std::min<uint64_t>(ROWS, h - y), n,
+                       steps);
     }
+    for (uint64_t k = 0; k < n; ++k) addLine(&totals, steps[k]);
   }
   return totals.total;
 }
@@ -117,7 +128,7 @@ void* blockiness(void* luma) {
   const uint32_t h = static_cast<uint32_t>(frame->h);
 
   const Totals rows = horizontalLines(frame->data, w, h);
-  const Totals columns = allVerticalLines(frame->data, w, h);
+  const Totals columns = verticalLines(frame->data, w, h);
   const double inner = static_cast<double>(static_cast<uint64_t>(rows.inner + columns.inner));
   const double across = static_cast<double>(static_cast<uint64_t>(rows.across + columns.across));
   const double ratio = inner / across;
