@@ -27,19 +27,17 @@ void addBlocks(const uint8_t* row, uint64_t w, uint64_t blocks, uint64_t blockW,
   }
 }
 
-// The block size of noise has a way of its own: the samples of each column are added, and then
-// eight neighbours. Of the squares it adds those of level - 128, of which two fit 16 bits together,
-// and makes up for it in the block's total: level^2 = (level - 128)^2 + 256 level - 128^2.
+// The block size of noise has a way of its own: the samples of each two columns are added in 16
+// bits, and then four neighbours. In place of a square it adds level * (255 - level), of which four
+// fit 16 bits together, and makes up for it in the block's total: the square is the rest of
+// 255 * level.
 constexpr uint64_t SIDE = BLOCKSIZE;
+constexpr uint64_t PAIRS = SIDE / 2;   // of columns in a block
 constexpr uint64_t CHUNK_BLOCKS = 64;  // at a time, so that the column totals stay close
 
-inline uint16_t centredSquare(uint8_t level) {
-  const int16_t v = static_cast<int16_t>(level - 128);
-  return static_cast<uint16_t>(v * v);
-}
-
-inline uint16_t twoSquares(uint8_t a, uint8_t b) {
-  return static_cast<uint16_t>(centredSquare(a) + centredSquare(b));
+inline int32_t restOfSquare(int16_t level) {
+  const int16_t rest = static_cast<int16_t>(255 - level);
+  return level * rest;  // 127 * 128 at most
 }
 
 MULTIVERSIONED
@@ -48,23 +46,36 @@ void addSmallBlocks(const uint8_t* rows, uint64_t w, uint64_t blocks, int32_t* s
   for (uint64_t first = 0; first < blocks; first += CHUNK_BLOCKS) {
     const uint64_t n = std::min(CHUNK_BLOCKS, blocks - first);
     const uint8_t* const row = rows + first * SIDE;
-    uint16_t columns[CHUNK_BLOCKS * SIDE];
-    uint32_t squareColumns[CHUNK_BLOCKS * SIDE];
-    for (uint64_t x = 0; x < n * SIDE; ++x) {  // vectorised
-      const uint8_t* const p = row + x;
-      columns[x] = static_cast<uint16_t>(p[0] + p[w] + p[2 * w] + p[3 * w] + p[4 * w] + p[5 * w] +
-                                         p[6 * w] + p[7 * w]);
-      squareColumns[x] = uint32_t{twoSquares(p[0], p[w])} + twoSquares(p[2 * w], p[3 * w]) +
-                         twoSquares(p[4 * w], p[5 * w]) + twoSquares(p[6 * w], p[7 * w]);
+    uint16_t levels[CHUNK_BLOCKS * PAIRS];
+    uint16_t restsLow[CHUNK_BLOCKS * PAIRS];
+    uint16_t restsHigh[CHUNK_BLOCKS * PAIRS];
+    for (uint64_t k = 0; k < n * PAIRS; ++k) {  // vectorised
+      uint16_t sum = 0;
+      uint16_t low = 0;
+      uint16_t high = 0;
+      const auto addRows = [&](uint64_t y) {
+        const uint16_t a = pairAt(row + y * w + 2 * k);
+        const uint16_t b = pairAt(row + (y + 1) * w + 2 * k);
+        const uint16_t rests =
+            static_cast<uint16_t>(restOfSquare(firstOf(a)) + restOfSquare(secondOf(a)) +
+                                  restOfSquare(firstOf(b)) + restOfSquare(secondOf(b)));
+        sum = static_cast<uint16_t>(sum + firstOf(a) + secondOf(a) + firstOf(b) + secondOf(b));
+        low = static_cast<uint16_t>(low + (rests & 0xff));
+        high = static_cast<uint16_t>(high + (rests >> 8));
+      };
+      addRows(0);
+      addRows(2);
+      addRows(4);
+      addRows(6);
+      levels[k] = sum;
+      restsLow[k] = low;
+      restsHigh[k] = high;
     }
     for (uint64_t k = 0; k < n; ++k) {
-      uint32_t sum = 0;
-      uint32_t squareSum = 0;
-      for (uint64_t x = k * SIDE; x < (k + 1) * SIDE; ++x) {
-        sum += columns[x];
-        squareSum += squareColumns[x];
-      }
-      squareSum += 256 * sum - 128 * 128 * static_cast<uint32_t>(SIDE * SIDE);
+      const uint32_t sum = sumOfFour(levels + k * PAIRS);
+      const uint32_t rests =
+          sumOfFour(restsLow + k * PAIRS) + 256 * sumOfFour(restsHigh + k * PAIRS);
+      const uint32_t squareSum = 255 * sum - rests;
       sums[first + k] = static_cast<int32_t>(static_cast<uint32_t>(sums[first + k]) + sum);
       squareSums[first + k] =
           static_cast<int32_t>(static_cast<uint32_t>(squareSums[first + k]) + squareSum);
@@ -72,10 +83,10 @@ void addSmallBlocks(const uint8_t* rows, uint64_t w, uint64_t blocks, int32_t* s
   }
 }
 
-// Deviations of a row of blocks of n samples each.
-MULTIVERSIONED
-void deviationsOf(const int32_t* sums, const int32_t* squareSums, uint64_t blocks, double n,
-                  double* stdDevs) {
+// Deviations of a row of blocks of n samples each. Where n is known when this is compiled, and a
+// power of two, the processor need not divide by it.
+inline void deviationsOf(const int32_t* sums, const int32_t* squareSums, uint64_t blocks, double n,
+                         double* stdDevs) {
   const double d = n - 1.0;
   for (uint64_t bx = 0; bx < blocks; ++bx) {  // vectorised
     // The square wraps from a total of 46341 on; blur's values for bright blocks rest on it.
@@ -83,6 +94,12 @@ void deviationsOf(const int32_t* sums, const int32_t* squareSums, uint64_t block
     const double squaredSum = static_cast<int32_t>(sum * sum);
     stdDevs[bx] = std::sqrt((squareSums[bx] - squaredSum / n) / d);
   }
+}
+
+MULTIVERSIONED
+void deviationsOfSmallBlocks(const int32_t* sums, const int32_t* squareSums, uint64_t blocks,
+                             double* stdDevs) {
+  deviationsOf(sums, squareSums, blocks, SIDE * SIDE, stdDevs);
 }
 
 }  // namespace
@@ -95,13 +112,14 @@ void calculateStdDevs(const Image* src, Image32* sums, Image32* squareSums, Imag
     const uint8_t* rows = src->data + by * blockH * src->w;
     int32_t* sumRow = sums->data + by * blocks;
     int32_t* squareRow = squareSums->data + by * blocks;
+    double* stdDevRow = stdDevs->data + by * blocks;
     if (isSmall) {
       addSmallBlocks(rows, src->w, blocks, sumRow, squareRow);
+      deviationsOfSmallBlocks(sumRow, squareRow, blocks, stdDevRow);
     } else {
       addBlocks(rows, src->w, blocks, blockW, blockH, sumRow, squareRow);
+      deviationsOf(sumRow, squareRow, blocks, static_cast<double>(blockW * blockH), stdDevRow);
     }
-    deviationsOf(sumRow, squareRow, blocks, static_cast<double>(blockW * blockH),
-                 stdDevs->data + by * blocks);
   }
 }
 

@@ -3,13 +3,11 @@
 // are smoothed by a 3 x 3 Gaussian whose sigma is the level, and what the smoothing took away is
 // the noise.
 //
-// The blocks' deviations are computed row by row, for the mode and once more for the selection,
-// which seldom goes far: that costs less than to keep them all.
+// Of a block's deviation only its two whole levels are kept: mode and selection ask for no more.
 #include "indicators/noise.h"
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 
 #include "definitions/definitions.h"
 #include "definitions/kernels.h"
@@ -33,45 +31,61 @@ int32_t floorToInt(double x) {
   return truncateToInt32(std::floor(x));
 }
 
-// Work space for the deviations of one row of blocks.
-struct BlockRow {
-  Image32 sums;
-  Image32 squareSums;
-  ImageDouble stdDevs;
+// The blocks' deviations as whole levels, one sample per block: a deviation of 8 x 8 bytes is
+// between 0 and 129, and so fits a byte.
+struct Levels {
+  Image rounded;
+  Image truncated;
 };
 
-BlockRow makeBlockRow(uint64_t blocks) {
-  return {callocImage32(blocks, 1), callocImage32(blocks, 1), callocImageDouble(blocks, 1)};
+Levels makeLevels(uint64_t blocksW, uint64_t blocksH) {
+  return {allocImage(blocksW, blocksH), allocImage(blocksW, blocksH)};
 }
 
-void freeBlockRow(BlockRow* row) {
-  freeImage32(&row->sums);
-  freeImage32(&row->squareSums);
-  freeImageDouble(&row->stdDevs);
+void freeLevels(Levels* levels) {
+  freeImage(&levels->rounded);
+  freeImage(&levels->truncated);
 }
 
-// Standard deviations of the by-th row of blocks, valid until the next call.
-const double* deviationsOf(const Image* frame, uint64_t by, BlockRow* row) {
-  const Image lines = makeImage(frame->w, BLOCKSIZE, frame->data + by * BLOCKSIZE * frame->w);
-  for (Image32* sums : {&row->sums, &row->squareSums}) std::fill_n(sums->data, sums->w, 0);
-  calculateStdDevs(&lines, &row->sums, &row->squareSums, &row->stdDevs, BLOCKSIZE, BLOCKSIZE);
-  return row->stdDevs.data;
+// Both whole levels of n deviations.
+MULTIVERSIONED
+void roundAndTruncate(const double* stdDevs, uint64_t n, uint8_t* rounded, uint8_t* truncated) {
+  for (uint64_t i = 0; i < n; ++i) {  // vectorised
+    rounded[i] = static_cast<uint8_t>(static_cast<int32_t>(stdDevs[i] + BELOW_HALF));
+  }
+  for (uint64_t i = 0; i < n; ++i) {  // vectorised
+    truncated[i] = static_cast<uint8_t>(static_cast<int32_t>(stdDevs[i]));
+  }
+}
+
+void measureLevels(const Image* frame, Levels* levels) {
+  const uint64_t w = levels->rounded.w;
+  Image32 sums = allocImage32(w, 1);
+  Image32 squareSums = allocImage32(w, 1);
+  ImageDouble stdDevs = allocImageDouble(w, 1);
+  for (uint64_t by = 0; by < levels->rounded.h; ++by) {
+    const Image rows = makeImage(frame->w, BLOCKSIZE, frame->data + by * BLOCKSIZE * frame->w);
+    std::fill_n(sums.data, w, 0);
+    std::fill_n(squareSums.data, w, 0);
+    calculateStdDevs(&rows, &sums, &squareSums, &stdDevs, BLOCKSIZE, BLOCKSIZE);
+    roundAndTruncate(stdDevs.data, w, levels->rounded.data + by * w,
+                     levels->truncated.data + by * w);
+  }
+  freeImage32(&sums);
+  freeImage32(&squareSums);
+  freeImageDouble(&stdDevs);
 }
 
 // The mean level of the histogram's mode and its two neighbours, weighted with their counts. NaN
 // when all three are empty. Counts are 16-bit and wrap.
-double typicalLevel(const Image* frame, BlockRow* row) {
+double typicalLevel(const Image* rounded) {
   uint16_t count[HISTOGRAM_ENTRIES + 1] = {};  // the last stays 0: above the highest level is none
   int32_t mode = 0;
-  for (uint64_t by = 0; by < frame->h / BLOCKSIZE; ++by) {
-    const double* stdDevs = deviationsOf(frame, by, row);
-    for (uint64_t bx = 0; bx < row->stdDevs.w; ++bx) {
-      // A deviation of 8 x 8 bytes is between 0 and 129, and so fits any integer.
-      const int32_t level =
-          std::min(static_cast<int32_t>(stdDevs[bx] + BELOW_HALF), HISTOGRAM_ENTRIES - 1);
-      ++count[level];
-      if (count[level] > count[mode]) mode = level;
-    }
+  for (uint64_t i = 0; i < rounded->w * rounded->h; ++i) {
+    const int32_t level = std::min(int32_t{rounded->data[i]}, HISTOGRAM_ENTRIES - 1);
+    ++count[level];
+    // Seldom so. Without being told, the compiler makes every block wait for the one before it.
+    if (__builtin_expect(count[level] > count[mode], 0)) mode = level;
   }
   const int32_t low = mode >= 1 ? mode - 1 : 0;
   const int32_t mid = low + 1;
@@ -83,17 +97,19 @@ double typicalLevel(const Image* frame, BlockRow* row) {
 // Collects the first blocks of the typical level, up to MAX_CONTAINER_WIDTH, and returns how many
 // there are. A level in the upper half of its integer is matched by rounding, one in the lower half
 // by truncation.
-uint64_t collectBlocks(const Image* frame, double typical, BlockRow* row, const uint8_t** blocks) {
-  const int32_t level = floorToInt(typical);
-  const bool isUpperHalf = level != roundHalfAway(typical);
-  const int32_t wanted = isUpperHalf ? roundHalfAway(typical) : level;
-  const double offset = isUpperHalf ? BELOW_HALF : 0.0;
+uint64_t collectBlocks(const Image* frame, const Levels& levels, double typical,
+                       const uint8_t** blocks) {
+  const int32_t wanted = roundHalfAway(typical);
+  const bool isUpperHalf = floorToInt(typical) != wanted;
+  const Image& grid = isUpperHalf ? levels.rounded : levels.truncated;
   uint64_t taken = 0;
-  for (uint64_t by = 0; by < frame->h / BLOCKSIZE && taken < MAX_CONTAINER_WIDTH; ++by) {
-    const double* stdDevs = deviationsOf(frame, by, row);
-    for (uint64_t bx = 0; bx < row->stdDevs.w && taken < MAX_CONTAINER_WIDTH; ++bx) {
-      if (static_cast<int32_t>(stdDevs[bx] + offset) != wanted) continue;
-      blocks[taken++] = frame->data + by * BLOCKSIZE * frame->w + bx * BLOCKSIZE;
+  for (uint64_t by = 0; by < grid.h && taken < MAX_CONTAINER_WIDTH; ++by) {
+    const uint8_t* const row = frame->data + by * BLOCKSIZE * frame->w;
+    const uint8_t* const levelsOfRow = grid.data + by * grid.w;
+    for (uint64_t bx = 0; bx < grid.w && taken < MAX_CONTAINER_WIDTH; ++bx) {
+      // Written in any case, and kept by counting it: processors cannot foresee what matches.
+      blocks[taken] = row + bx * BLOCKSIZE;
+      taken += levelsOfRow[bx] == wanted ? 1 : 0;
     }
   }
   return taken;
@@ -159,18 +175,19 @@ void residualDeviations(const uint8_t* const* blocks, uint64_t w, const Kernel& 
 
 void* noise(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  BlockRow row = makeBlockRow(frame->w / BLOCKSIZE);
-  const double typical = typicalLevel(frame, &row);
+  Levels levels = makeLevels(frame->w / BLOCKSIZE, frame->h / BLOCKSIZE);
+  measureLevels(frame, &levels);
+  const double typical = typicalLevel(&levels.rounded);
   const int32_t sigma = roundHalfAway(typical);
   if (sigma == 0) {
-    freeBlockRow(&row);
+    freeLevels(&levels);
     Results.noise = 0.0;
     return gaveUp();
   }
 
   const uint8_t* blocks[MAX_CONTAINER_WIDTH + LANES];
-  const uint64_t n = collectBlocks(frame, typical, &row, blocks);
-  freeBlockRow(&row);
+  const uint64_t n = collectBlocks(frame, levels, typical, blocks);
+  freeLevels(&levels);
   // The last batch is filled up with blocks whose deviations are not used.
   std::fill_n(blocks + n, LANES, frame->data);
   const Kernel kernel = makeGaussian(sigma);
