@@ -18,20 +18,11 @@ int32_t asSigned(uint32_t value) {
   return static_cast<int32_t>(value);
 }
 
-// The block size that indicators use has a way of its own: the samples of each column are
-// added in 16 bits, and then eight neighbours.
+// The block size that indicators use has a way of its own: the samples of each two columns are
+// added in 16 bits, and then four neighbours.
 constexpr uint64_t SIDE = BLOCKSIZE;
+constexpr uint64_t PAIRS = SIDE / 2;   // of columns in a block
 constexpr uint64_t CHUNK_BLOCKS = 64;  // at a time, so that the column totals stay close
-
-// Total of eight 16-bit numbers, each up to 8 * 255: four at a time in one 64-bit number, whose
-// product gathers them in its highest 16 bits.
-uint32_t sumOfEight(const uint16_t* numbers) {
-  uint64_t low;
-  uint64_t high;
-  std::memcpy(&low, numbers, sizeof low);
-  std::memcpy(&high, numbers + 4, sizeof high);
-  return static_cast<uint32_t>((low + high) * 0x0001000100010001 >> 48);
-}
 
 // Adds the totals of `blocks` blocks of SIDE x SIDE onto `dest`; rows stand w samples apart.
 MULTIVERSIONED
@@ -39,15 +30,18 @@ void addSmallBlocks(const uint8_t* rows, uint64_t w, uint64_t blocks, int32_t* d
   for (uint64_t first = 0; first < blocks; first += CHUNK_BLOCKS) {
     const uint64_t n = std::min(CHUNK_BLOCKS, blocks - first);
     const uint8_t* const row = rows + first * SIDE;
-    uint16_t columns[CHUNK_BLOCKS * SIDE];
-    for (uint64_t x = 0; x < n * SIDE; ++x) {  // vectorised
-      const uint8_t* const p = row + x;
-      columns[x] = static_cast<uint16_t>(p[0] + p[w] + p[2 * w] + p[3 * w] + p[4 * w] + p[5 * w] +
-                                         p[6 * w] + p[7 * w]);
+    uint16_t columns[CHUNK_BLOCKS * PAIRS];
+    for (uint64_t k = 0; k < n * PAIRS; ++k) {  // vectorised
+      const auto both = [=](uint64_t y) {
+        const uint16_t pair = pairAt(row + y * w + 2 * k);
+        return firstOf(pair) + secondOf(pair);
+      };
+      columns[k] = static_cast<uint16_t>(both(0) + both(1) + both(2) + both(3) + both(4) + both(5) +
+                                         both(6) + both(7));
     }
     for (uint64_t k = 0; k < n; ++k) {
       const uint32_t sum = static_cast<uint32_t>(dest[first + k]);
-      dest[first + k] = asSigned(sum + sumOfEight(columns + k * SIDE));
+      dest[first + k] = asSigned(sum + sumOfFour(columns + k * PAIRS));
     }
   }
 }

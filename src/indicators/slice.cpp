@@ -23,10 +23,15 @@ int32_t equalPairs(const uint8_t* rows, uint64_t stride, uint64_t w, uint64_t sh
   for (uint64_t left = 0; left < w; left += CHUNK) {
     const uint64_t n = std::min(CHUNK, w - left);
     uint8_t perColumn[CHUNK] = {};  // up to 16, one for each row
-    for (uint64_t y = 0; y < SLICE_BLOCKSIZE; ++y) {
-      const uint8_t* const row = rows + y * stride + left;
+    for (uint64_t y = 0; y < SLICE_BLOCKSIZE; y += 4) {
+      const uint8_t* const a = rows + y * stride + left;
+      const uint8_t* const b = a + stride;
+      const uint8_t* const c = b + stride;
+      const uint8_t* const d = c + stride;
       for (uint64_t x = 0; x < n; ++x) {  // vectorised
-        perColumn[x] = static_cast<uint8_t>(perColumn[x] + (row[x] == row[x + shift] ? 1 : 0));
+        perColumn[x] = static_cast<uint8_t>(
+            perColumn[x] + (a[x] == a[x + shift] ? 1 : 0) + (b[x] == b[x + shift] ? 1 : 0) +
+            (c[x] == c[x + shift] ? 1 : 0) + (d[x] == d[x + shift] ? 1 : 0));
       }
     }
     for (uint64_t x = 0; x < n; ++x) pairs += perColumn[x];  // vectorised
