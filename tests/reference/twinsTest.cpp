@@ -124,8 +124,9 @@ void expectSame(const Luma& frame, Entry indicator, Entry plainForm, double Fram
 }
 
 // The same on many frames: of any size from minSide on; of every width up to 80, at which vector
-// loops begin, end and leave remainders; and of widths around those at which rows are taken in
-// pieces, which are multiples of 1024 and of 32768.
+// loops begin, end and leave remainders; of widths around those at which rows are taken in pieces,
+// which are multiples of 1024, 8192 and 32768; and of heights around 256 and 512, at which columns
+// are.
 template <typename Twin>
 void expectTwins(Entry indicator, Entry plainForm, double FrameResults::*field, Twin twin,
                  uint32_t minSide = 1) {
@@ -146,9 +147,12 @@ void expectTwins(Entry indicator, Entry plainForm, double FrameResults::*field, 
   for (uint32_t w = minSide; w <= 80; ++w) {
     ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, 80));
   }
-  for (uint32_t w :
-       {1023u, 1024u, 1025u, 1026u, 1027u, 1031u, 1032u, 1033u, 1039u, 1040u, 2050u, 2064u}) {
-    ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, minSide + 60));
+  for (uint32_t w : {1023u, 1024u, 1025u, 1026u, 1027u, 1031u, 1032u, 1033u, 1039u, 1040u,
+                     2049u, 2050u, 2051u, 2052u, 2064u, 4097u, 4098u, 8199u, 8200u, 8208u}) {
+    ASSERT_NO_FATAL_FAILURE(checkWidth(w, minSide, minSide + (w < 4096 ? 60 : 20)));
+  }
+  for (uint32_t h : {255u, 256u, 257u, 511u, 512u, 513u}) {
+    ASSERT_NO_FATAL_FAILURE(checkWidth(minSide + h % 50, h, h));
   }
   for (uint32_t w : {32768u, 32769u, 32770u, 32784u}) {
     if (minSide > 1 && w != 32770) continue;  // high frames take long
