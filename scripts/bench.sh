@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Measures the whole program and its peers, and writes the table to bench/results.md.
 #
-# usage: scripts/bench.sh [FILE]            on the video in FILE, else on clean frames of the made clip
-#        scripts/bench.sh --smoke [BUILD]   everything once and tiny, with the programs in BUILD; prints
-#                                           the table only
+# usage: scripts/bench.sh [--against BUILD] [FILE]
+#            on the video in FILE, else on clean frames of the made clip; with a row for the lumaprobe
+#            in another BUILD, run in turn with this one
+#        scripts/bench.sh --smoke [BUILD]
+#            everything once and tiny, with the programs in BUILD; prints the table only
 #
 # Needs about 700 MB in TMPDIR, kept in the page cache while measuring.
 set -euo pipefail
@@ -12,14 +14,22 @@ root=$(realpath "$(dirname "$0")/..")
 build=$root/build/release
 video=
 smoke=
+other=
 if [[ ${1:-} == --smoke && $# -le 2 ]]; then
   smoke=1
   build=$(realpath "${2:-$build}")
-elif [[ $# -le 1 ]]; then
-  video=${1:+$(realpath "$1")}
+  other=$build/lumaprobe
 else
-  echo 'usage: scripts/bench.sh [FILE]' >&2
-  exit 2
+  if [[ ${1:-} == --against && $# -ge 2 ]]; then
+    other=$(realpath "$2")/lumaprobe
+    [[ -x $other ]] || { echo "bench.sh: there is no lumaprobe in $2" >&2; exit 2; }
+    shift 2
+  fi
+  if [[ $# -gt 1 || ${1:-} == -* ]]; then
+    echo 'usage: scripts/bench.sh [--against BUILD] [FILE]' >&2
+    exit 2
+  fi
+  video=${1:+$(realpath "$1")}
 fi
 
 if [[ $smoke ]]; then
@@ -90,6 +100,19 @@ wholeRow() {
   }' <<< "$measured $whole"
 }
 
+# Both builds in turn, so that a machine whose speed varies is fair to both: medians of this one's cost
+# divided by the other's, run by run.
+pairedLine() {
+  local pairs=$((3 * runs)) i
+  for ((i = 0; i < pairs; ++i)); do
+    echo "$(measure 1 "$lumaprobe" "${clip[@]}" "$all") $(measure 1 "$other" "${clip[@]}" "$all")"
+  done > pairs.txt
+  local median="$(((pairs + 1) / 2))p"
+  printf '\nIn %d runs of each build in turn, this one took %.2f of the time and %.2f of the processor time of the other.\n' \
+    "$pairs" "$(awk '{ print $1 / $5 }' pairs.txt | sort -g | sed -n "$median")" \
+    "$(awk '{ print $2 / $6 }' pairs.txt | sort -g | sed -n "$median")"
+}
+
 # $1: what is measured, $2: mask of the indicators, $3: FFmpeg filter.
 peerRow() {
   local own peer
@@ -158,11 +181,15 @@ EOT
   wholeRow 'lumaprobe, none: reading and printing' "$runs" "$lumaprobe" "${clip[@]}" 0
   [[ ! -x $portable ]] ||
     wholeRow 'lumaprobe built without AVX2, all fifteen' "$runs" "$portable" "${clip[@]}" "$all"
+  [[ -z $other ]] || wholeRow 'lumaprobe of the other build, all fifteen' "$runs" "$other" "${clip[@]}" "$all"
   wholeRow '`dd`, reading alone' "$runs" dd if=clip.yuv of=/dev/null bs="$(frameBytes "$width" "$height")" \
     status=none
   if has ffmpeg; then
     wholeRow 'FFmpeg without filter' 1 "${ffmpeg[@]}" "${void[@]}"
     wholeRow "FFmpeg, \`$chain\`" 1 "${ffmpeg[@]}" -vf "$chain" "${void[@]}"
+  fi
+  [[ -z $other ]] || pairedLine
+  if has ffmpeg; then
     cat << EOT
 
 One at a time, same clip:

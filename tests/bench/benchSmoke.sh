@@ -20,6 +20,8 @@ expect_rows() {
 }
 expect_rows 'lumaprobe, all fifteen \|' 2
 expect_rows 'lumaprobe, none' 2
+expect_rows 'lumaprobe of the other build, all fifteen' 1
+grep -qE '^In 3 runs .* [0-9]+\.[0-9]+ of the time and [0-9]+\.[0-9]+ of the processor time' "$work/table.md"
 expect_rows '`dd`' 1
 expect_rows '(256 x 256|352 x 288) \|' 2
 expect_rows '(10|50|200) \|' 3
