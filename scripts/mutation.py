@@ -225,7 +225,7 @@ class Tree:
         return self.tree / "build" / preset
 
     def machineCode(self):
-        objects = sorted((self.build("release") / "CMakeFiles").glob("*/src/*/*.o"))
+        objects = sorted((self.build("release") / "CMakeFiles").glob("*/src/**/*.o"))
         return {path: path.read_bytes() for path in objects}
 
     def make(self, targets, preset="release"):

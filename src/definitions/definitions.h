@@ -1,4 +1,8 @@
-// Image records and the whole-image operations that the indicators are made of.
+// Image records and whole-image operations: first those that the program runs on, then, from "plain
+// forms" on, those kept beside them. The indicators are defined by the plain forms, and were once
+// made of them; now each works on the bytes of the frame itself (src/indicators). The plain forms
+// are part of the tests' composed indicators, and nothing that is shipped calls them: making them
+// faster makes no frame faster. Their sources are in plain/.
 //
 // An image is one channel of w x h samples, row-major and without padding: sample (x, y) is
 // data[y * w + x]. A record is a plain value: copying it shares the samples. Whoever called an
@@ -39,7 +43,9 @@ struct ImageDouble {
 // Edge of the coding block grid, in samples: the grid of blockiness, exposure, blackout and noise.
 inline constexpr int32_t BLOCKSIZE = 8;
 
-// ---- images: constructors, destructors, conversions, comparison, dumps -------------------------
+// ---- what the program runs on -------------------------------------------------------------------
+
+// -- images: constructors, destructors
 
 // make* wraps samples that the caller keeps; alloc* leaves the samples undefined; calloc* clears
 // them. The allocator's answer is not tested: when memory is exhausted `data` is null.
@@ -58,6 +64,33 @@ ImageDouble allocImageDouble(uint64_t w, uint64_t h);
 ImageDouble callocImageDouble(uint64_t w, uint64_t h);
 void freeImageDouble(ImageDouble* image);
 
+// -- blocks: totals and deviations, one element per block
+
+// Adds each block's sample total onto `dest`, one element per block, in 32 bits.
+//
+// src      at least dest->w * blockW columns and dest->h * blockH rows, of which no more is read
+// dest     zero-filled by the caller; left alone when it, or a block, is empty
+void blockSums(const Image* src, Image32* dest, uint64_t blockW, uint64_t blockH);
+
+// Adds each block's total and total of squares onto `sums` and `squareSums` (both 32-bit,
+// zero-filled by the caller) and writes its sample standard deviation (divisor N - 1) to `stdDevs`.
+// `sums` gives the grid; the other two have its size.
+//
+// The square of a block's total is a 32-bit product too: for 16 x 16 blocks of mean above 181 it
+// wraps and the deviation becomes large. Blur's values for bright blocks rest on it.
+void calculateStdDevs(const Image* src, Image32* sums, Image32* squareSums, ImageDouble* stdDevs,
+                      uint64_t blockW, uint64_t blockH);
+
+// -- sums: of all samples
+
+// Total (32-bit) and total of squares of the first w * h samples, w * h being a signed 32-bit
+// product; both are 0 when that is not positive. The sum wraps beyond 8,421,504 samples of 255.
+void sumAndSquareSum(const Image* image, int32_t* sum, int64_t* squareSum);
+
+// ---- plain forms --------------------------------------------------------------------------------
+
+// -- images: comparison, conversions, dumps
+
 // 1 when both have the same width, height and samples, else 0.
 int areEqual(const Image* a, const Image* b);
 
@@ -71,7 +104,7 @@ void convI32toU8(const Image32* src, Image* dest);
 void printRange(const Image* image, int32_t x0, int32_t x1, int32_t y0, int32_t y1);
 void printRange32(const Image32* image, int32_t x0, int32_t x1, int32_t y0, int32_t y1);
 
-// ---- sums: totals, block totals, integral images ------------------------------------------------
+// -- sums: totals, integral images and the block totals that they give
 
 // Total of all samples; the 8-bit form is a 32-bit sum.
 int64_t sumPixels32(const Image32* image);
@@ -82,16 +115,6 @@ uint32_t sumH(const uint8_t* data, uint32_t a, uint32_t b);
 
 // 32-bit total of w x h bytes, column by column; 0 when a side is below 1.
 uint32_t sumV(const uint8_t* data, int32_t w, int32_t h);
-
-// Adds each block's sample total onto `dest`, one element per block, in 32 bits.
-//
-// src      at least dest->w * blockW columns and dest->h * blockH rows; what lies beyond is not
-// read. dest     zero-filled by the caller; left alone when it, or a block, is empty.
-void blockSums(const Image* src, Image32* dest, uint64_t blockW, uint64_t blockH);
-
-// Total (32-bit) and total of squares of the first w * h samples, w * h being a signed 32-bit
-// product; both are 0 when that is not positive. The sum wraps beyond 8,421,504 samples of 255.
-void sumAndSquareSum(const Image* image, int32_t* sum, int64_t* squareSum);
 
 // 32-bit integral image whose first row is the plain source row: below it, element (x, y) is the
 // total of columns 0..x over rows 1..y, plus sample (x, 0). `dest` has the size of `src`.
@@ -106,24 +129,16 @@ void onlyCopy(const Image* src, Image* dest);
 void blockSumsInteg(const Image32* integral, Image32* dest, uint64_t blockW, uint64_t blockH);
 void blockSumsInteg2(const Image* integral, Image32* dest, uint64_t blockW, uint64_t blockH);
 
-// ---- deviations: sample standard deviation of every block ---------------------------------------
+// -- deviations: sample standard deviation of every block of doubles
 
-// Adds each block's total and total of squares onto `sums` and `squareSums` (both 32-bit,
-// zero-filled by the caller) and writes its sample standard deviation (divisor N - 1) to `stdDevs`.
-// `sums` gives the grid; the other two have its size.
-//
-// The square of a block's total is a 32-bit product too: for 16 x 16 blocks of mean above 181 it
-// wraps and the deviation becomes large. Blur's values for bright blocks rest on it.
-void calculateStdDevs(const Image* src, Image32* sums, Image32* squareSums, ImageDouble* stdDevs,
-                      uint64_t blockW, uint64_t blockH);
-
-// The same in double, leaving out of every block a margin of half the kernel's width on each side.
-// Only the kernel's sides are read. For a kernel that is not square it prints a line and returns.
+// calculateStdDevs in double, leaving out of every block a margin of half the kernel's width on
+// each side. Only the kernel's sides are read. For a kernel that is not square it prints a line and
+// returns.
 void calculateStdDevsDouble_ommitZeros(const ImageDouble* src, ImageDouble* sums,
                                        ImageDouble* squareSums, ImageDouble* stdDevs,
                                        const ImageDouble* kernel, uint64_t blockW, uint64_t blockH);
 
-// ---- gradients: finite differences, one output per direction ------------------------------------
+// -- gradients: finite differences, one output per direction
 
 // Row 0 and column 0 of both outputs are 0. The outputs have the size of `src` (asserted) unless
 // stated otherwise, and need not be cleared before.
@@ -149,7 +164,7 @@ double sobel(const Image* src, Image32* destX, Image32* destY);
 // The same, keeping the low byte of each result; the last row and column are left as they were.
 void sobel2(const Image* src, Image* destX, Image* destY);
 
-// ---- arithmetic: sample by sample ---------------------------------------------------------------
+// -- arithmetic: sample by sample
 
 // The first image gives the number of samples, cut to a signed 32-bit number; nothing is done when
 // that is not positive. The others hold at least as many. The output may be one of the inputs.
@@ -165,7 +180,7 @@ void addSquares(const Image* a, const Image* b, Image32* out);
 // Square root of each sample; the sample counts must agree (asserted).
 void imageSqrt(const ImageDouble* src, ImageDouble* dest);
 
-// ---- runs: stretches of strong samples, counted per block ---------------------------------------
+// -- runs: stretches of strong samples, counted per block
 
 // A sample is strong when it is greater than `threshold`. A run is a stretch of consecutive strong
 // samples inside one block; it is counted once, when it reaches `minLen`. Each count adds 1 to the
@@ -185,7 +200,7 @@ int countSeqsV(const Image32* src, Image32* dest, Image32* counters, uint64_t bl
 int32_t tempCountSeqsH(const Image32* src, int32_t, int32_t threshold, int32_t, int32_t,
                        int32_t minLen);
 
-// ---- filter: correlation of regions with a small kernel -----------------------------------------
+// -- filter: correlation of regions with a small kernel
 
 // Filters nRegions regions of regionW x regionH samples that stand side by side, each by itself.
 // Only samples at least half a kernel width from all edges of their region are written. Products

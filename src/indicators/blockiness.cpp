@@ -135,7 +135,3 @@ void* blockiness(void* luma) {
   Results.blockiness = std::isnan(ratio) ? 1.0 : ratio;
   return nullptr;
 }
-
-double blockToMOS(double blockiness) {
-  return std::max(0.0, (blockiness * 17.86 + -10.38) * 0.5);  // 0 of NaN, too
-}

@@ -14,7 +14,6 @@
 #include "indicators/blur.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 
 #include "definitions/definitions.h"
@@ -236,9 +235,4 @@ void* blur(void* luma) {
                                   : static_cast<double>(static_cast<int32_t>(edges.width)) /
                                         static_cast<double>(static_cast<int32_t>(edges.count));
   return nullptr;
-}
-
-double blurToMOS(double blur) {
-  const double e = std::exp(-1.5 * blur + 2.87);
-  return std::max(0.0, 5.0 * std::pow(e / (1.0 + e), 0.14));  // 0 of NaN, too
 }

@@ -15,9 +15,9 @@
 // One call per frame, in order, from one thread: the place in the period is kept between calls.
 double flickering(const Image* current, const Image* previous, Image* switches, Image* states);
 
-// One pair of frames, with its parameters open: a block of size x size samples whose mean absolute
-// difference reaches `threshold` goes on, one that stands perfectly still goes off, and each change
-// is counted.
+// Plain form of one pair of frames, with its parameters open: a block of size x size samples whose
+// mean absolute difference reaches `threshold` goes on, one that stands perfectly still goes off,
+// and each change is counted.
 //
 // differences   the size of `switches`, zero-filled; receives the mean differences.
 // Returns the number of blocks.

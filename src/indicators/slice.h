@@ -16,8 +16,9 @@
 // Returns  null, or gaveUp() for a frame that is too small.
 void* slice(void* luma);
 
-// 1 where a sample equals the one `shift` positions further in the sequence of `src`, else 0, for
-// all dest->w x dest->h samples of `dest`, which the caller keeps so small that both lie inside.
+// Plain form: 1 where a sample equals the one `shift` positions further in the sequence of `src`,
+// else 0, for all dest->w x dest->h samples of `dest`, which the caller keeps so small that both
+// lie inside.
 void compareShifted(const Image* src, Image* dest, int32_t shift);
 
 // qsort comparators of doubles, ascending; NaN counts as equal to everything. Two names, one order.
