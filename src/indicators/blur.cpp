@@ -31,8 +31,8 @@ constexpr int64_t SQUARES_CHUNK = 65536;
 constexpr int64_t STRIP = 16;
 
 int32_t squaredGradient(const uint8_t* p) {
-  const int32_t gradient = p[0] - p[-1];
-  return gradient * gradient;
+  const int32_t difference = p[0] - p[-1];
+  return difference * difference;
 }
 
 // Sum of the squared differences of n samples, from `first` on, from the ones before them, whatever
