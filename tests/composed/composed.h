@@ -28,6 +28,9 @@ void* slice(void* luma);
 double temporalActivity(const Image* current, const Image* previous);
 double flickering(const Image* current, const Image* previous, Image* switches, Image* states);
 
+// Absolute difference of every sample to its left neighbour, 0 in column 0. The caller frees it.
+Image32 leftDifferences(const Image* image);
+
 }  // namespace composed
 
 #endif

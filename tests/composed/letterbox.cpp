@@ -1,29 +1,26 @@
-// Goes inwards from the top and bottom rows at once while both are each of one value.
-#include "composed/composed.h"
+// How far the detail that is nearest to the top or bottom edge lies from it, in half heights.
+#include <algorithm>
+#include <initializer_list>
 
+#include "composed/composed.h"
 #include "definitions/definitions.h"
 #include "indicators/runTimeQuotient.h"
 
 namespace composed {
 
-bool checkLetterBar(const uint8_t* data, uint32_t w, uint32_t h, int32_t i) {
-  const uint32_t row = static_cast<uint32_t>(i);
-  const uint8_t* top = data + row * w;
-  const uint8_t* bottom = data + (h - 1 - row) * w;
-  for (uint32_t x = 1; x < w; ++x) {
-    if (top[x - 1] != top[x] || bottom[x - 1] != bottom[x]) return false;
-  }
-  return true;
-}
-
 void* letterbox(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  const uint32_t w = static_cast<uint32_t>(frame->w);
-  const uint32_t h = static_cast<uint32_t>(frame->h);
-  const int32_t halfH = static_cast<int32_t>(h / 2);
-  int32_t bars = 0;
-  while (bars < halfH && checkLetterBar(frame->data, w, h, bars)) ++bars;
-  Results.letterbox = runTimeQuotient(bars, halfH);
+  Image32 differences = leftDifferences(frame);
+  Image32 runs = callocImage32(1, frame->h);
+  countSeqsH(&differences, &runs, frame->w, 1, 1, 0.0);  // no run: a row of one value
+  const uint64_t halfH = frame->h / 2;
+  uint64_t depth = halfH;
+  for (uint64_t y = 0; y < frame->h; ++y) {
+    if (runs.data[y] != 0) depth = std::min({depth, y, frame->h - 1 - y});
+  }
+  freeImage32(&differences);
+  freeImage32(&runs);
+  Results.letterbox = runTimeQuotient(static_cast<double>(depth), static_cast<double>(halfH));
   return nullptr;
 }
 

@@ -4,10 +4,11 @@
 // the noise.
 #include "composed/composed.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <initializer_list>
+#include <map>
 
 #include "definitions/definitions.h"
 #include "indicators/runTimeQuotient.h"
@@ -17,69 +18,89 @@ namespace composed {
 
 namespace {
 
-constexpr int32_t HISTOGRAM_ENTRIES = 128;          // levels of detail, one luma level each
-constexpr uint64_t MAX_CONTAINER_WIDTH = 1000;      // blocks
-constexpr uint64_t GAUSSIAN_MASK_SIZE = 3;          // samples
-constexpr double TWO_PI = 6.28;                     // as short as this: the results rest on it
-constexpr double BELOW_HALF = 0.49999999999999994;  // largest double below 0.5
+constexpr int32_t HISTOGRAM_ENTRIES = 128;      // levels of detail, one luma level each
+constexpr uint64_t MAX_CONTAINER_WIDTH = 1000;  // blocks
+constexpr uint64_t GAUSSIAN_MASK_SIZE = 3;      // samples
+constexpr double TWO_PI = 6.28;                 // as short as this: the results rest on it
 
-int32_t roundHalfAway(double x) {
-  return truncateToInt32(x + std::copysign(BELOW_HALF, x));
+int32_t rounded(double value) {
+  return truncateToInt32(std::round(value));
 }
 
-int32_t floorToInt(double x) {
-  return truncateToInt32(std::floor(x));
+// Rounded deviations of all blocks, as places in the histogram.
+Image32 levelsOf(const ImageDouble& stdDevs) {
+  Image32 levels = callocImage32(stdDevs.w, stdDevs.h);
+  std::transform(stdDevs.data, stdDevs.data + stdDevs.w * stdDevs.h, levels.data,
+                 [](double stdDev) { return std::min(rounded(stdDev), HISTOGRAM_ENTRIES - 1); });
+  return levels;
 }
 
-// The mean level of the histogram's mode and its two neighbours, weighted with their counts. NaN
-// when all three are empty. Counts are 16-bit and wrap.
-double typicalLevel(const ImageDouble& stdDevs) {
-  uint16_t count[HISTOGRAM_ENTRIES + 1] = {};  // the last stays 0: above the highest level is none
-  int32_t mode = 0;
-  for (uint64_t i = 0; i < stdDevs.w * stdDevs.h; ++i) {
-    int32_t level = roundHalfAway(stdDevs.data[i]);
-    if (level < 1) level = 0;
-    if (level > HISTOGRAM_ENTRIES - 1) level = HISTOGRAM_ENTRIES - 1;
-    ++count[level];
-    if (count[level] > count[mode]) mode = level;
+// A number of blocks is kept in 16 bits and wraps.
+uint16_t blocksOfLevel(const Image32& levels, int32_t level) {
+  return static_cast<uint16_t>(std::count(levels.data, levels.data + levels.w * levels.h, level));
+}
+
+// The level that leads when all blocks have been counted. The lead goes to another level when that
+// has more blocks so far than the leader; levels of as many leave it where it is.
+int32_t leadingLevel(const Image32& levels) {
+  std::map<int32_t, uint16_t> blocks;
+  int32_t leader = 0;
+  uint16_t most = 0;
+  for (uint64_t i = 0; i < levels.w * levels.h; ++i) {
+    const int32_t level = levels.data[i];
+    const uint16_t count = ++blocks[level];
+    if (level == leader || count > most) {
+      leader = level;
+      most = count;
+    }
   }
-  const int32_t low = mode >= 1 ? mode - 1 : 0;
-  const int32_t mid = low + 1;
-  const int32_t high = low + 2;
-  const int32_t weighted = high * count[high] + mid * count[mid] + low * count[low];
-  return runTimeQuotient(weighted, count[mid] + count[high] + count[low]);
+  return leader;
+}
+
+// The mean level of the blocks whose level is one of three: the leading one and its neighbours, or
+// 0 to 2. NaN when there are none.
+double typicalLevel(const Image32& levels) {
+  const int32_t middle = std::max(leadingLevel(levels), 1);
+  int32_t total = 0;
+  int32_t count = 0;
+  for (const int32_t level : {middle - 1, middle, middle + 1}) {
+    total += level * blocksOfLevel(levels, level);
+    count += blocksOfLevel(levels, level);
+  }
+  return runTimeQuotient(total, count);
 }
 
 // 3 x 3 Gaussian of the given sigma. Its coefficients do not add up to 1, and are not meant to.
 void fillGaussian(ImageDouble* kernel, double sigma) {
   const double s = 2.0 * (sigma * sigma);
   const double norm = 1.0 / (sigma * sigma * TWO_PI);
-  const double corner = norm * std::exp(-2.0 / s);
-  const double edge = norm * std::exp(-1.0 / s);
-  const double coefficients[] = {corner, edge, corner, edge, norm, edge, corner, edge, corner};
-  std::memcpy(kernel->data, coefficients, sizeof coefficients);
+  for (int y = -1; y <= 1; ++y) {
+    for (int x = -1; x <= 1; ++x) {
+      const double squaredDistance = x * x + y * y;
+      kernel->data[3 * (y + 1) + x + 1] = norm * std::exp(-squaredDistance / s);
+    }
+  }
 }
 
 // Copies the frame's blocks of the typical level side by side into `container`, as many as it
-// holds, and returns how many there are. A level in the upper half of its integer is matched by
-// rounding, one in the lower half by truncation.
+// holds, and returns how many there are. They are those whose deviation rounds to the same as a
+// typical level in the upper half of its integer, and those with the same integer part as one in
+// the lower half: in both cases a stretch of length 1.
 uint16_t collectBlocks(const Image* frame, const ImageDouble& stdDevs, double typical,
                        Image* container) {
-  const int32_t rounded = roundHalfAway(typical);
-  const int32_t floored = floorToInt(typical);
+  const double lower = std::floor(typical);
+  const double least = std::round(typical) > lower ? lower + 0.5 : lower;
   uint16_t taken = 0;
-  for (uint64_t i = 0; i < stdDevs.w * stdDevs.h && taken < MAX_CONTAINER_WIDTH; ++i) {
-    const double stdDev = stdDevs.data[i];
-    const bool matches =
-        floored != rounded ? roundHalfAway(stdDev) == rounded : floorToInt(stdDev) == floored;
-    if (!matches) continue;
-    const uint8_t* block =
-        frame->data + i / stdDevs.w * BLOCKSIZE * frame->w + i % stdDevs.w * BLOCKSIZE;
-    uint8_t* place = container->data + taken * BLOCKSIZE;
-    for (uint64_t y = 0; y < BLOCKSIZE; ++y) {
-      std::memcpy(place + y * container->w, block + y * frame->w, BLOCKSIZE);
+  for (uint64_t y = 0; y < stdDevs.h; ++y) {
+    for (uint64_t x = 0; x < stdDevs.w; ++x) {
+      const double stdDev = stdDevs.data[y * stdDevs.w + x];
+      if (taken == MAX_CONTAINER_WIDTH || !(least <= stdDev && stdDev < least + 1.0)) continue;
+      for (uint64_t line = 0; line < BLOCKSIZE; ++line) {
+        std::copy_n(frame->data + (y * BLOCKSIZE + line) * frame->w + x * BLOCKSIZE, BLOCKSIZE,
+                    container->data + line * container->w + taken * BLOCKSIZE);
+      }
+      ++taken;
     }
-    ++taken;
   }
   return taken;
 }
@@ -120,8 +141,9 @@ void* noise(void* luma) {
   ImageDouble kernel = callocImageDouble(GAUSSIAN_MASK_SIZE, GAUSSIAN_MASK_SIZE);
 
   calculateStdDevs(frame, &sums, &squareSums, &stdDevs, BLOCKSIZE, BLOCKSIZE);
-  const double typical = typicalLevel(stdDevs);
-  const int32_t sigma = roundHalfAway(typical);
+  Image32 levels = levelsOf(stdDevs);
+  const double typical = typicalLevel(levels);
+  const int32_t sigma = rounded(typical);
   double result = 0.0;
   bool measured = false;
   if (sigma != 0) {
@@ -136,8 +158,7 @@ void* noise(void* luma) {
     }
   }
 
-  freeImage32(&sums);
-  freeImage32(&squareSums);
+  for (Image32* scratch : {&sums, &squareSums, &levels}) freeImage32(scratch);
   freeImage(&container);
   for (ImageDouble* scratch : {&stdDevs, &filtered, &kernel}) freeImageDouble(scratch);
   Results.noise = result;

@@ -1,32 +1,35 @@
-// Goes from the left edge to the right while columns equal their right neighbour.
-//
-// This is not letterbox turned by 90 degrees, and is not meant to be: a column need not be of one
-// value, and the right edge is not looked at.
-#include "composed/composed.h"
+// How many columns lie left of the first one that differs from its left neighbour, in half widths.
+// Columns are compared over the upper and the lower half of the rows: the middle row of an odd
+// height has no say.
+#include <algorithm>
 
+#include "composed/composed.h"
 #include "definitions/definitions.h"
 #include "indicators/runTimeQuotient.h"
 
 namespace composed {
 
-int checkPillarBar(const uint8_t* data, int32_t w, uint32_t h, uint32_t c) {
-  const uint32_t width = static_cast<uint32_t>(w);
-  for (uint32_t row = 0; row < h / 2; ++row) {
-    const uint8_t* top = data + (row * width + c);
-    const uint8_t* bottom = data + ((h - 1 - row) * width + c);
-    if (top[0] != top[1] || bottom[0] != bottom[1]) return 0;
-  }
-  return 1;
-}
-
 void* pillarbox(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
-  const uint32_t w = static_cast<uint32_t>(frame->w);
-  const uint32_t h = static_cast<uint32_t>(frame->h);
-  const uint32_t halfW = w / 2;
-  uint32_t bars = 0;
-  while (bars < halfW && checkPillarBar(frame->data, static_cast<int32_t>(w), h, bars)) ++bars;
-  Results.pillarbox = runTimeQuotient(bars, halfW);
+  const uint64_t w = frame->w;
+  const uint64_t halfW = w / 2;
+  const uint64_t halfH = frame->h / 2;
+  Image32 differences = leftDifferences(frame);
+  const Image32 upper = makeImage32(w, halfH, differences.data);
+  const Image32 lower = makeImage32(w, halfH, differences.data + (frame->h - halfH) * w);
+  Image32 runs = callocImage32(w, 1);  // of both halves; none: the column equals its left neighbour
+  Image32 counters = callocImage32(w, 1);
+  countSeqsV(&upper, &runs, &counters, 1, halfH, 1, 0.0);
+  countSeqsV(&lower, &runs, &counters, 1, halfH, 1, 0.0);
+  int32_t* const end = runs.data + w;
+  int32_t* const first = std::find_if(runs.data, end, [](int32_t count) { return count != 0; });
+  // The column before the first different one is the last of the bar, and has no equal neighbour.
+  const uint64_t columns =
+      first == end ? halfW : std::min(halfW, static_cast<uint64_t>(first - runs.data) - 1);
+  freeImage32(&differences);
+  freeImage32(&runs);
+  freeImage32(&counters);
+  Results.pillarbox = runTimeQuotient(static_cast<double>(columns), static_cast<double>(halfW));
   return nullptr;
 }
 
