@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "../support/sanitizers.h"
 #include "faultyRun.h"
 
 namespace {
@@ -73,9 +74,9 @@ TEST(ClosedStreams, loseTheirOwnTextAlone_whenAnAssertionFails) {
 }
 
 TEST(BrokenPipes, killTheRunWithAWholeReport_whenAllRowsFitTheOutputBuffer) {
-#ifdef __SANITIZE_THREAD__
-  GTEST_SKIP() << "the sanitizer writes standard output out before the C library does so";
-#endif
+  if (isThreadSanitized) {
+    GTEST_SKIP() << "the sanitizer writes standard output out before the C library does so";
+  }
   // Standard output is written only at the end, and the report just before it.
   const TemporaryDirectory directory;
   expectRun(analyseIntoBrokenPipe(directory, 3, SIG_DFL), 128 + SIGPIPE, "", "");

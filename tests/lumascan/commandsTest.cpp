@@ -74,11 +74,9 @@ TEST(Commands, printNothing_whenQuiet) {
 }
 
 // Takes more than a second, after which progress is told.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr char LONG_CLIP[] = "testsrc=size=1280x720:rate=25:duration=3";
-#else
-constexpr char LONG_CLIP[] = "testsrc=size=1280x720:rate=25:duration=16";
-#endif
+constexpr const char* LONG_CLIP = isAddressSanitized || isThreadSanitized
+                                      ? "testsrc=size=1280x720:rate=25:duration=3"
+                                      : "testsrc=size=1280x720:rate=25:duration=16";
 
 TEST(Commands, tellProgressAsJson) {
   const TemporaryDirectory directory;

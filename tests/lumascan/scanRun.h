@@ -9,6 +9,7 @@
 
 #include "scan/clips.h"
 #include "scan/files/json.h"
+#include "support/sanitizers.h"
 
 // Runs it to its end. Standard input is a file in the folder.
 ProgramRun lumascan(

@@ -10,6 +10,7 @@
 
 #include "indicators/results.h"
 #include "support/frames.h"
+#include "support/sanitizers.h"
 #include "support/startAnew.h"
 
 // The linker sends the program's calls of pthread_create here.
@@ -154,14 +155,14 @@ TEST(FrameAnalysis, valuesAreTheSameAndAllThreadsMade_onSmallStacks) {
   EXPECT_EQ(failures, 0);
 }
 
-TEST(FrameAnalysis, smallStacksAreSmall) {
+TEST(FrameAnalysis, smallStacksAreOf256KiB_orOf2MiBUnderTheThreadSanitizer) {
   useSmallStacks();
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_getattr_default_np(&attributes), 0);
   size_t size = 0;
   ASSERT_EQ(pthread_attr_getstacksize(&attributes, &size), 0);
   pthread_attr_destroy(&attributes);
-  EXPECT_LE(size, 2u << 20);  // of the 8 MiB that are usual
+  EXPECT_EQ(size, isThreadSanitized ? 2048u * 1024 : 256u * 1024);
 }
 
 TEST(FrameAnalysis, freezingSeesThePreviousFramesBlackoutFlag) {
