@@ -46,8 +46,9 @@ struct Video {
   std::vector<Luma> frames;  // at least one
 };
 
-// Bounds that keep one input within milliseconds. The samples are those of one frame with a whole
-// region of block loss, or of a period of flickering on frames of 1040 x 8.
+// Bounds that keep one input within milliseconds. A single frame may have two by two whole regions
+// of block loss; several frames together have the samples of a period of flickering on 1040 x 8.
+constexpr uint32_t MAX_FRAME_SAMPLES = 512 * 512;
 constexpr uint32_t MAX_SAMPLES = 75000;
 constexpr uint32_t MAX_FRAMES = 18;  // two periods of flickering, and one frame more
 
@@ -85,7 +86,7 @@ Video chooseVideo(InputBytes bytes) {
   constexpr double RATES[] = {25.0, 10.0, 30.0, 29.97, 50.0, 0.0, -5.0, 60.0};
   Video video;
   const uint32_t w = chooseSide(bytes.word());
-  const uint32_t h = std::min(chooseSide(bytes.word()), MAX_SAMPLES / w);
+  const uint32_t h = std::min(chooseSide(bytes.word()), MAX_FRAME_SAMPLES / w);
   video.mask = bytes.word();
   // Blackout ends the process when there is no whole block to look at.
   if (w < 8 || h < 8) video.mask &= ~IndicatorMask{BLACKOUT};

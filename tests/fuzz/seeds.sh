@@ -69,7 +69,8 @@ for name in flat noise scene blackAndWhite tiles narrowNoise slope brightNoise c
 done
 video region 256 256 $all 5 1 0 1
 video regionOfStrokes 256 260 $all 15 1 0 2
-video twoRegionsBroad 520 130 $all 3 1 128 3
+video twoRegionsBroad 520 260 $all 3 1 128 3
+video twoByTwoRegions 512 512 $all 15 1 128 4
 video pastAThousand 1040 18 $all 9 2 0 4
 video wideStrip 1099 48 $all 12 1 0 5
 video onePixel 1 1 $all 0 3 0 0 '\5\11\5'

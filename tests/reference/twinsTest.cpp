@@ -8,6 +8,7 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "composed/composed.h"
 #include "contents.h"
@@ -185,6 +186,18 @@ TEST(Twins, blockLoss) {
 
 TEST(Twins, blockLoss_onFramesOfWholeRegions) {
   expectTwins(blockLoss, composed::blockLoss, &FrameResults::blockLoss, reference::blockLoss, 256);
+}
+
+TEST(Twins, blockLoss_onFramesOfTwoByTwoRegions) {
+  uint64_t random = seedRandom(44);
+  for (const auto& [w, h] : {std::pair{512u, 512u}, std::pair{521u, 767u}}) {
+    for (int content = 0; content < contentCount(); ++content) {
+      const Luma frame = makeContent(content, w, h, &random);
+      SCOPED_TRACE(describe(frame, content, 0));
+      ASSERT_NO_FATAL_FAILURE(expectSame(frame, blockLoss, composed::blockLoss,
+                                         &FrameResults::blockLoss, reference::blockLoss));
+    }
+  }
 }
 
 TEST(Twins, blur) {

@@ -131,6 +131,33 @@ TEST(BlockLoss, isMeanOverRegions) {
   EXPECT_EQ(blockLossOf(rectangle(512, 512, 320, 64, 64, 64)), 4.0 / 4.0);
 }
 
+TEST(BlockLoss, addsUpFourRegions_eachWithRunsOfItsOwn) {
+  // Squares of 2 * 2 runs in three regions, and in the lower right one a rectangle whose top and
+  // left sides, 1 * 1, begin at its very first row and column. 600 x 530 holds as many whole
+  // regions.
+  for (const auto& [w, h] : {std::pair{512, 512}, std::pair{600, 530}}) {
+    LumaFrame frame(w, h);
+    for (const auto& [x, y] : {std::pair{64, 64}, std::pair{320, 64}, std::pair{64, 320}}) {
+      fill(frame, x, y, 32, 32, 200);
+    }
+    EXPECT_EQ(blockLossOf(frame), (4.0 + 4.0 + 4.0) / 4.0) << w << "x" << h;
+    fill(frame, 256, 256, 40, 40, 200);
+    EXPECT_EQ(blockLossOf(frame), (4.0 + 4.0 + 4.0 + 1.0) / 4.0) << w << "x" << h;
+  }
+}
+
+TEST(BlockLoss, comparesTheFirstColumnOfARightRegionWithTheOneLeftOfIt) {
+  // The side along row 272 is strong in columns 256 to 267, a run of 12; the one along column 256
+  // is a run of 13.
+  LumaFrame frame(512, 512);
+  fill(frame, 256, 272, 11, 12, 200);
+  EXPECT_EQ(blockLossOf(frame), 1.0 / 4.0);
+  // Column 256 no longer differs from what lies left of it and above: 11 are left of row 272's run.
+  fill(frame, 255, 271, 1, 13, 200);
+  fill(frame, 256, 271, 1, 1, 200);
+  EXPECT_EQ(blockLossOf(frame), 0.0);
+}
+
 TEST(BlockLoss, doesNotMultiplyRunsOfDifferentRegions) {
   // Runs along rows in the left region, along columns in the right one.
   LumaFrame frame = rectangle(512, 256, 65, 64, 64, 64);
