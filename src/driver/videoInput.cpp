@@ -1,6 +1,10 @@
 #include "driver/videoInput.h"
 
+#include <sys/types.h>
+
 #include <limits>
+
+static_assert(sizeof(off_t) == 8, "files pass 2 GiB: compile with _FILE_OFFSET_BITS=64");
 
 bool isFrameSizeSupported(int32_t width, int32_t height) {
   constexpr int64_t LARGEST = std::numeric_limits<int32_t>::max();

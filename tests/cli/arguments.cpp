@@ -210,7 +210,7 @@ TEST(Arguments, cutTheMaskTo32Bits) {
 }
 
 TEST(Arguments, requestNothing_whenTheMaskIsNoNumber) {
-  for (const std::string mask : {"garbage", "", "0x", "09", "x41", "-", "-0"})
+  for (const std::string mask : {"garbage", "", "0x", "09", "x41", "-", "-0", "0b11", "-0B11"})
     expectMask(mask, zeroRows(0, 2));
 }
 

@@ -19,6 +19,7 @@ commandLine twoArguments lumaprobe a.yuv 352
 commandLine threeArguments lumaprobe a.yuv 352 288
 commandLine hexadecimalMask lumaprobe a.yuv 352 288 0x7fff
 commandLine octalMask lumaprobe a.yuv 352 288 0177 29.97
+commandLine binaryMask lumaprobe a.yuv 1 1 ' -0b11'
 commandLine decimalMask lumaprobe a.yuv 352 288 65 25 1
 commandLine allSeven lumaprobe a.yuv 352 288 0x3 30 100 5
 commandLine oneMore lumaprobe a.yuv 352 288 0x3 30 100 5 6

@@ -3,7 +3,54 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <iterator>
+
+// The linker sends the program's calls of strtoull here. When the base is to be found in the text,
+// this one reads 0b and binary digits, as C libraries do from the C standard of 2023 on.
+extern "C" {
+unsigned long long __real_strtoull(const char*, char**, int);
+unsigned long long __wrap_strtoull(const char* text, char** end, int base) {
+  const size_t blanks = std::strspn(text, " \t\n\v\f\r");
+  const bool hasSign = text[blanks] == '+' || text[blanks] == '-';
+  const char* const digits = text + blanks + (hasSign ? 1 : 0);
+  const bool isBinary = base == 0 && digits[0] == '0' && (digits[1] == 'b' || digits[1] == 'B') &&
+                        (digits[2] == '0' || digits[2] == '1');
+  if (!isBinary) return __real_strtoull(text, end, base);
+  const unsigned long long value = __real_strtoull(digits + 2, end, 2);
+  return text[blanks] == '-' ? 0 - value : value;
+}
+}
+
+namespace {
+
+IndicatorMask maskOf(const char* text) {
+  const char* const argv[] = {"lumaprobe", "clip.yuv", "64", "48", text};
+  RunOptions options;
+  EXPECT_TRUE(parseCommandLine(int{std::size(argv)}, argv, &options));
+  return options.mask;
+}
+
+}  // namespace
+
+TEST(ParseCommandLine, readsNoBinaryMasks_evenIfTheCLibraryDoes) {
+  // The stand-in does.
+  ASSERT_EQ(std::strtoull(" -0b11", nullptr, 0), 0 - 3ull);
+  for (const char* text : {"0b11", "0B1", "0b", "0b2", "+0B11", "  -0b1", "\t\n\v\f\r 0b1"}) {
+    EXPECT_EQ(maskOf(text), 0u) << text;
+  }
+}
+
+TEST(ParseCommandLine, findsTheBaseOfAMask_behindBlanksAndASign) {
+  for (const char* text : {"17", "+17", " 17", "021", " +021", "0x11", "0X11", "\t+0x11"}) {
+    EXPECT_EQ(maskOf(text), 17u) << text;
+  }
+  for (const char* text : {"-17", " -021", " -0x11"}) EXPECT_EQ(maskOf(text), 0u - 17) << text;
+  for (const char* text : {"", " ", "-", "0", "-0", "08", "09", "0x", "0xg", "- 17", "+-17"}) {
+    EXPECT_EQ(maskOf(text), 0u) << text;
+  }
+}
 
 TEST(ParseCommandLine, limitsNothing_withoutASixthArgument) {
   const char* const argv[] = {"lumaprobe", "clip.yuv", "64", "48", "0", "30", "9"};
