@@ -68,8 +68,8 @@ void freeImageDouble(ImageDouble* image);
 
 // Adds each block's sample total onto `dest`, one element per block, in 32 bits.
 //
-// src      at least dest->w * blockW columns and dest->h * blockH rows, of which no more is read
-// dest     zero-filled by the caller; left alone when it, or a block, is empty
+// src    at least dest->w * blockW columns and dest->h * blockH rows; the rest is not read.
+// dest   zero-filled by the caller; left alone when it, or a block, is empty.
 void blockSums(const Image* src, Image32* dest, uint64_t blockW, uint64_t blockH);
 
 // Adds each block's total and total of squares onto `sums` and `squareSums` (both 32-bit,
