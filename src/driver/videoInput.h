@@ -21,7 +21,8 @@ bool isFrameSizeSupported(int32_t width, int32_t height);
 // Input of frames of a supported size. Takes the open stream over.
 VideoInput makeVideoInput(FILE* stream, int32_t width, int32_t height);
 
-// Number of whole frames in the file, cut to 32 bits; 0 for a stream that has no size, as a pipe.
+// Number of whole frames in the file, cut to 32 bits. For a stream that has no size, such as a
+// pipe, -1 when a frame is one byte (1 x 1 samples), else 0: either way no frame is analysed.
 int32_t countFrames(const VideoInput* input);
 
 // Reads the luma plane of frame k (from 0) into `luma`; returns the number of bytes read. At the

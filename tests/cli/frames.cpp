@@ -201,6 +201,16 @@ TEST(Frames, keepTheSamplesOfTwoFramesEarlier_whenAPipeEnds) {
                   lowLevelRow(2, 10, "10.00000"), lowLevelRow(3, 20, "10.00000")});
 }
 
+TEST(Frames, areNone_whenTheInputIsAPipeAndTheCountIsNotGiven) {
+  // A pipe's end is at position -1: no frame of three bytes, and minus one of a single byte.
+  const TemporaryDirectory directory;
+  for (const int width : {2, 1}) {
+    const Pipe input("luma");
+    expectAnalysis(directory, {input.path(), std::to_string(width), "1"},
+                   startMessages(input.path(), width, 1, "25.00", width == 1 ? -1 : 0, 0), {});
+  }
+}
+
 TEST(Frames, areReadFromStandardInput_whenItIsAPipe) {
   const TemporaryDirectory directory;
   const Pipe input(lumaOnly({10, 20}));
