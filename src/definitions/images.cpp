@@ -1,18 +1,25 @@
 // Constructors and destructors of the image records.
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "definitions/definitions.h"
 
 namespace {
 
+// A size as the C library takes it: more than all memory where its integers are too narrow.
+size_t asSize(uint64_t n) {
+  return static_cast<size_t>(std::min<uint64_t>(n, SIZE_MAX));
+}
+
 template <typename T>
 T* allocate(uint64_t w, uint64_t h) {
-  return static_cast<T*>(std::malloc(w * h * sizeof(T)));
+  return static_cast<T*>(std::malloc(asSize(w * h * sizeof(T))));
 }
 
 template <typename T>
 T* allocateCleared(uint64_t w, uint64_t h) {
-  return static_cast<T*>(std::calloc(w * h, sizeof(T)));
+  return static_cast<T*>(std::calloc(asSize(w * h), sizeof(T)));
 }
 
 }  // namespace

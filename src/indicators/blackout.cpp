@@ -3,7 +3,6 @@
 #include "indicators/blackout.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "definitions/assertion.h"
 #include "definitions/definitions.h"
@@ -43,7 +42,7 @@ void* blackout(void* luma) {
   uint64_t y = 0;
   do {
     const Image rows = makeImage(w, BLOCKSIZE, frame->data + y * BLOCKSIZE * w);
-    std::memset(totals.data, 0, totals.w * totals.h * sizeof *totals.data);
+    std::fill_n(totals.data, totals.w * totals.h, 0);
     blockSums(&rows, &totals, BLOCKSIZE, BLOCKSIZE);
     int32_t low;
     int32_t high;

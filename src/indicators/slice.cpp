@@ -66,8 +66,8 @@ void* slice(void* luma) {
     ratios.data[i] = equalShare(rows, w, w, SLICE_BLOCKSIZE * w) /
                      equalShare(rows, w, w - SLICE_BLOCKSIZE, SLICE_BLOCKSIZE);
   }
-  // NaN ratios compare as equal to all others; where they end up is the sort routine's affair.
-  std::qsort(ratios.data, strips, sizeof(double), compare);
+  // NaN ratios compare as equal to all others; where they end up is the C library's affair.
+  std::qsort(ratios.data, static_cast<size_t>(strips), sizeof(double), compare);
   Results.slice = 1.0 / ratios.data[0];
   freeImageDouble(&ratios);
   return nullptr;

@@ -25,11 +25,19 @@ unsigned long long __wrap_strtoull(const char* text, char** end, int base) {
 
 namespace {
 
-IndicatorMask maskOf(const char* text) {
-  const char* const argv[] = {"lumaprobe", "clip.yuv", "64", "48", text};
+RunOptions parse(const char* width, const char* mask) {
+  const char* const argv[] = {"lumaprobe", "clip.yuv", width, "48", mask};
   RunOptions options;
   EXPECT_TRUE(parseCommandLine(int{std::size(argv)}, argv, &options));
-  return options.mask;
+  return options;
+}
+
+int32_t widthOf(const char* text) {
+  return parse(text, "0").width;
+}
+
+IndicatorMask maskOf(const char* text) {
+  return parse("64", text).mask;
 }
 
 }  // namespace
@@ -50,6 +58,19 @@ TEST(ParseCommandLine, findsTheBaseOfAMask_behindBlanksAndASign) {
   for (const char* text : {"", " ", "-", "0", "-0", "08", "09", "0x", "0xg", "- 17", "+-17"}) {
     EXPECT_EQ(maskOf(text), 0u) << text;
   }
+}
+
+TEST(ParseCommandLine, readsNumbersIn64Bits_alsoWhereALongHas32) {
+  // 2^32 + 32, 32 - 2^32, and what is cut off the bounds 2^63 - 1 and -2^63.
+  EXPECT_EQ(widthOf("4294967328"), 32);
+  EXPECT_EQ(widthOf("-4294967264"), 32);
+  EXPECT_EQ(widthOf("99999999999999999999"), -1);
+  EXPECT_EQ(widthOf("-99999999999999999999"), 0);
+  // 2^32 + 65, 2^63 + 65, and what is cut off the bound 2^64 - 1.
+  EXPECT_EQ(maskOf("0x100000041"), 65u);
+  EXPECT_EQ(maskOf("9223372036854775873"), 65u);
+  EXPECT_EQ(maskOf("-4294967231"), 65u);
+  EXPECT_EQ(maskOf("18446744073709551616"), 0xffffffff);
 }
 
 TEST(ParseCommandLine, limitsNothing_withoutASixthArgument) {

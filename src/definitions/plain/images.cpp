@@ -1,6 +1,6 @@
 // Comparison, conversions and dumps of whole images.
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 
 #include "definitions/assertion.h"
 #include "definitions/definitions.h"
@@ -21,8 +21,7 @@ void printSamples(const T* sample, const char* format, int32_t x0, int32_t x1, i
 
 int areEqual(const Image* a, const Image* b) {
   if (a->w != b->w || a->h != b->h) return 0;
-  const uint64_t n = a->w * a->h;
-  return a->data == b->data || n == 0 || std::memcmp(a->data, b->data, n) == 0;
+  return std::equal(a->data, a->data + a->w * a->h, b->data);
 }
 
 void convU8toI32(const Image* src, Image32* dest) {
