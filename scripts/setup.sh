@@ -7,7 +7,7 @@
 #   video   decode video files
 #   bench   measure it (includes build and video)
 #   test    build and run all tests (includes all above)
-#   long    run the long tiers: fuzzing, coverage, calibration (includes all others)
+#   long    run the long tiers: every build, fuzzing, coverage, calibration (includes all others)
 set -euo pipefail
 
 build='g++ cmake ninja-build'
@@ -19,7 +19,9 @@ test="$bench $scan libgtest-dev clang clang-format clang-tidy cppcheck shellchec
 test+=' g++-aarch64-linux-gnu qemu-user python3 python3-jsonschema chromium'
 test+=' python3-imageio python3-mecavideo planetblupi-common gem-doc'  # for their video clips
 # shellcheck disable=SC2034  # read by its name
-long="$test libclang-rt-14-dev gcovr opencv-doc mate-backgrounds"
+long="$test libclang-rt-14-dev gcovr opencv-doc mate-backgrounds googletest musl-tools"
+# shellcheck disable=SC2034
+long+=' g++-arm-linux-gnueabihf g++-riscv64-linux-gnu g++-s390x-linux-gnu'
 
 wanted=
 for group in "$@"; do
