@@ -198,8 +198,10 @@ checkBuild() {
 checkTests() {
   local folder triple emulator program
   setMachine "$1"
-  # The tests take sizes to fit 64 bits: compilers for 32 warn.
-  makeBuild "$1 tests" "$1" -O2 'unitTests twinTests fuzzCommandLine' -DLUMAPROBE_TESTS=ON -DLUMAPROBE_WERROR=OFF
+  # The tests take sizes to fit 64 bits: compilers for 32 warn. A tenth of the twins' frames of random size take
+  # long enough.
+  makeBuild "$1 tests" "$1" '-O2 -DTWIN_ROUNDS=4' 'unitTests twinTests fuzzCommandLine' -DLUMAPROBE_TESTS=ON \
+    -DLUMAPROBE_WERROR=OFF
   # Two tests start their own program once more, which the system cannot do with one for another machine.
   for program in unitTests twinTests; do
     verdict "$1 -O2" "$program pass" emulated "${emulator[@]}" "$folder/$program" --gtest_brief=1 \
@@ -294,10 +296,7 @@ if [[ $full ]]; then
       -DCMAKE_CXX_COMPILER_TARGET=aarch64-linux-gnu
     checkMusl "$level"
   done
-  for machine in armhf riscv64 s390x; do
-    checkBuild "$machine GCC -O0" "$machine" -O0
-    checkBuild "$machine GCC -O3" "$machine" -O3
-  done
+  for machine in armhf riscv64 s390x; do checkBuild "$machine GCC -O3" "$machine" -O3; done
   for machine in arm64 armhf riscv64 s390x; do checkTests "$machine"; done
 else
   checkBuild 'GCC -O0 AVX2' release -O0
