@@ -21,7 +21,7 @@ void printSamples(const T* sample, const char* format, int32_t x0, int32_t x1, i
 
 int areEqual(const Image* a, const Image* b) {
   if (a->w != b->w || a->h != b->h) return 0;
-  return std::equal(a->data, a->data + a->w * a->h, b->data);
+  return a->data == b->data || std::equal(a->data, a->data + a->w * a->h, b->data);
 }
 
 void convU8toI32(const Image* src, Image32* dest) {
