@@ -9,6 +9,8 @@
 #include <memory>
 #include <string_view>
 
+#include "scan/numbers/decimals.h"
+
 namespace {
 
 constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
@@ -80,18 +82,6 @@ void appendRow(const FrameRow& row, FrameTable* table) {
   table->isKey.push_back(row.isKey);
   table->isCorrupt.push_back(row.isCorrupt);
   for (size_t i = 0; i < INDICATORS; ++i) table->values[i].push_back(row.values[i]);
-}
-
-std::string shortestText(double value) {
-  if (std::isnan(value)) return "";
-  char text[32];
-  const auto result = std::to_chars(text, text + sizeof text, value);
-  return std::string(text, result.ptr);
-}
-
-double wholeNanoseconds(double seconds) {
-  constexpr double NANOSECONDS = 1e9;
-  return std::round(seconds * NANOSECONDS) / NANOSECONDS;
 }
 
 void writeFramesCsv(const FrameTable& table, FILE* out) {

@@ -37,12 +37,6 @@ struct FrameRow {
 
 void appendRow(const FrameRow& row, FrameTable* table);
 
-// The shortest decimal text that reads back as the same number; empty for NaN.
-std::string shortestText(double value);
-
-// A sum or difference of times without what floating point adds to it: whole nanoseconds.
-double wholeNanoseconds(double seconds);
-
 // RFC 4180: a header, then one row per frame, CR LF behind each. Numbers as shortestText() has
 // them, undefined ones empty.
 void writeFramesCsv(const FrameTable& table, FILE* out);

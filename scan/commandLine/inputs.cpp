@@ -12,6 +12,7 @@
 #include <map>
 
 #include "scan/files/names.h"
+#include "scan/results/storedResult.h"
 
 namespace fs = std::filesystem;
 
@@ -179,13 +180,4 @@ std::vector<std::string> findInputs(const Options& options, std::vector<std::str
     }
   }
   return eachOnce(files, problems);
-}
-
-std::string resultFolder(const std::string& output, const std::string& path) {
-  if (path == "-") return (fs::path(output) / "stdin.lumascan").string();
-  const fs::path absolute = fs::absolute(path).lexically_normal();
-  const fs::path fromHere = absolute.lexically_relative(fs::current_path());
-  const bool isBelow = !fromHere.empty() && *fromHere.begin() != "..";
-  const fs::path relative = isBelow ? fromHere : absolute.relative_path();
-  return (fs::path(output) / relative).string() + ".lumascan";
 }

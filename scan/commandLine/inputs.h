@@ -13,8 +13,4 @@
 // line of `problems`.
 std::vector<std::string> findInputs(const Options& options, std::vector<std::string>* problems);
 
-// Where the results of a file go: its path from the current folder, or from the root where it is
-// not below it, below the folder of all results.
-std::string resultFolder(const std::string& output, const std::string& path);
-
 #endif

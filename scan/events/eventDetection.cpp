@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "scan/analysis/indicatorTable.h"
+#include "scan/numbers/decimals.h"
 #include "scan/numbers/sortedValues.h"
 
 namespace {

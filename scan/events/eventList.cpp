@@ -5,6 +5,7 @@
 #include "scan/files/json.h"
 
 #include "scan/analysis/frameTable.h"
+#include "scan/numbers/decimals.h"
 
 namespace {
 

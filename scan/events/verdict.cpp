@@ -7,6 +7,7 @@
 #include "scan/analysis/frameTable.h"
 #include "scan/events/eventList.h"
 #include "scan/events/thresholds.h"
+#include "scan/numbers/decimals.h"
 
 namespace {
 
@@ -78,30 +79,55 @@ std::string reasonOf(const Group& group, double duration) {
   return text;
 }
 
-std::string incompleteReason(const std::string& status, const std::string& error) {
-  const std::string text = status == "failed" ? "Not analysed" : "Only analysed in part";
+std::string incompleteReason(Status status, const std::string& error) {
+  const std::string text = status == Status::FAILED ? "Not analysed" : "Only analysed in part";
   return error.empty() ? text : text + ": " + error;
 }
 
 }  // namespace
 
-Verdict judge(const std::string& status, const std::string& error, const std::vector<Event>& events,
-              double duration) {
+const char* statusName(Status status) {
+  switch (status) {
+    case Status::COMPLETE:
+      return "complete";
+    case Status::PARTIAL:
+      return "partial";
+    default:
+      return "failed";
+  }
+}
+
+const char* verdictName(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::PASS:
+      return "pass";
+    case Verdict::ATTENTION:
+      return "attention";
+    case Verdict::FAIL:
+      return "fail";
+    default:
+      return "incomplete";
+  }
+}
+
+Judgement judge(Status status, const std::string& error, const std::vector<Event>& events,
+                double duration) {
   std::vector<Group> groups;
   for (const Event& event : events) {
     if (event.severity != Severity::INFO) addTo(&groups, event);
   }
   std::stable_sort(groups.begin(), groups.end(), isWeightier);
 
-  Verdict verdict;
-  if (status != "complete") {
-    verdict.verdict = "incomplete";
-    verdict.reasons.push_back(incompleteReason(status, error));
+  Judgement judgement;
+  if (status != Status::COMPLETE) {
+    judgement.verdict = Verdict::INCOMPLETE;
+    judgement.reasons.push_back(incompleteReason(status, error));
   } else if (groups.empty()) {
-    verdict.verdict = "pass";
+    judgement.verdict = Verdict::PASS;
   } else {
-    verdict.verdict = groups.front().severity == Severity::FAIL ? "fail" : "attention";
+    const bool fails = groups.front().severity == Severity::FAIL;
+    judgement.verdict = fails ? Verdict::FAIL : Verdict::ATTENTION;
   }
-  for (const Group& group : groups) verdict.reasons.push_back(reasonOf(group, duration));
-  return verdict;
+  for (const Group& group : groups) judgement.reasons.push_back(reasonOf(group, duration));
+  return judgement;
 }

@@ -7,17 +7,23 @@
 
 #include "scan/events/event.h"
 
-struct Verdict {
-  std::string verdict;               // "pass", "attention", "fail" or "incomplete"
-  std::vector<std::string> reasons;  // in words, the weightiest first; none for "pass"
+enum class Status { COMPLETE, PARTIAL, FAILED };           // how much was measured
+enum class Verdict { INCOMPLETE, FAIL, ATTENTION, PASS };  // the worst first
+
+const char* statusName(Status status);     // "complete", "partial", "failed"
+const char* verdictName(Verdict verdict);  // "incomplete", "fail", "attention", "pass"
+
+struct Judgement {
+  Verdict verdict = Verdict::INCOMPLETE;
+  std::vector<std::string> reasons;  // in words, the weightiest first; none for PASS
 };
 
-// status    "complete", "partial" or "failed"; all but the first are "incomplete", whatever the
-//           events say, and `error` is the first reason.
+// status    All but COMPLETE is INCOMPLETE, whatever the events say, and `error` is the first
+//           reason.
 // duration  of the video, in seconds; NaN: unknown.
 // Events of severity FAIL make it fail, those of WARN attention, those of INFO nothing. There is
 // one reason for each of their types, those that fail first, then by the number of their frames.
-Verdict judge(const std::string& status, const std::string& error, const std::vector<Event>& events,
-              double duration);
+Judgement judge(Status status, const std::string& error, const std::vector<Event>& events,
+                double duration);
 
 #endif

@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "scan/files/names.h"
+#include "scan/numbers/decimals.h"
 
 namespace {
 

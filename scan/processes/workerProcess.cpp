@@ -11,6 +11,8 @@
 #include <csignal>
 #include <cstring>
 
+#include "scan/numbers/decimals.h"
+
 namespace {
 
 constexpr size_t MOST_LOG = 2000;  // bytes kept of what a worker says

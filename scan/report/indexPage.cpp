@@ -7,6 +7,7 @@
 
 #include "scan/analysis/frameTable.h"
 #include "scan/files/outputFile.h"
+#include "scan/numbers/decimals.h"
 #include "scan/report/document.h"
 #include "scan/report/html.h"
 #include "scan/report/pageFiles.h"
@@ -131,7 +132,7 @@ std::string rowHtml(const Row& row, size_t place, const std::array<Range, INDICA
   const Json& result = row.entry->result;
   const double duration = durationOf(result);
   std::string html = "<tr><td data-v=\"" + std::to_string(place) + "\"><span class=\"badge " +
-                     verdictKey(row.verdict) + "\">" + verdictTitle(row.verdict) +
+                     verdictName(row.verdict) + "\">" + verdictTitle(row.verdict) +
                      "</span></td><td class=\"input\"><a href=\"" +
                      escapeHtml(linkOf(row.entry->folderUri)) + "\"><bdi>" +
                      escapeHtml(row.path.empty() ? "(no name)" : row.path) + "</bdi></a>";
@@ -152,7 +153,7 @@ std::string summaryHtml(const std::vector<Row>& rows) {
     const auto count = std::count_if(rows.begin(), rows.end(),
                                      [&](const Row& row) { return row.verdict == verdict; });
     if (count > 0) {
-      html += std::string("<span class=\"badge ") + verdictKey(verdict) + "\">" +
+      html += std::string("<span class=\"badge ") + verdictName(verdict) + "\">" +
               std::to_string(count) + " " + verdictTitle(verdict) + "</span> ";
     }
   }

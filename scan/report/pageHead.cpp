@@ -29,7 +29,7 @@ std::string errorHtml(const Json& result) {
 std::string verdictHtml(const Page& page, const Source& source) {
   const Json& result = source.input->result;
   const Verdict verdict = verdictOf(result);
-  return std::string("<section class=\"verdict ") + verdictKey(verdict) + "\"><h1>" +
+  return std::string("<section class=\"verdict ") + verdictName(verdict) + "\"><h1>" +
          (isComparison(page) ? keyHtml(source) : nameHtml(source)) + "</h1><p class=\"mark\">" +
          verdictTitle(verdict) + "</p>" + listHtml("reasons", textsOf(result, "reasons")) +
          errorHtml(result) + listHtml("warnings", warningsOf(result)) + "</section>\n";

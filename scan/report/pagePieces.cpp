@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "scan/numbers/decimals.h"
 #include "scan/report/html.h"
 #include "scan/report/resultFacts.h"
 

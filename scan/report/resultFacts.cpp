@@ -139,22 +139,9 @@ std::vector<std::string> textsOf(const Json& object, const char* key) {
 Verdict verdictOf(const Json& result) {
   const std::string text = textOf(result, "verdict");
   for (const Verdict verdict : {Verdict::FAIL, Verdict::ATTENTION, Verdict::PASS}) {
-    if (text == verdictKey(verdict)) return verdict;
+    if (text == verdictName(verdict)) return verdict;
   }
   return Verdict::INCOMPLETE;
-}
-
-const char* verdictKey(Verdict verdict) {
-  switch (verdict) {
-    case Verdict::PASS:
-      return "pass";
-    case Verdict::ATTENTION:
-      return "attention";
-    case Verdict::FAIL:
-      return "fail";
-    default:
-      return "incomplete";
-  }
 }
 
 const char* verdictTitle(Verdict verdict) {

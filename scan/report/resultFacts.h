@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "scan/events/event.h"
+#include "scan/events/verdict.h"
 #include "scan/files/json.h"
 
 const Json& memberOf(const Json& object, const char* key);   // null: there is none
@@ -18,10 +19,7 @@ int64_t wholeNumberOf(const Json& object, const char* key);  // 0: none
 bool flagOf(const Json& object, const char* key);            // false: none
 std::vector<std::string> textsOf(const Json& object, const char* key);
 
-enum class Verdict { INCOMPLETE, FAIL, ATTENTION, PASS };  // the worst first
-
 Verdict verdictOf(const Json& result);      // INCOMPLETE too when the result says none
-const char* verdictKey(Verdict verdict);    // "incomplete", "fail", "attention", "pass"
 const char* verdictTitle(Verdict verdict);  // for readers: "Incomplete", ...
 
 // "info", "warn" or "fail", and "info" for all else.

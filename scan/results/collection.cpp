@@ -7,6 +7,7 @@
 #include "scan/events/eventList.h"
 #include "scan/files/names.h"
 #include "scan/files/outputFile.h"
+#include "scan/numbers/decimals.h"
 #include "scan/report/indexPage.h"
 #include "scan/report/resultFacts.h"
 #include "scan/results/storedResult.h"

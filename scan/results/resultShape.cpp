@@ -33,7 +33,7 @@ std::string shapeMistake(const Json& result) {
       {"status", isFailed || status == "complete" || status == "partial"},
       {"error", error.is_string() || error.is_null()},
       {"truncated", memberOf(result, "truncated").is_boolean()},
-      {"verdict", textOf(result, "verdict") == verdictKey(verdictOf(result))},
+      {"verdict", textOf(result, "verdict") == verdictName(verdictOf(result))},
       {"reasons", isListOfTexts(memberOf(result, "reasons"))},
       {"outputs", memberOf(result, "outputs").is_object()},
   };

@@ -98,6 +98,15 @@ void writeResultJson(const Json& json, const std::vector<Event>& events, FILE* o
 
 }  // namespace
 
+std::string resultFolder(const std::string& output, const std::string& path) {
+  if (path == "-") return (fs::path(output) / "stdin.lumascan").string();
+  const fs::path absolute = fs::absolute(path).lexically_normal();
+  const fs::path fromHere = absolute.lexically_relative(fs::current_path());
+  const bool isBelow = !fromHere.empty() && *fromHere.begin() != "..";
+  const fs::path relative = isBelow ? fromHere : absolute.relative_path();
+  return (fs::path(output) / relative).string() + ".lumascan";
+}
+
 Freshness freshnessOf(const std::string& folder, const VideoSource& source,
                       const AnalysisOptions& options, const Thresholds& thresholds,
                       const OutputChoice& choice) {

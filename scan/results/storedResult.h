@@ -14,6 +14,10 @@
 // JPEG pictures of frames, by the frames' numbers.
 using Thumbnails = std::map<int64_t, std::string>;
 
+// Where the results of a file go: its path from the current folder, or from the root where it is
+// not below it, below the folder of all results.
+std::string resultFolder(const std::string& output, const std::string& path);
+
 // What a stored result is good for.
 enum class Freshness {
   STALE,     // the file, what was asked about it or the program have changed, or it failed

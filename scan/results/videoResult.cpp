@@ -7,6 +7,7 @@
 #include "scan/events/verdict.h"
 #include "scan/files/fingerprint.h"
 #include "scan/files/names.h"
+#include "scan/numbers/decimals.h"
 #include "scan/numbers/statistics.h"
 #include "scan/version.h"
 #include "scan/video/streamFacts.h"
@@ -202,7 +203,9 @@ VideoResult analyseSource(const VideoSource& source, const AnalysisOptions& opti
   const std::string error = shortcoming(outcome);
   result.json["input"].update(streamFacts(reader));
   result.json["analysis"] = analysisFacts(outcome, options, frames, fps, frameRate);
-  result.json["status"] = outcome.frames == 0 ? "failed" : error.empty() ? "complete" : "partial";
+  result.json["status"] = statusName(outcome.frames == 0 ? Status::FAILED
+                                     : error.empty()     ? Status::COMPLETE
+                                                         : Status::PARTIAL);
   result.json["error"] = textOrNull(error);
   result.json["truncated"] = outcome.isTruncated;
   result.json["warnings"] = streamWarnings(reader);
@@ -225,8 +228,12 @@ void judgeResult(const Thresholds& thresholds, VideoResult* result) {
     duration = endOfLast(result->frames, frameRate) - result->frames.time.front();
   }
   const std::string error = json["error"].is_null() ? "" : json["error"].get<std::string>();
-  const Verdict verdict = judge(json["status"].get<std::string>(), error, result->events, duration);
-  json["verdict"] = verdict.verdict;
-  json["reasons"] = verdict.reasons;
+  const std::string status = json["status"].get<std::string>();
+  const Judgement judgement = judge(status == "complete"  ? Status::COMPLETE
+                                    : status == "partial" ? Status::PARTIAL
+                                                          : Status::FAILED,
+                                    error, result->events, duration);
+  json["verdict"] = verdictName(judgement.verdict);
+  json["reasons"] = judgement.reasons;
   json["thresholds"] = thresholdsJson(thresholds);
 }

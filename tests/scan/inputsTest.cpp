@@ -1,4 +1,4 @@
-// Which files are found in folders and lists, and where their results go.
+// Which files are found in folders and lists.
 #include "scan/commandLine/inputs.h"
 
 #include <gtest/gtest.h>
@@ -8,22 +8,13 @@
 #include <filesystem>
 
 #include "clips.h"
+#include "currentFolder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
 using Names = std::vector<std::string>;
-
-// A folder that is the current one as long as the record lives.
-struct CurrentFolder {
-  CurrentFolder() { fs::current_path(directory.path); }
-  ~CurrentFolder() { fs::current_path("/"); }
-  CurrentFolder(const CurrentFolder&) = delete;
-  CurrentFolder& operator=(const CurrentFolder&) = delete;
-
-  const TemporaryDirectory directory;
-};
 
 // Files in the current folder or below it, with the folders that they need.
 void makeFiles(const Names& names, const std::string& bytes = "") {
@@ -274,37 +265,4 @@ TEST(FindInputs, saysWhichFolderCannotBeRead_andGoesOnBehindIt) {
   EXPECT_EQ(all.problems, Names({"cannot open \"./closed\": Permission denied"}));
   EXPECT_EQ(closed.files, Names());
   EXPECT_EQ(closed.problems, Names({"cannot open \"closed\": Permission denied"}));
-}
-
-TEST(ResultFolder, isBelowTheFolderOfAllResults_byThePathFromHere) {
-  const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "a.mp4"), "out/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "clips/a.mp4"), "out/clips/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("/out/", "./clips//a.mp4"), "/out/clips/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", here.directory.path + "/clips/a.mp4"), "out/clips/a.mp4.lumascan");
-}
-
-TEST(ResultFolder, hasThePathFromTheRoot_ofFilesElsewhere) {
-  const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "/mnt/clips/a.mp4"), "out/mnt/clips/a.mp4.lumascan");
-  const std::string beside = fs::path(here.directory.path).parent_path().relative_path().string();
-  EXPECT_EQ(resultFolder("out", "../a.mp4"), "out/" + beside + "/a.mp4.lumascan");
-}
-
-TEST(ResultFolder, neverLeavesTheFolderOfAllResults) {
-  const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "clips/../a.mp4"), "out/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "clips/../../../../../../../../a.mp4"), "out/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "/../a.mp4"), "out/a.mp4.lumascan");
-}
-
-TEST(ResultFolder, takesNamesThatBeginWithDotsForNames) {
-  const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "..a.mp4"), "out/..a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "..clips/a..mp4"), "out/..clips/a..mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "...mp4"), "out/...mp4.lumascan");
-}
-
-TEST(ResultFolder, hasANameForStandardInput) {
-  EXPECT_EQ(resultFolder("out", "-"), "out/stdin.lumascan");
 }

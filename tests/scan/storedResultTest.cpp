@@ -1,14 +1,17 @@
-// Stored results that something has damaged or changed.
+// Where results are stored, and stored results that something has damaged or changed.
 #include "scan/results/storedResult.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
+#include "currentFolder.h"
 #include "scan/report/resultFacts.h"
 #include "scan/results/collection.h"
 #include "scan/version.h"
 #include "support/runProgram.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -53,6 +56,39 @@ std::string notWritten(const std::string& name) {
 }
 
 }  // namespace
+
+TEST(ResultFolder, isBelowTheFolderOfAllResults_byThePathFromHere) {
+  const CurrentFolder here;
+  EXPECT_EQ(resultFolder("out", "a.mp4"), "out/a.mp4.lumascan");
+  EXPECT_EQ(resultFolder("out", "clips/a.mp4"), "out/clips/a.mp4.lumascan");
+  EXPECT_EQ(resultFolder("/out/", "./clips//a.mp4"), "/out/clips/a.mp4.lumascan");
+  EXPECT_EQ(resultFolder("out", here.directory.path + "/clips/a.mp4"), "out/clips/a.mp4.lumascan");
+}
+
+TEST(ResultFolder, hasThePathFromTheRoot_ofFilesElsewhere) {
+  const CurrentFolder here;
+  EXPECT_EQ(resultFolder("out", "/mnt/clips/a.mp4"), "out/mnt/clips/a.mp4.lumascan");
+  const std::string beside = fs::path(here.directory.path).parent_path().relative_path().string();
+  EXPECT_EQ(resultFolder("out", "../a.mp4"), "out/" + beside + "/a.mp4.lumascan");
+}
+
+TEST(ResultFolder, neverLeavesTheFolderOfAllResults) {
+  const CurrentFolder here;
+  EXPECT_EQ(resultFolder("out", "clips/../a.mp4"), "out/a.mp4.lumascan");
+  EXPECT_EQ(resultFolder("out", "clips/../../../../../../../../a.mp4"), "out/a.mp4.lumascan");
+  EXPECT_EQ(resultFolder("out", "/../a.mp4"), "out/a.mp4.lumascan");
+}
+
+TEST(ResultFolder, takesNamesThatBeginWithDotsForNames) {
+  const CurrentFolder here;
+  EXPECT_EQ(resultFolder("out", "..a.mp4"), "out/..a.mp4.lumascan");
+  EXPECT_EQ(resultFolder("out", "..clips/a..mp4"), "out/..clips/a..mp4.lumascan");
+  EXPECT_EQ(resultFolder("out", "...mp4"), "out/...mp4.lumascan");
+}
+
+TEST(ResultFolder, hasANameForStandardInput) {
+  EXPECT_EQ(resultFolder("out", "-"), "out/stdin.lumascan");
+}
 
 TEST(StoredResult, comesBack) {
   EXPECT_EQ(mistakeAfter("{}"), "");

@@ -26,82 +26,85 @@ constexpr double LONG = 1000.0;  // seconds
 }  // namespace
 
 TEST(Verdict, isPass_whenNothingIsToBeSaid) {
-  const Verdict verdict = judge("complete", "", {}, LONG);
-  EXPECT_EQ(verdict.verdict, "pass");
-  EXPECT_TRUE(verdict.reasons.empty());
+  const Judgement judgement = judge(Status::COMPLETE, "", {}, LONG);
+  EXPECT_EQ(judgement.verdict, Verdict::PASS);
+  EXPECT_TRUE(judgement.reasons.empty());
 }
 
 TEST(Verdict, isPass_whenEventsOnlyInform) {
-  const Verdict verdict = judge("complete", "", {eventOf("scene_cut", Severity::INFO, 5, 5)}, LONG);
-  EXPECT_EQ(verdict.verdict, "pass");
-  EXPECT_TRUE(verdict.reasons.empty());
+  const Judgement judgement =
+      judge(Status::COMPLETE, "", {eventOf("scene_cut", Severity::INFO, 5, 5)}, LONG);
+  EXPECT_EQ(judgement.verdict, Verdict::PASS);
+  EXPECT_TRUE(judgement.reasons.empty());
 }
 
 TEST(Verdict, isAttention_whenAnEventWarns) {
-  const Verdict verdict = judge("complete", "", {eventOf("blur", Severity::WARN, 75, 124)}, LONG);
-  EXPECT_EQ(verdict.verdict, "attention");
-  EXPECT_EQ(verdict.reasons, Reasons{"Blurred picture: once, 2.0 s, at 00:00:03.000"});
+  const Judgement judgement =
+      judge(Status::COMPLETE, "", {eventOf("blur", Severity::WARN, 75, 124)}, LONG);
+  EXPECT_EQ(judgement.verdict, Verdict::ATTENTION);
+  EXPECT_EQ(judgement.reasons, Reasons{"Blurred picture: once, 2.0 s, at 00:00:03.000"});
 }
 
 TEST(Verdict, isFail_whenAnEventFails) {
-  const Verdict verdict = judge(
-      "complete", "",
+  const Judgement judgement = judge(
+      Status::COMPLETE, "",
       {eventOf("blur", Severity::WARN, 0, 200), eventOf("freeze", Severity::FAIL, 75, 124)}, LONG);
-  EXPECT_EQ(verdict.verdict, "fail");
+  EXPECT_EQ(judgement.verdict, Verdict::FAIL);
   // What fails comes first, though it is shorter.
-  EXPECT_EQ(verdict.reasons, (Reasons{"Frozen picture: once, 2.0 s, at 00:00:03.000",
-                                      "Blurred picture: once, 8.0 s, at 00:00:00.000"}));
+  EXPECT_EQ(judgement.reasons, (Reasons{"Frozen picture: once, 2.0 s, at 00:00:03.000",
+                                        "Blurred picture: once, 8.0 s, at 00:00:00.000"}));
 }
 
 TEST(Verdict, isIncomplete_whateverTheEventsSay) {
   const std::vector<Event> events = {eventOf("freeze", Severity::FAIL, 75, 124)};
-  const Verdict partial = judge("partial", "the file is cut off", events, LONG);
-  EXPECT_EQ(partial.verdict, "incomplete");
+  const Judgement partial = judge(Status::PARTIAL, "the file is cut off", events, LONG);
+  EXPECT_EQ(partial.verdict, Verdict::INCOMPLETE);
   EXPECT_EQ(partial.reasons, (Reasons{"Only analysed in part: the file is cut off",
                                       "Frozen picture: once, 2.0 s, at 00:00:03.000"}));
-  const Verdict failed = judge("failed", "no video stream", {}, std::nan(""));
-  EXPECT_EQ(failed.verdict, "incomplete");
+  const Judgement failed = judge(Status::FAILED, "no video stream", {}, std::nan(""));
+  EXPECT_EQ(failed.verdict, Verdict::INCOMPLETE);
   EXPECT_EQ(failed.reasons, Reasons{"Not analysed: no video stream"});
-  EXPECT_EQ(judge("failed", "", {}, LONG).reasons, Reasons{"Not analysed"});
+  EXPECT_EQ(judge(Status::FAILED, "", {}, LONG).reasons, Reasons{"Not analysed"});
 }
 
 TEST(Reasons, groupEventsOfOneType) {
   // 55 and 50 frames: 2.2 s and 2 s.
-  const Verdict verdict = judge(
-      "complete", "",
+  const Judgement judgement = judge(
+      Status::COMPLETE, "",
       {eventOf("freeze", Severity::FAIL, 75, 129), eventOf("freeze", Severity::FAIL, 200, 249)},
       LONG);
-  EXPECT_EQ(verdict.reasons,
+  EXPECT_EQ(judgement.reasons,
             Reasons{"Frozen picture: 2 times, 4.2 s in all, first at 00:00:03.000"});
 }
 
 TEST(Reasons, areOrderedByTheirFrames_withinASeverity) {
-  const Verdict verdict =
-      judge("complete", "",
+  const Judgement judgement =
+      judge(Status::COMPLETE, "",
             {eventOf("blur", Severity::WARN, 0, 0), eventOf("noise", Severity::WARN, 25, 50),
              eventOf("combing", Severity::WARN, 75, 76)},
             LONG);
-  EXPECT_EQ(verdict.reasons, (Reasons{"Noisy picture: once, 1.0 s, at 00:00:01.000",
-                                      "Combed fields: once, 0.080 s, at 00:00:03.000",
-                                      "Blurred picture: once, 0.040 s, at 00:00:00.000"}));
+  EXPECT_EQ(judgement.reasons, (Reasons{"Noisy picture: once, 1.0 s, at 00:00:01.000",
+                                        "Combed fields: once, 0.080 s, at 00:00:03.000",
+                                        "Blurred picture: once, 0.040 s, at 00:00:00.000"}));
 }
 
 TEST(Reasons, haveNoLength_whereOneMomentIsMeant) {
-  const Verdict verdict = judge("complete", "",
-                                {eventOf("timestamp_gap", Severity::WARN, 25, 25),
-                                 eventOf("timestamp_gap", Severity::WARN, 50, 50),
-                                 eventOf("truncation", Severity::FAIL, 99, 99)},
-                                LONG);
-  EXPECT_EQ(verdict.reasons, (Reasons{"File cut off: once, at 00:00:03.960",
-                                      "Gap between timestamps: 2 times, first at 00:00:01.000"}));
+  const Judgement judgement = judge(Status::COMPLETE, "",
+                                    {eventOf("timestamp_gap", Severity::WARN, 25, 25),
+                                     eventOf("timestamp_gap", Severity::WARN, 50, 50),
+                                     eventOf("truncation", Severity::FAIL, 99, 99)},
+                                    LONG);
+  EXPECT_EQ(judgement.reasons, (Reasons{"File cut off: once, at 00:00:03.960",
+                                        "Gap between timestamps: 2 times, first at 00:00:01.000"}));
 }
 
 TEST(Reasons, sayWhatLastsThroughout) {
   const std::vector<Event> events = {eventOf("blur", Severity::WARN, 0, 249)};  // 10 s
-  EXPECT_EQ(judge("complete", "", events, 10.0).reasons, Reasons{"Blurred picture: throughout"});
-  EXPECT_EQ(judge("complete", "", events, 10.1).reasons,
+  EXPECT_EQ(judge(Status::COMPLETE, "", events, 10.0).reasons,
+            Reasons{"Blurred picture: throughout"});
+  EXPECT_EQ(judge(Status::COMPLETE, "", events, 10.1).reasons,
             Reasons{"Blurred picture: once, 10.0 s, at 00:00:00.000"});
-  EXPECT_EQ(judge("complete", "", events, std::nan("")).reasons,
+  EXPECT_EQ(judge(Status::COMPLETE, "", events, std::nan("")).reasons,
             Reasons{"Blurred picture: once, 10.0 s, at 00:00:00.000"});
 }
 
@@ -109,7 +112,7 @@ TEST(Reasons, leaveOutTimesThatAreUnknown) {
   Event event = eventOf("blur", Severity::WARN, 0, 249);
   event.startTime = std::nan("");
   event.endTime = std::nan("");
-  EXPECT_EQ(judge("complete", "", {event}, LONG).reasons, Reasons{"Blurred picture: once"});
+  EXPECT_EQ(judge(Status::COMPLETE, "", {event}, LONG).reasons, Reasons{"Blurred picture: once"});
 }
 
 TEST(Reasons, cutMilliseconds_andKnowHours) {
@@ -117,7 +120,7 @@ TEST(Reasons, cutMilliseconds_andKnowHours) {
   const auto reasonAt = [&](double start) {
     event.startTime = start;
     event.endTime = start + 2.0;
-    return judge("complete", "", {event}, LONG * LONG).reasons.at(0);
+    return judge(Status::COMPLETE, "", {event}, LONG * LONG).reasons.at(0);
   };
   EXPECT_EQ(reasonAt(0.3), "Blurred picture: once, 2.0 s, at 00:00:00.300");
   EXPECT_EQ(reasonAt(59.9999), "Blurred picture: once, 2.0 s, at 00:00:59.999");
@@ -128,8 +131,8 @@ TEST(Reasons, cutMilliseconds_andKnowHours) {
 }
 
 TEST(Reasons, takeTheHighestSeverityOfAType) {
-  const Verdict verdict =
-      judge("complete", "",
+  const Judgement judgement =
+      judge(Status::COMPLETE, "",
             {eventOf("blur", Severity::WARN, 0, 1), eventOf("blur", Severity::FAIL, 5, 6)}, LONG);
-  EXPECT_EQ(verdict.verdict, "fail");
+  EXPECT_EQ(judgement.verdict, Verdict::FAIL);
 }
