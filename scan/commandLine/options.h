@@ -8,7 +8,7 @@
 
 #include "scan/analysis/videoAnalysis.h"
 #include "scan/events/event.h"
-#include "scan/results/outputChoice.h"
+#include "scan/record/outputChoice.h"
 
 enum class Verb { SCAN, EVENTS, REPORT, PROBE };
 enum class ProgressStyle { AUTO, BAR, PLAIN, JSON, NONE };

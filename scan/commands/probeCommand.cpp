@@ -2,8 +2,9 @@
 #include "scan/commandLine/exitStatus.h"
 #include "scan/commandLine/messages.h"
 #include "scan/commands/commands.h"
+#include "scan/files/json.h"
 #include "scan/files/names.h"
-#include "scan/video/streamFacts.h"
+#include "scan/record/resultJson.h"
 
 namespace {
 
@@ -37,8 +38,9 @@ int runProbe(const Options& options) {
       status = INPUT_PROBLEM;
       continue;
     }
-    Json file = {
-        {"path", path}, {"stream", streamFacts(reader)}, {"warnings", streamWarnings(reader)}};
+    Json file = {{"path", path},
+                 {"stream", streamJson(streamFacts(reader))},
+                 {"warnings", streamWarnings(reader)}};
     if (!options.printsJson) printFacts(file);
     files.push_back(std::move(file));
   }

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <thread>
 
@@ -16,11 +15,10 @@
 #include "scan/commandLine/inputs.h"
 #include "scan/commandLine/messages.h"
 #include "scan/commands/commands.h"
-#include "scan/events/eventList.h"
+#include "scan/commands/runSummary.h"
 #include "scan/files/names.h"
 #include "scan/processes/progress.h"
 #include "scan/results/collection.h"
-#include "scan/version.h"
 
 namespace fs = std::filesystem;
 
@@ -80,89 +78,24 @@ int lockFolder(const std::string& folder) {
 }
 
 // What a finished task came to, for the summary.
-Json entryOf(const Task& task, const Options& options, bool wasUpToDate) {
-  Json result;
+RunEntry entryOf(const Task& task, const Options& options, bool wasUpToDate) {
+  RunEntry entry;
+  entry.path = task.job.source.path;
+  entry.folder = fs::path(task.job.folder).lexically_relative(options.output).string();
+  entry.wasUpToDate = wasUpToDate;
+  entry.attempts = task.attempts;
+  entry.error = task.outputError;
+  if (task.state != TaskState::FINISHED || !task.outputError.empty()) return entry;
+  ResultRecord record;
   EventSummary events;
   const auto count = [&](const Event& event) { addTo(&events, event); };
-  const bool isStored = readResultJson(task.job.folder, &result, count).empty();
-  const bool isFinished = task.state == TaskState::FINISHED && task.outputError.empty() && isStored;
-  Json entry;
-  entry["path"] = task.job.source.path;
-  entry["folder"] = fs::path(task.job.folder).lexically_relative(options.output).string();
-  entry["status"] = isFinished ? result["status"] : Json("unfinished");
-  entry["verdict"] = isFinished ? result["verdict"] : Json("incomplete");
-  entry["error"] = isFinished ? result["error"] : textOrNull(task.outputError);
-  entry["reasons"] = isFinished ? result["reasons"] : Json::array();
-  entry["frames"] =
-      isFinished && result["analysis"].is_object() ? result["analysis"]["frames"] : Json(0);
-  if (!isFinished) events = {};
-  for (const Severity severity : {Severity::FAIL, Severity::WARN, Severity::INFO}) {
-    entry["events"][severityName(severity)] = events.counts.at(static_cast<size_t>(severity));
-  }
-  entry["up_to_date"] = wasUpToDate;
-  entry["attempts"] = task.attempts;
+  if (!readRecord(task.job.folder, &record, count).empty()) return entry;
+  entry.status = record.status;
+  entry.judgement = record.judgement;
+  entry.error = record.error;
+  if (record.analysis) entry.frames = record.analysis->frames.value_or(0);
+  entry.events = events;
   return entry;
-}
-
-void printVerdict(const Json& entry) {
-  std::string line = entry["verdict"].get<std::string>();
-  line.resize(std::max(line.size(), sizeof "incomplete"), ' ');
-  line += printableName(entry["path"].get<std::string>());
-  for (const Json& reason : entry["reasons"]) {
-    line += (&reason == &entry["reasons"].front() ? ": " : "; ") + reason.get<std::string>();
-  }
-  if (entry["up_to_date"].get<bool>()) line += " (up to date)";
-  std::printf("%s\n", line.c_str());
-  std::fflush(stdout);
-}
-
-std::string utcText(std::chrono::system_clock::time_point time) {
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
-  std::tm parts = {};
-  gmtime_r(&seconds, &parts);
-  char text[32];
-  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
-  return text;
-}
-
-Json runJson(const Json& entries, std::chrono::system_clock::time_point start, int status) {
-  Json totals = {{"pass", 0}, {"attention", 0}, {"fail", 0}, {"incomplete", 0}};
-  for (const Json& entry : entries) {
-    Json& total = totals[entry["verdict"].get<std::string>()];
-    total = total.get<int64_t>() + 1;
-  }
-  const std::chrono::duration<double> elapsed = std::chrono::system_clock::now() - start;
-  Json run;
-  run["schema_version"] = "1.0";
-  run["tool"] = {{"name", "lumascan"}, {"version", LUMASCAN_VERSION}};
-  run["started"] = utcText(start);
-  run["elapsed_s"] = elapsed.count();
-  run["exit_status"] = status;
-  run["verdicts"] = totals;
-  run["files"] = entries;
-  return run;
-}
-
-bool isFinding(const Json& events, Severity threshold) {
-  const auto has = [&](Severity severity) {
-    return severity >= threshold && events[severityName(severity)] != 0;
-  };
-  return has(Severity::INFO) || has(Severity::WARN) || has(Severity::FAIL);
-}
-
-int statusOf(const Options& options, const Json& entries, bool hasProblem, int stopSignal) {
-  int status = hasProblem ? INPUT_PROBLEM : DONE;
-  for (const Json& entry : entries) {
-    if (entry["status"] == "unfinished") {
-      status = std::max<int>(status, stopSignal == 0 ? OUTPUT_PROBLEM : DONE);
-    } else if (entry["status"] != "complete") {
-      status = std::max<int>(status, INPUT_PROBLEM);
-    }
-    const bool isFound = options.failOn.has_value() && isFinding(entry["events"], *options.failOn);
-    if (isFound) status = std::max<int>(status, FOUND);
-  }
-  if (stopSignal == SIGINT) return INTERRUPTED;
-  return stopSignal == SIGTERM ? TERMINATED : status;
 }
 
 int printPlan(const std::vector<Task>& tasks) {
@@ -186,9 +119,9 @@ int runTasks(const Options& options, const Thresholds& thresholds, std::vector<T
   listener.onFinished = [&](const std::vector<Task>&, const Task& task) {
     clearProgress(&progress);
     if (!task.outputError.empty()) complain(task.outputError);
-    const Json entry = entryOf(task, options, false);
-    if (!entry["error"].is_null() && task.outputError.empty()) {
-      complain(quoted(task.job.source.path) + ": " + entry["error"].get<std::string>());
+    const RunEntry entry = entryOf(task, options, false);
+    if (!entry.error.empty() && task.outputError.empty()) {
+      complain(quoted(entry.path) + ": " + entry.error);
     }
     if (isTelling && task.outputError.empty()) printVerdict(entry);
   };
@@ -228,23 +161,24 @@ int runScan(const Options& options) {
   removeLeftovers(options.output);
   const int stopSignal = runTasks(options, thresholds, &tasks);
 
-  Json entries = Json::array();
+  std::vector<RunEntry> entries;
+  entries.reserve(tasks.size());
   for (const Task& task : tasks) {
     const bool wasUpToDate = task.job.freshness == Freshness::COMPLETE;
     entries.push_back(entryOf(task, options, wasUpToDate));
   }
-  int status = statusOf(options, entries, !problems.empty(), stopSignal);
-  const std::string run = jsonText(runJson(entries, start, status));
+  int status = statusOf(entries, options.failOn, !problems.empty(), stopSignal);
+  const std::string run = runText(entries, start, status);
   std::string error = writeCollection(options.output, options.choice);
   if (error.empty()) {
     error = writeOutput((fs::path(options.output) / "run.json").string(),
-                        [&](FILE* out) { std::fwrite(run.data(), 1, run.size(), out); });
+                        [&](FILE* out) { writeText(run, out); });
   }
   if (!error.empty()) {
     complain(error);
     status = std::max<int>(status, OUTPUT_PROBLEM);
   }
-  if (options.printsJson) std::fwrite(run.data(), 1, run.size(), stdout);
+  if (options.printsJson) writeText(run, stdout);
   if (stopSignal != 0) complain("stopped; the same command goes on from here");
   if (stopSignal == 0 && error.empty() && !options.isQuiet && !options.printsJson) {
     const char* const page = options.choice.hasHtml ? "index.html" : "run.json";

@@ -5,6 +5,7 @@
 #include "scan/commandLine/messages.h"
 #include "scan/commands/commands.h"
 #include "scan/events/eventList.h"
+#include "scan/files/json.h"
 #include "scan/files/names.h"
 #include "scan/report/report.h"
 #include "scan/results/collection.h"
@@ -49,7 +50,8 @@ int runEvents(const Options& options) {
     VideoResult result;
     if (!readStored(folder, &result, &status)) continue;
     judgeResult(thresholds, &result);
-    const std::string path = result.json["input"]["path"];
+    const ResultRecord& record = result.record;
+    const std::string& path = record.input.path;
     for (const Event& event : result.events) {
       const bool isFinding = options.failOn.has_value() && event.severity >= *options.failOn;
       if (isFinding) status = std::max<int>(status, FOUND);
@@ -57,9 +59,9 @@ int runEvents(const Options& options) {
       std::printf("%s,%s\r\n", csvField(path).c_str(), eventColumns(event).c_str());
     }
     all.push_back({{"path", path},
-                   {"status", result.json["status"]},
-                   {"verdict", result.json["verdict"]},
-                   {"reasons", result.json["reasons"]},
+                   {"status", statusName(record.status)},
+                   {"verdict", verdictName(record.judgement.verdict)},
+                   {"reasons", record.judgement.reasons},
                    {"events", eventsJson(result.events)}});
   }
   if (options.printsJson) std::fputs(jsonText(all).c_str(), stdout);
@@ -68,15 +70,18 @@ int runEvents(const Options& options) {
 
 int runReport(const Options& options) {
   int status = DONE;
-  std::vector<ReportInput> inputs;
+  std::vector<VideoResult> results;
   const std::vector<std::string> folders = namedResults(options, &status);
   for (const std::string& folder : folders) {
     VideoResult result;
     if (!readStored(folder, &result, &status)) continue;
-    inputs.push_back({std::move(result.json), std::move(result.events), std::move(result.frames),
-                      readThumbnails(folder)});
+    result.thumbnails = readThumbnails(folder);
+    results.push_back(std::move(result));
   }
-  if (inputs.empty()) return INPUT_PROBLEM;
+  if (results.empty()) return INPUT_PROBLEM;
+  std::vector<const VideoResult*> inputs;
+  inputs.reserve(results.size());
+  for (const VideoResult& result : results) inputs.push_back(&result);
   std::string path = options.output;
   if (path.empty()) {
     path = folders.size() == 1 ? (fs::path(folders[0]) / "report.html").string()

@@ -11,3 +11,8 @@ const char* severityName(Severity severity) {
   }
   return "";
 }
+
+Severity severityNamed(const std::string& name) {
+  if (name == "fail") return Severity::FAIL;
+  return name == "warn" ? Severity::WARN : Severity::INFO;
+}

@@ -22,6 +22,7 @@ struct Event {
   bool isAtEnd = false;    // lasts to the last one
 };
 
-const char* severityName(Severity severity);  // "info", "warn", "fail"
+const char* severityName(Severity severity);      // "info", "warn", "fail"
+Severity severityNamed(const std::string& name);  // INFO for all else
 
 #endif

@@ -1,10 +1,8 @@
 #include "scan/events/eventList.h"
 
 #include <algorithm>
-#include <cmath>
-#include "scan/files/json.h"
 
-#include "scan/analysis/frameTable.h"
+#include "scan/files/json.h"
 #include "scan/numbers/decimals.h"
 
 namespace {
@@ -40,6 +38,23 @@ Json eventsJson(const std::vector<Event>& events) {
   Json all = Json::array();
   for (const Event& event : events) all.push_back(eventJson(event));
   return all;
+}
+
+Event eventOf(const Json& json) {
+  Event event;
+  event.id = wholeNumberOf(json, "id");
+  event.type = textOf(json, "type");
+  event.severity = severityNamed(textOf(json, "severity"));
+  event.firstFrame = wholeNumberOf(json, "first_frame");
+  event.lastFrame = wholeNumberOf(json, "last_frame");
+  event.startTime = numberOf(json, "start_s");
+  event.endTime = numberOf(json, "end_s");
+  event.peakFrame = wholeNumberOf(json, "peak_frame");
+  event.peakValue = numberOf(json, "peak_value");
+  event.threshold = numberOf(json, "threshold");
+  event.isAtStart = flagOf(json, "at_start");
+  event.isAtEnd = flagOf(json, "at_end");
+  return event;
 }
 
 void writeEventsJson(const std::vector<Event>& events, FILE* out) {

@@ -9,13 +9,16 @@
 #include <vector>
 
 #include "scan/events/event.h"
-#include "scan/files/json.h"
+#include "scan/files/jsonFwd.h"
 
 // Seconds from the event's start to its end; NaN: unknown.
 double durationOf(const Event& event);
 
 // An array with an object for every event, as docs/results.md has it. NaN is null.
 Json eventsJson(const std::vector<Event>& events);
+
+// An event of such an array.
+Event eventOf(const Json& json);
 
 // Writes such an array on several lines, for a place two spaces in.
 void writeEventsJson(const std::vector<Event>& events, FILE* out);

@@ -4,11 +4,13 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
-#include <limits>
+
+#include "scan/analysis/indicatorTable.h"
+#include "scan/files/json.h"
 
 namespace {
 
-constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
+constexpr double NONE = Threshold::NONE;
 constexpr Severity INFO = Severity::INFO;
 constexpr Severity WARN = Severity::WARN;
 constexpr Severity FAIL = Severity::FAIL;
@@ -154,6 +156,12 @@ size_t eventTypeNamed(std::string_view type) {
   return i;
 }
 
+size_t indicatorOfEvent(std::string_view type) {
+  const size_t i = eventTypeNamed(type);
+  const char* const indicator = i < EVENT_TYPES ? EVENT_RULES[i].indicator : nullptr;
+  return indicator == nullptr ? INDICATORS : indicatorNamed(indicator);
+}
+
 std::string readThresholds(const std::string& path, Thresholds* thresholds) {
   std::ifstream in(path, std::ios::binary);
   if (!in) return std::strerror(errno);
@@ -186,4 +194,15 @@ Json thresholdsJson(const Thresholds& thresholds) {
     all[EVENT_RULES[i].type] = one;
   }
   return all;
+}
+
+Thresholds thresholdsOf(const Json& json) {
+  Thresholds thresholds;
+  for (size_t i = 0; i < EVENT_TYPES; ++i) {
+    const Json& one = memberOf(json, EVENT_RULES[i].type);
+    for (const NumberKey& key : NUMBER_KEYS) thresholds[i].*key.field = numberOf(one, key.name);
+    thresholds[i].severity = severityNamed(textOf(one, "severity"));
+    thresholds[i].isEnabled = flagOf(one, "enabled");
+  }
+  return thresholds;
 }

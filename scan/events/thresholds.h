@@ -4,12 +4,12 @@
 
 #include <array>
 #include <cstddef>
-
+#include <limits>
 #include <string>
 #include <string_view>
 
 #include "scan/events/event.h"
-#include "scan/files/json.h"
+#include "scan/files/jsonFwd.h"
 
 constexpr size_t EVENT_TYPES = 19;
 
@@ -39,25 +39,28 @@ struct EventRule {
 
 // What can. What a type has no use for is NaN, and the user cannot set it.
 struct Threshold {
+  static constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
+
   // STRETCH, SCENE_CUT: the indicator's value. TIMESTAMP_GAP: the shortest step in seconds.
-  double enter;
-  double leave;       // STRETCH: the value at which it still goes on; enter or on its better side
-  double minSeconds;  // STRETCH: how long the value is at `enter` or beyond before it is an event
-  Severity severity;
-  bool isEnabled;
+  double enter = NONE;
+  double leave = NONE;  // STRETCH: the value at which it still goes on; enter or on its better side
+  double minSeconds =
+      NONE;  // STRETCH: how long the value is at `enter` or beyond before it is an event
+  Severity severity = Severity::INFO;
+  bool isEnabled = false;
   // Some STRETCH types begin only where the value also lies so many median absolute deviations of
   // the whole file beyond the file's median, and at least `least` beyond it; 0: anywhere.
-  double mad;
-  double least;
+  double mad = NONE;
+  double least = NONE;
   // At least so many times the median: of the neighbours for SCENE_CUT, of all steps for
   // TIMESTAMP_GAP, of the whole file for those STRETCH types above whose indicator has a level of
   // its own in every file.
-  double ratio;
+  double ratio = NONE;
   // STRETCH types with one of these: what lies here or beyond needs not be held against the file.
-  double alone;
+  double alone = NONE;
   // Some STRETCH types are held against the worst value of the last so many seconds, since what
   // they look for shows in some frames only; 0: against that of the frame.
-  double holdSeconds;
+  double holdSeconds = NONE;
 };
 
 // In the same order, which is the order of files, too.
@@ -68,6 +71,9 @@ extern const Thresholds DEFAULT_THRESHOLDS;
 // Place in the tables, or EVENT_TYPES when there is no such type.
 size_t eventTypeNamed(std::string_view type);
 
+// Place in INDICATOR_TABLE of what shows an event of this type, or INDICATORS.
+size_t indicatorOfEvent(std::string_view type);
+
 // Changes what a JSON file of the form {"blur": {"enter": 9, "leave": 8, "min_s": 1, "mad": 6,
 // "least": 2, "severity": "fail", "enabled": true}, "scene_cut": {"ratio": 4}, "block_loss":
 // {"alone": 400, "hold_s": 0.3}} names, and leaves the rest. Returns an empty text, or what is
@@ -76,5 +82,8 @@ std::string readThresholds(const std::string& path, Thresholds* thresholds);
 
 // An object of such objects, with every type and all that can be set of it.
 Json thresholdsJson(const Thresholds& thresholds);
+
+// Such an object again. What it does not say is NaN, INFO and disabled.
+Thresholds thresholdsOf(const Json& json);
 
 #endif

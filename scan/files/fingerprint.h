@@ -11,6 +11,10 @@ struct Fingerprint {
   std::string checksum;  // CRC-32 of the first and the last 64 KiB, eight hexadecimal digits
 };
 
+inline bool operator==(const Fingerprint& a, const Fingerprint& b) {
+  return a.size == b.size && a.modificationTime == b.modificationTime && a.checksum == b.checksum;
+}
+
 // False, with errno set, when the file cannot be read.
 bool takeFingerprint(const std::string& path, Fingerprint* fingerprint);
 

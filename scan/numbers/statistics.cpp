@@ -1,7 +1,7 @@
 #include "scan/numbers/statistics.h"
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "scan/numbers/sortedValues.h"
 
@@ -19,9 +19,8 @@ double percentile(double share, SortedValues* sorted) {
 }  // namespace
 
 Statistics statisticsOf(const Column<double>& values) {
-  constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
   SortedValues sorted = sortedValues(values);
-  if (sorted.count == 0) return {0, NONE, NONE, NONE, NONE, NONE, NONE, NONE, NONE, NONE};
+  if (sorted.count == 0) return {};
   const auto n = static_cast<double>(sorted.count);
   double sum = 0.0;
   for (const double value : values) sum += std::isfinite(value) ? value : 0.0;

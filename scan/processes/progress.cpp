@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "scan/files/json.h"
 #include "scan/files/names.h"
 
 namespace {
@@ -88,7 +89,7 @@ void printJson(const State& state, size_t tasks, double elapsed) {
   json["frames"] = state.frames;
   json["elapsed_s"] = elapsed;
   json["running"] = state.running;
-  std::fprintf(stderr, "%s\n", json.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+  std::fprintf(stderr, "%s\n", shortJsonText(json).c_str());
 }
 
 std::chrono::milliseconds intervalOf(ProgressStyle style) {

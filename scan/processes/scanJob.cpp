@@ -9,12 +9,13 @@ namespace {
 std::string judgeAndStore(const ScanJob& job, const Options& options, const Thresholds& thresholds,
                           OutputFile* rows, VideoResult* result) {
   judgeResult(thresholds, result);
+  result->record.outputs = options.choice;
   // What came through a pipe is gone.
   const Thumbs thumbs =
       job.source.path == "-" || !options.choice.hasHtml ? Thumbs::NONE : options.choice.thumbs;
-  const Thumbnails thumbnails = makeThumbnails(
-      job.source, result->frames, framesToShow(result->events, thumbs, result->frames));
-  return storeResult(job.folder, options.choice, std::move(*result), thumbnails, rows);
+  result->thumbnails = makeThumbnails(job.source, result->frames,
+                                      framesToShow(result->events, thumbs, result->frames));
+  return storeResult(job.folder, *result, rows);
 }
 
 std::string analyseAndStore(const ScanJob& job, const Options& options,

@@ -66,11 +66,11 @@ void storeFailure(const Run& run, const std::string& what, Task* task) {
   const std::vector<std::string> lines = lastLines(task->worker.logTail);
   std::string error = "its analysis was given up after two attempts: " + what;
   if (!lines.empty()) error += "; last message: " + lines.back();
-  VideoResult result = {failedResult(task->job.source, run.options.analysis, error), {}, {}};
+  VideoResult result = failedResult(task->job.source, run.options.analysis, error);
   removeLeftovers(task->job.folder);
   judgeResult(run.thresholds, &result);
-  task->outputError =
-      storeResult(task->job.folder, run.options.choice, std::move(result), {}, nullptr);
+  result.record.outputs = run.options.choice;
+  task->outputError = storeResult(task->job.folder, result, nullptr);
 }
 
 // What a worker came to that did not end by itself.

@@ -8,6 +8,7 @@
 #include <limits>
 #include <string>
 
+#include "scan/files/json.h"
 #include "scan/report/deflatedText.h"
 
 namespace {

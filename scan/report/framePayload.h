@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "scan/analysis/frameTable.h"
-#include "scan/files/json.h"
+#include "scan/files/jsonFwd.h"
 
 // How the columns time_s, duration_s, flags (1: keyframe, 2: corrupt) and the fifteen are packed:
 // an array of {"name", "kind"} and perhaps "value". Each is of the narrowest kind that holds all

@@ -5,6 +5,8 @@
 #include <memory>
 #include <new>
 
+#include "scan/files/json.h"
+
 extern "C" {
 #include <libavutil/mem.h>
 #include <libavutil/sha.h>
@@ -14,10 +16,6 @@ namespace {
 
 constexpr unsigned char FIRST_PRINTABLE = 0x20;
 constexpr unsigned char DELETE_CHARACTER = 0x7f;
-
-std::string dumped(const Json& value) {
-  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 // U+2400 + c pictures the control character c, U+2421 the one called delete.
 std::string controlPicture(unsigned char c) {
@@ -39,7 +37,7 @@ void replaceDirections(std::string* text) {
 
 std::string escapeHtml(std::string_view text) {
   // The way through JSON is what replaces bytes that are no UTF-8.
-  auto valid = Json::parse(dumped(std::string(text))).get<std::string>();
+  auto valid = Json::parse(shortJsonText(std::string(text))).get<std::string>();
   replaceDirections(&valid);
   std::string html;
   for (const char c : valid) {
@@ -65,7 +63,7 @@ std::string escapeHtml(std::string_view text) {
 
 std::string scriptJson(const Json& value) {
   std::string escaped;
-  for (const char c : dumped(value)) {
+  for (const char c : shortJsonText(value)) {
     if (c == '<') {
       escaped += "\\u003c";
     } else {

@@ -4,7 +4,8 @@
 
 #include <string>
 #include <string_view>
-#include "scan/files/json.h"
+
+#include "scan/files/jsonFwd.h"
 
 // Text for element content and quoted attributes. Bytes that are no UTF-8 and characters that
 // change the direction of reading become U+FFFD, control characters (line ends too) their visible

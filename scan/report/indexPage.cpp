@@ -21,8 +21,6 @@ constexpr int SPARK_H = 20;
 
 struct Row {
   const IndexEntry* entry;
-  Verdict verdict;
-  std::string path;
   std::array<const char*, INDICATORS> worst{};  // severity of its events; "" for none
 };
 
@@ -32,7 +30,7 @@ struct Range {
 };
 
 Row rowOf(const IndexEntry& entry) {
-  Row row{&entry, verdictOf(entry.result), pathOf(entry.result)};
+  Row row{&entry};
   row.worst.fill("");
   for (const auto& [type, severity] : entry.events.worst) {
     const size_t indicator = indicatorOfEvent(type);
@@ -43,49 +41,50 @@ Row rowOf(const IndexEntry& entry) {
   return row;
 }
 
+Verdict verdictOf(const Row& row) {
+  return row.entry->record.judgement.verdict;
+}
+
+const std::string& pathOf(const Row& row) {
+  return row.entry->record.input.path;
+}
+
 int64_t countOf(const Row& row, Severity severity) {
   return row.entry->events.counts.at(static_cast<size_t>(severity));
 }
 
 bool isWorse(const Row& a, const Row& b) {
   const auto rank = [](const Row& row) {
-    return std::tuple(row.verdict, -countOf(row, Severity::FAIL), -countOf(row, Severity::WARN),
-                      row.path);
+    return std::tuple(verdictOf(row), -countOf(row, Severity::FAIL), -countOf(row, Severity::WARN),
+                      pathOf(row));
   };
   return rank(a) < rank(b);
-}
-
-const Json& overviewOf(const Json& result, size_t indicator) {
-  return memberOf(memberOf(memberOf(result, "indicators"), INDICATOR_TABLE[indicator].name),
-                  "overview");
 }
 
 // All inputs share an indicator's scale, so that rows can be compared.
 Range rangeOf(const std::vector<IndexEntry>& entries, size_t indicator) {
   Range range;
   for (const IndexEntry& entry : entries) {
-    for (const Json& mean : overviewOf(entry.result, indicator)) {
-      if (!mean.is_number()) continue;
-      range.low = std::fmin(range.low, mean.get<double>());
-      range.high = std::fmax(range.high, mean.get<double>());
+    for (const double mean : entry.record.indicators[indicator].overview) {
+      range.low = std::fmin(range.low, mean);
+      range.high = std::fmax(range.high, mean);
     }
   }
   return range;
 }
 
 // Undefined stretches interrupt the line, unless they are meant to be there (isBridged).
-std::string sparkPath(const Json& overview, const Range& range, bool isBridged) {
+std::string sparkPath(const std::vector<double>& overview, const Range& range, bool isBridged) {
   std::string path;
-  const size_t count = overview.is_array() ? overview.size() : 0;
+  const size_t count = overview.size();
   bool isStart = true;
   for (size_t i = 0; i < count; ++i) {
-    if (!overview[i].is_number()) {
+    if (std::isnan(overview[i])) {
       isStart = isStart || !isBridged;
       continue;
     }
     const double spread = range.high / 2.0 - range.low / 2.0;
-    const double part =
-        spread > 0.0 ? (overview[i].get<double>() / 2.0 - range.low / 2.0) / spread : 0.0;
+    const double part = spread > 0.0 ? (overview[i] / 2.0 - range.low / 2.0) / spread : 0.0;
     const auto y = static_cast<int>(std::lround((1.0 - part) * SPARK_H));
     const size_t x = count > 1 ? i * SPARK_W / (count - 1) : 0;
     path += (isStart ? 'M' : 'L') + std::to_string(x) + " " + std::to_string(y);
@@ -97,15 +96,13 @@ std::string sparkPath(const Json& overview, const Range& range, bool isBridged) 
 
 std::string sparkHtml(const Row& row, size_t indicator, const Range& range) {
   const IndicatorInfo& info = INDICATOR_TABLE[indicator];
-  const Json& result = row.entry->result;
-  const Json& statistics = memberOf(memberOf(result, "indicators"), info.name);
-  const std::string text =
-      std::string(info.title) + ": mean " + roughText(numberOf(statistics, "mean")) + ", " +
-      roughText(numberOf(statistics, "min")) + " to " + roughText(numberOf(statistics, "max"));
+  const auto& [statistics, overview] = row.entry->record.indicators[indicator];
+  const std::string text = std::string(info.title) + ": mean " + roughText(statistics.mean) + ", " +
+                           roughText(statistics.min) + " to " + roughText(statistics.max);
   std::string html = std::string("<td class=\"spark ") + row.worst[indicator] + "\" data-v=\"" +
-                     shortestText(numberOf(statistics, "mean")) + "\"><span class=\"label\">" +
-                     info.title + "</span>";
-  const std::string path = sparkPath(overviewOf(result, indicator), range, isSparse(indicator));
+                     shortestText(statistics.mean) + "\"><span class=\"label\">" + info.title +
+                     "</span>";
+  const std::string path = sparkPath(overview, range, isSparse(indicator));
   if (path.empty()) return html + "\xe2\x80\x93</td>";
   return html + "<svg viewBox=\"-1 -2 " + std::to_string(SPARK_W + 2) + " " +
          std::to_string(SPARK_H + 4) +
@@ -129,14 +126,14 @@ std::string linkOf(const std::string& folderUri) {
 }
 
 std::string rowHtml(const Row& row, size_t place, const std::array<Range, INDICATORS>& ranges) {
-  const Json& result = row.entry->result;
-  const double duration = durationOf(result);
+  const ResultRecord& record = row.entry->record;
+  const double duration = durationOf(record);
   std::string html = "<tr><td data-v=\"" + std::to_string(place) + "\"><span class=\"badge " +
-                     verdictName(row.verdict) + "\">" + verdictTitle(row.verdict) +
+                     verdictName(verdictOf(row)) + "\">" + verdictTitle(verdictOf(row)) +
                      "</span></td><td class=\"input\"><a href=\"" +
                      escapeHtml(linkOf(row.entry->folderUri)) + "\"><bdi>" +
-                     escapeHtml(row.path.empty() ? "(no name)" : row.path) + "</bdi></a>";
-  for (const std::string& reason : textsOf(result, "reasons")) {
+                     escapeHtml(pathOf(row).empty() ? "(no name)" : pathOf(row)) + "</bdi></a>";
+  for (const std::string& reason : record.judgement.reasons) {
     html += "<p>" + escapeHtml(reason) + "</p>";
   }
   html += "</td>" + countHtml(row, Severity::FAIL) + countHtml(row, Severity::WARN) +
@@ -151,7 +148,7 @@ std::string summaryHtml(const std::vector<Row>& rows) {
   for (const Verdict verdict :
        {Verdict::INCOMPLETE, Verdict::FAIL, Verdict::ATTENTION, Verdict::PASS}) {
     const auto count = std::count_if(rows.begin(), rows.end(),
-                                     [&](const Row& row) { return row.verdict == verdict; });
+                                     [&](const Row& row) { return verdictOf(row) == verdict; });
     if (count > 0) {
       html += std::string("<span class=\"badge ") + verdictName(verdict) + "\">" +
               std::to_string(count) + " " + verdictTitle(verdict) + "</span> ";

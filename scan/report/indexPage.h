@@ -7,11 +7,10 @@
 #include <vector>
 
 #include "scan/events/eventList.h"
-#include "scan/files/json.h"
+#include "scan/record/videoResult.h"
 
-// NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing
 struct IndexEntry {
-  Json result;            // docs/results.md; its events may be left out
+  ResultRecord record;
   std::string folderUri;  // where its report.html is: a relative reference, percent-encoded
   EventSummary events;
 };

@@ -91,30 +91,29 @@ void shareEvents(std::vector<PageEvent> events, Page* page) {
 }
 
 // Thresholds that several inputs share are shown once.
-void collectThresholds(const Json& result, Page* page) {
-  const Json& all = memberOf(result, "thresholds");
-  if (!all.is_object()) return;
-  for (const auto& [type, json] : all.items()) {
+void collectThresholds(const Thresholds& thresholds, Page* page) {
+  for (size_t i = 0; i < EVENT_TYPES; ++i) {
+    const char* const type = EVENT_RULES[i].type;
     const size_t track = indicatorOfEvent(type);
-    const double value = numberOf(json, "enter");
+    const double value = thresholds[i].enter;
     if (track == INDICATORS || std::isnan(value)) continue;
     std::vector<PageThreshold>& known = page->thresholds[track];
     const bool isKnown =
-        std::any_of(known.begin(), known.end(), [&, key = type](const PageThreshold& threshold) {
-          return threshold.type == key && threshold.value == value;
+        std::any_of(known.begin(), known.end(), [&](const PageThreshold& threshold) {
+          return threshold.type == type && threshold.value == value;
         });
-    if (!isKnown) known.push_back({value, type, severityOf(json)});
+    if (!isKnown) known.push_back({value, type, thresholds[i].severity});
   }
 }
 
 }  // namespace
 
-Page collectPage(const std::vector<ReportInput>& inputs) {
+Page collectPage(const std::vector<const VideoResult*>& inputs) {
   Page page;
   for (size_t i = 0; i < inputs.size(); ++i) {
-    const double fps = usableRate(frameRateOf(inputs[i].result));
-    page.sources.push_back({&inputs[i], i, fps, axisTimes(inputs[i].frames, fps)});
-    collectThresholds(inputs[i].result, &page);
+    const double fps = usableRate(frameRateOf(inputs[i]->record));
+    page.sources.push_back({inputs[i], i, fps, axisTimes(inputs[i]->frames, fps)});
+    collectThresholds(inputs[i]->record.thresholds, &page);
   }
   page.span = wholeSpan(page.sources);
   shareEvents(collectEvents(page.sources, page.span), &page);

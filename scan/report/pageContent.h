@@ -12,7 +12,7 @@
 
 // One input and what is derived from it.
 struct Source {
-  const ReportInput* input;
+  const VideoResult* input;
   size_t place;  // among the inputs
   double fps;    // usable
   Column<double> times;
@@ -28,7 +28,7 @@ struct PageEvent {
 struct PageThreshold {
   double value;
   std::string type;
-  std::string severity;
+  Severity severity;
 };
 
 struct Page {
@@ -41,7 +41,7 @@ struct Page {
 };
 
 // The inputs must outlive it.
-Page collectPage(const std::vector<ReportInput>& inputs);
+Page collectPage(const std::vector<const VideoResult*>& inputs);
 
 // Whether there are several inputs, side by side.
 bool isComparison(const Page& page);

@@ -1,5 +1,6 @@
 #include "scan/report/pageData.h"
 
+#include "scan/files/json.h"
 #include "scan/files/outputFile.h"
 #include "scan/report/framePayload.h"
 #include "scan/report/html.h"
@@ -12,7 +13,8 @@ Json modelOf(const Page& page) {
   for (size_t i = 0; i < INDICATORS; ++i) {
     Json thresholds = Json::array();
     for (const PageThreshold& threshold : page.thresholds[i]) {
-      thresholds.push_back({{"value", threshold.value}, {"severity", threshold.severity}});
+      thresholds.push_back(
+          {{"value", threshold.value}, {"severity", severityName(threshold.severity)}});
     }
     tracks.push_back({{"name", INDICATOR_TABLE[i].name},
                       {"isBridged", isSparse(i)},

@@ -11,7 +11,7 @@
 
 namespace {
 
-std::string pictureHtml(const ReportInput& input, int64_t frame, const char* what) {
+std::string pictureHtml(const VideoResult& input, int64_t frame, const char* what) {
   const auto found = input.thumbnails.find(frame);
   if (found == input.thumbnails.end()) return "";
   const std::string number = std::to_string(frame);
@@ -21,7 +21,7 @@ std::string pictureHtml(const ReportInput& input, int64_t frame, const char* wha
 }
 
 // A frame that is more than one of them is shown once.
-std::string picturesHtml(const ReportInput& input, const Event& event) {
+std::string picturesHtml(const VideoResult& input, const Event& event) {
   const auto [first, peak, last] = std::tuple(event.firstFrame, event.peakFrame, event.lastFrame);
   std::string html = pictureHtml(input, first, peak == first ? "start, peak" : "start");
   if (peak != first) html += pictureHtml(input, peak, peak == last ? "peak, end" : "peak");

@@ -13,31 +13,30 @@ std::string listHtml(const char* name, const std::vector<std::string>& texts) {
   return html + "</ul>";
 }
 
-std::vector<std::string> warningsOf(const Json& result) {
-  std::vector<std::string> warnings = textsOf(result, "warnings");
-  if (flagOf(result, "truncated")) {
+std::vector<std::string> warningsOf(const ResultRecord& record) {
+  std::vector<std::string> warnings = record.warnings;
+  if (record.isTruncated) {
     warnings.insert(warnings.begin(), "The file ends before it should.");
   }
   return warnings;
 }
 
-std::string errorHtml(const Json& result) {
-  const std::string error = textOf(result, "error");
+std::string errorHtml(const std::string& error) {
   return error.empty() ? "" : "<p class=\"error\">" + escapeHtml(error) + "</p>";
 }
 
 std::string verdictHtml(const Page& page, const Source& source) {
-  const Json& result = source.input->result;
-  const Verdict verdict = verdictOf(result);
+  const ResultRecord& record = source.input->record;
+  const auto& [verdict, reasons] = record.judgement;
   return std::string("<section class=\"verdict ") + verdictName(verdict) + "\"><h1>" +
          (isComparison(page) ? keyHtml(source) : nameHtml(source)) + "</h1><p class=\"mark\">" +
-         verdictTitle(verdict) + "</p>" + listHtml("reasons", textsOf(result, "reasons")) +
-         errorHtml(result) + listHtml("warnings", warningsOf(result)) + "</section>\n";
+         verdictTitle(verdict) + "</p>" + listHtml("reasons", reasons) + errorHtml(record.error) +
+         listHtml("warnings", warningsOf(record)) + "</section>\n";
 }
 
 std::string factListHtml(const Source& source) {
   std::string html = "<dl class=\"facts\">";
-  for (const Fact& fact : factsOf(source.input->result)) {
+  for (const Fact& fact : factsOf(source.input->record)) {
     html +=
         std::string("<div><dt>") + fact.title + "</dt><dd>" + escapeHtml(fact.text) + "</dd></div>";
   }
@@ -71,7 +70,7 @@ std::string factTableHtml(const Page& page) {
   std::vector<Fact> rows;  // of all inputs
   for (const Source& source : page.sources) {
     html += "<th scope=\"col\">" + keyHtml(source) + "</th>";
-    inputs.push_back(factsOf(source.input->result));
+    inputs.push_back(factsOf(source.input->record));
     for (const Fact& fact : inputs.back()) {
       if (factNamed(rows, fact.title).empty()) rows.push_back(fact);
     }

@@ -12,7 +12,7 @@ std::string colourClass(size_t place) {
 }
 
 std::string nameHtml(const Source& source) {
-  std::string name = nameOf(source.input->result);
+  std::string name = nameOf(source.input->record);
   if (name.empty()) name = "input " + std::to_string(source.place + 1);
   return "<bdi class=\"name\">" + escapeHtml(name) + "</bdi>";
 }

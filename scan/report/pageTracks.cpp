@@ -48,7 +48,8 @@ std::string trackSvgHtml(const Page& page, size_t indicator, const ValueRange& r
     char path[64];
     std::snprintf(path, sizeof path, "M0 %.1fH%d", svgHeightOf(threshold.value, range),
                   SVG_COLUMNS);
-    html += "<path class=\"threshold " + threshold.severity + "\" d=\"" + path + "\"/>";
+    html += "<path class=\"threshold " + std::string(severityName(threshold.severity)) + "\" d=\"" +
+            path + "\"/>";
   }
   for (const Source& source : page.sources) {
     html += "<path class=\"line " + colourClass(source.place) + "\" d=\"" +
@@ -59,12 +60,10 @@ std::string trackSvgHtml(const Page& page, size_t indicator, const ValueRange& r
   return html + "</svg>";
 }
 
-std::string statisticsHtml(const Json& result, const char* name) {
-  const Json& statistics = memberOf(memberOf(result, "indicators"), name);
-  const double n = numberOf(statistics, "n");
-  if (!(n > 0.0)) return "not measured";
-  return roughText(numberOf(statistics, "min")) + " to " + roughText(numberOf(statistics, "max")) +
-         ", mean " + roughText(numberOf(statistics, "mean"));
+std::string statisticsHtml(const Statistics& statistics) {
+  if (statistics.n == 0) return "not measured";
+  return roughText(statistics.min) + " to " + roughText(statistics.max) + ", mean " +
+         roughText(statistics.mean);
 }
 
 std::string trackHtml(const Page& page, size_t indicator) {
@@ -76,10 +75,10 @@ std::string trackHtml(const Page& page, size_t indicator) {
   for (const Source& source : page.sources) {
     html += "<p class=\"value " + colourClass(source.place) + "\"><output data-input=\"" +
             std::to_string(source.place) + "\"></output><small>" +
-            statisticsHtml(source.input->result, info.name) + "</small></p>";
+            statisticsHtml(source.input->record.indicators[indicator].statistics) + "</small></p>";
   }
   for (const PageThreshold& threshold : page.thresholds[indicator]) {
-    html += "<p class=\"threshold " + threshold.severity + "\">" +
+    html += "<p class=\"threshold " + std::string(severityName(threshold.severity)) + "\">" +
             escapeHtml(words(threshold.type)) + " at " + roughText(threshold.value) + "</p>";
   }
   html += "</div>\n<div class=\"plot\"><div class=\"static\"><span>" + roughText(range.high) +

@@ -16,15 +16,15 @@ namespace {
 std::string titleOf(const Page& page) {
   std::string title;
   for (const Source& source : page.sources) {
-    title += (title.empty() ? "" : " / ") + nameOf(source.input->result) + ": " +
-             verdictTitle(verdictOf(source.input->result));
+    title += (title.empty() ? "" : " / ") + nameOf(source.input->record) + ": " +
+             verdictTitle(source.input->record.judgement.verdict);
   }
   return title;
 }
 
 }  // namespace
 
-void writeReport(const std::vector<ReportInput>& inputs, FILE* out) {
+void writeReport(const std::vector<const VideoResult*>& inputs, FILE* out) {
   const Page page = collectPage(inputs);
   Document document;
   document.title = titleOf(page);

@@ -9,28 +9,35 @@
 #include "scan/files/outputFile.h"
 #include "scan/numbers/decimals.h"
 #include "scan/report/indexPage.h"
-#include "scan/report/resultFacts.h"
 #include "scan/results/storedResult.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-// A value of JSON in a table: texts as they are, null empty.
-std::string cell(const Json& value) {
-  if (value.is_string()) return csvField(value.get<std::string>());
-  if (value.is_number_float()) return shortestText(value.get<double>());
-  if (value.is_boolean()) return value.get<bool>() ? "1" : "0";
-  return value.is_number() ? value.dump() : "";
+std::string cell(const std::optional<int64_t>& count) {
+  return count ? std::to_string(*count) : "";
 }
 
 void writeLine(const std::string& line, FILE* out) {
   writeText(line + "\r\n", out);
 }
 
-Json durationOf(const Json& analysis) {
-  return numberOrNull(
-      wholeNanoseconds(numberOf(analysis, "end_s") - numberOf(analysis, "start_s")));
+std::string summaryLine(const IndexEntry& entry) {
+  const ResultRecord& record = entry.record;
+  const AnalysisFacts analysis = record.analysis.value_or(AnalysisFacts{});
+  std::string line = csvField(record.input.path) + ',' + statusName(record.status) + ',' +
+                     verdictName(record.judgement.verdict) + ',' + cell(analysis.frames) + ',' +
+                     shortestText(wholeNanoseconds(analysis.end - analysis.start));
+  for (const Severity severity : {Severity::FAIL, Severity::WARN, Severity::INFO}) {
+    line += ',' + std::to_string(entry.events.counts.at(static_cast<size_t>(severity)));
+  }
+  line += ',' + cell(analysis.corruptFrames) + ',' + cell(analysis.decodeErrors) + ',' +
+          (record.isTruncated ? '1' : '0') + ',' + csvField(record.error);
+  for (const IndicatorSummary& summary : record.indicators) {
+    line += ',' + shortestText(summary.statistics.mean);
+  }
+  return line;
 }
 
 void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
@@ -41,24 +48,7 @@ void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
     header += std::string(",") + indicator.name + "_mean";
   }
   writeLine(header, out);
-  for (const IndexEntry& entry : entries) {
-    const Json& result = entry.result;
-    const Json& analysis = memberOf(result, "analysis");
-    const auto fact = [&](const char* name) { return cell(memberOf(analysis, name)); };
-    std::string line = csvField(pathOf(result)) + ',' + cell(result["status"]) + ',' +
-                       cell(result["verdict"]) + ',' + fact("frames") + ',' +
-                       cell(durationOf(analysis));
-    for (const Severity severity : {Severity::FAIL, Severity::WARN, Severity::INFO}) {
-      line += ',' + std::to_string(entry.events.counts.at(static_cast<size_t>(severity)));
-    }
-    line += ',' + fact("corrupt_frames") + ',' + fact("decode_errors") + ',' +
-            cell(result["truncated"]) + ',' + cell(memberOf(result, "error"));
-    for (const IndicatorInfo& indicator : INDICATOR_TABLE) {
-      const Json& facts = memberOf(memberOf(result, "indicators"), indicator.name);
-      line += ',' + cell(memberOf(facts, "mean"));
-    }
-    writeLine(line, out);
-  }
+  for (const IndexEntry& entry : entries) writeLine(summaryLine(entry), out);
 }
 
 // Reads a result. Its events, of which all results together may have more than memory holds, go
@@ -69,8 +59,8 @@ bool readEntry(const std::string& folder, FILE* eventTable, IndexEntry* entry) {
     addTo(&entry->events, event);
     if (eventTable != nullptr) rows.push_back(eventColumns(event));
   };
-  if (!readResultJson(folder, &entry->result, take).empty()) return false;
-  const std::string path = csvField(pathOf(entry->result));
+  if (!readRecord(folder, &entry->record, take).empty()) return false;
+  const std::string path = csvField(entry->record.input.path);
   for (const std::string& row : rows) {
     std::fprintf(eventTable, "%s,%s\r\n", path.c_str(), row.c_str());
   }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "scan/results/outputChoice.h"
+#include "scan/record/outputChoice.h"
 
 // The folders with a result.json, the given one or any below it, sorted by name.
 std::vector<std::string> storedResults(const std::string& folder);

@@ -7,12 +7,10 @@
 #include <iterator>
 
 #include "scan/events/eventList.h"
-#include "scan/files/fingerprint.h"
+#include "scan/files/json.h"
 #include "scan/files/names.h"
+#include "scan/record/resultJson.h"
 #include "scan/report/report.h"
-#include "scan/report/resultFacts.h"
-#include "scan/results/resultShape.h"
-#include "scan/version.h"
 
 namespace fs = std::filesystem;
 
@@ -28,20 +26,6 @@ std::string makeFolder(const std::string& folder) {
   fs::create_directories(folder, error);
   if (!error) return "";
   return "cannot create \"" + printableName(folder) + "\": " + error.message();
-}
-
-Json choiceJson(const OutputChoice& choice) {
-  Json formats = Json::array();
-  if (choice.hasCsv) formats.push_back("csv");
-  if (choice.hasHtml) formats.push_back("html");
-  return {{"formats", formats}, {"thumbs", thumbsName(choice.thumbs)}};
-}
-
-bool isUnchanged(const Json& input, const std::string& path) {
-  Fingerprint now;
-  return path != "-" && takeFingerprint(path, &now) && memberOf(input, "size") == now.size &&
-         memberOf(input, "mtime_ns") == now.modificationTime &&
-         memberOf(input, "checksum") == now.checksum;
 }
 
 std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails) {
@@ -74,7 +58,6 @@ Json parseResult(std::istream& file, const EventListener& onEvent) {
     return !isEvent;
   };
   Json result = Json::parse(file, isKept, false);
-  if (result.is_object()) result.erase("events");
   return isTooDeep ? Json(Json::value_t::discarded) : result;
 }
 
@@ -88,11 +71,11 @@ std::string storeChosen(bool isChosen, const fs::path& path,
 }
 
 // The events, of which there may be many, are written one by one behind the rest.
-void writeResultJson(const Json& json, const std::vector<Event>& events, FILE* out) {
-  std::string text = jsonText(json);
+void writeResultJson(const VideoResult& result, FILE* out) {
+  std::string text = jsonText(resultJson(result.record));
   text.erase(text.rfind("\n}"));
   writeText(text + ",\n  \"events\": ", out);
-  writeEventsJson(events, out);
+  writeEventsJson(result.events, out);
   writeText("\n}\n", out);
 }
 
@@ -110,41 +93,33 @@ std::string resultFolder(const std::string& output, const std::string& path) {
 Freshness freshnessOf(const std::string& folder, const VideoSource& source,
                       const AnalysisOptions& options, const Thresholds& thresholds,
                       const OutputChoice& choice) {
-  Json json;
-  if (!readResultJson(folder, &json, [](const Event&) {}).empty()) return Freshness::STALE;
-  const bool isValid = json["status"] != "failed" && json["tool"]["version"] == LUMASCAN_VERSION &&
-                       json["options"] == optionsJson(source, options) &&
-                       isUnchanged(json["input"], source.path);
+  ResultRecord record;
+  if (!readRecord(folder, &record, [](const Event&) {}).empty()) return Freshness::STALE;
+  const std::optional<Fingerprint>& fingerprint = record.input.fingerprint;
+  const bool isValid = record.status != Status::FAILED && record.toolVersion == LUMASCAN_VERSION &&
+                       record.options == askedOptions(source, options) && fingerprint &&
+                       fingerprint == fingerprintOf(source);
   if (!isValid) return Freshness::STALE;
   const bool isJudged =
-      json["thresholds"] == thresholdsJson(thresholds) && json["outputs"] == choiceJson(choice);
+      thresholdsJson(record.thresholds) == thresholdsJson(thresholds) && record.outputs == choice;
   if (isJudged) return Freshness::COMPLETE;
-  const Json& formats = json["outputs"]["formats"];
-  const bool hasCsv = std::find(formats.begin(), formats.end(), "csv") != formats.end();
-  return hasCsv ? Freshness::JUDGE : Freshness::STALE;
+  return record.outputs.hasCsv ? Freshness::JUDGE : Freshness::STALE;
 }
 
-std::string readResultJson(const std::string& folder, Json* json, const EventListener& onEvent) {
+std::string readRecord(const std::string& folder, ResultRecord* record,
+                       const EventListener& onEvent) {
   const fs::path path = fs::path(folder) / "result.json";
   std::ifstream file(path);
-  const auto complain = [&](const std::string& reason) {
-    return "cannot read \"" + printableName(path.string()) + "\": " + reason;
-  };
-  if (!file) return complain(std::strerror(errno));
-  *json = parseResult(file, onEvent);
-  const bool isResult = json->is_object() && json->value("tool", Json::object()).is_object() &&
-                        json->value("tool", Json::object()).value("name", Json()) == "lumascan";
-  if (!isResult) return complain("it is not a result of lumascan");
-  if ((*json)["schema_version"] != "1.0") return complain("it is of another version of lumascan");
-  const std::string mistake = shapeMistake(*json);
-  return mistake.empty() ? "" : complain(mistake);
+  const std::string mistake =
+      file ? readRecord(parseResult(file, onEvent), record) : std::strerror(errno);
+  return mistake.empty() ? "" : "cannot read \"" + printableName(path.string()) + "\": " + mistake;
 }
 
 std::string readResult(const std::string& folder, VideoResult* result) {
   result->events.clear();
-  std::string error = readResultJson(
-      folder, &result->json, [&](Event event) { result->events.push_back(std::move(event)); });
-  if (!error.empty() || result->json["status"] == "failed") return error;
+  std::string error = readRecord(folder, &result->record,
+                                 [&](Event event) { result->events.push_back(std::move(event)); });
+  if (!error.empty() || result->record.status == Status::FAILED) return error;
   const std::string path = (fs::path(folder) / "frames.csv").string();
   const std::string mistake = readFramesCsv(path, &result->frames);
   return mistake.empty() ? "" : "cannot read \"" + printableName(path) + "\": " + mistake;
@@ -169,32 +144,25 @@ std::string beginRows(const std::string& folder, OutputFile* rows) {
   return "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
 }
 
-std::string storeResult(const std::string& folder, const OutputChoice& choice, VideoResult result,
-                        const Thumbnails& thumbnails, OutputFile* rows) {
+std::string storeResult(const std::string& folder, const VideoResult& result, OutputFile* rows) {
   const fs::path to = folder;
   std::string error = makeFolder(folder);
   if (!error.empty()) return error;
   std::error_code ignored;
   fs::remove(to / "result.json", ignored);
 
-  Json& json = result.json;
-  json["outputs"] = choiceJson(choice);
-  const bool hasCsv = choice.hasCsv;
+  const OutputChoice& outputs = result.record.outputs;
   if (rows != nullptr && !commitOutput(rows)) {
     error = "cannot write \"" + printableName(rows->path) + "\": " + std::strerror(errno);
   }
-  if (!hasCsv) fs::remove(to / "rows.tsv", ignored);
+  if (!outputs.hasCsv) fs::remove(to / "rows.tsv", ignored);
   const auto step = [&](bool isChosen, const char* name, const std::function<void(FILE*)>& write) {
     if (error.empty()) error = storeChosen(isChosen, to / name, write);
   };
-  step(hasCsv, "frames.csv", [&](FILE* out) { writeFramesCsv(result.frames, out); });
-  step(hasCsv, "events.csv", [&](FILE* out) { writeEventsCsv(result.events, out); });
-  if (error.empty()) error = storeThumbnails(to / "thumbs", thumbnails);
-  step(choice.hasHtml, "report.html", [&](FILE* out) {
-    std::vector<ReportInput> inputs(1);
-    inputs[0] = {json, result.events, std::move(result.frames), thumbnails};  // their last use
-    writeReport(inputs, out);
-  });
-  step(true, "result.json", [&](FILE* out) { writeResultJson(json, result.events, out); });
+  step(outputs.hasCsv, "frames.csv", [&](FILE* out) { writeFramesCsv(result.frames, out); });
+  step(outputs.hasCsv, "events.csv", [&](FILE* out) { writeEventsCsv(result.events, out); });
+  if (error.empty()) error = storeThumbnails(to / "thumbs", result.thumbnails);
+  step(outputs.hasHtml, "report.html", [&](FILE* out) { writeReport({&result}, out); });
+  step(true, "result.json", [&](FILE* out) { writeResultJson(result, out); });
   return error;
 }

@@ -4,15 +4,10 @@
 #define LUMASCAN_STORED_RESULT_H
 
 #include <functional>
-#include <map>
 #include <string>
 
 #include "scan/files/outputFile.h"
-#include "scan/results/outputChoice.h"
-#include "scan/results/videoResult.h"
-
-// JPEG pictures of frames, by the frames' numbers.
-using Thumbnails = std::map<int64_t, std::string>;
+#include "scan/record/videoResult.h"
 
 // Where the results of a file go: its path from the current folder, or from the root where it is
 // not below it, below the folder of all results.
@@ -32,8 +27,9 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
 using EventListener = std::function<void(Event)>;
 
 // Reads result.json, or that and frames.csv. Events, of which there may be many, are handed over
-// one by one and do not become part of the JSON. Return an empty text, or what is wrong.
-std::string readResultJson(const std::string& folder, Json* json, const EventListener& onEvent);
+// one by one. Return an empty text, or what is wrong.
+std::string readRecord(const std::string& folder, ResultRecord* record,
+                       const EventListener& onEvent);
 std::string readResult(const std::string& folder, VideoResult* result);
 
 // The pictures that are stored.
@@ -42,9 +38,8 @@ Thumbnails readThumbnails(const std::string& folder);
 // Makes the folder and begins rows.tsv in it. Returns an empty text, or what went wrong.
 std::string beginRows(const std::string& folder, OutputFile* rows);
 
-// Stores a result; `rows`, when it is not null, becomes rows.tsv. Files that are not chosen are
-// removed. Returns an empty text, or what went wrong: there is no result.json then.
-std::string storeResult(const std::string& folder, const OutputChoice& choice, VideoResult result,
-                        const Thumbnails& thumbnails, OutputFile* rows);
+// Stores a result; `rows`, when it is not null, becomes rows.tsv. Files that are not among its
+// outputs are removed. Returns an empty text, or what went wrong: there is no result.json then.
+std::string storeResult(const std::string& folder, const VideoResult& result, OutputFile* rows);
 
 #endif

@@ -4,9 +4,7 @@
 
 #include <vector>
 
-#include "scan/events/event.h"
-#include "scan/results/outputChoice.h"
-#include "scan/results/storedResult.h"
+#include "scan/record/videoResult.h"
 
 // The frames of which the report shows pictures: peak, start and end of the gravest events, as far
 // as they can be had by decoding little of the video once more; with ALL whatever that takes, and

@@ -113,6 +113,19 @@ LumaPath lumaPathOf(AVPixelFormat format) {
   return sws_isSupportedInput(format) != 0 ? LumaPath::CONVERTED : LumaPath::NONE;
 }
 
+const char* lumaPathName(LumaPath path) {
+  switch (path) {
+    case LumaPath::COPIED:
+      return "copied";
+    case LumaPath::NARROWED:
+      return "narrowed";
+    case LumaPath::CONVERTED:
+      return "converted";
+    default:
+      return "none";
+  }
+}
+
 bool convertToLuma(const AVFrame* picture, LumaConverter* converter, uint8_t* luma) {
   switch (lumaPathOf(static_cast<AVPixelFormat>(picture->format))) {
     case LumaPath::COPIED:

@@ -16,6 +16,8 @@ enum class LumaPath {
 
 LumaPath lumaPathOf(AVPixelFormat format);
 
+const char* lumaPathName(LumaPath path);  // "copied", "narrowed", "converted", "none"
+
 // What is kept from picture to picture: the scaler of the last one that needed it.
 struct LumaConverter {
   FfmpegOwner<SwsContext> scaler;

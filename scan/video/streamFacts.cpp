@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <string_view>
 
 #include "scan/video/luma.h"
@@ -78,27 +79,27 @@ int videoStreams(const AVFormatContext& container) {
 
 }  // namespace
 
-Json streamFacts(const VideoReader& reader) {
+StreamFacts streamFacts(const VideoReader& reader) {
   const AVStream& stream = videoStream(reader);
   const AVCodecParameters& video = *stream.codecpar;
   const AVRational shape =
       stream.sample_aspect_ratio.num > 0 ? stream.sample_aspect_ratio : video.sample_aspect_ratio;
   const bool isRateKnown = stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0;
-  Json facts;
-  facts["container"] = reader.container->iformat->name;
-  facts["codec"] = avcodec_get_name(video.codec_id);
-  facts["pixel_format"] = nameOr(av_get_pix_fmt_name(pixelFormat(stream)), "unknown");
-  facts["width"] = video.width;
-  facts["height"] = video.height;
-  facts["frame_rate"] = isRateKnown ? Json(av_q2d(stream.avg_frame_rate)) : Json(nullptr);
-  facts["time_base"] = ratio(stream.time_base, '/');
-  facts["declared_duration_s"] = numberOrNull(declaredDuration(reader));
-  facts["declared_frames"] = stream.nb_frames > 0 ? Json(stream.nb_frames) : Json(nullptr);
-  facts["field_order"] = fieldOrder(video.field_order);
-  facts["color_range"] = nameOr(av_color_range_name(video.color_range), "unknown");
-  facts["color_transfer"] = nameOr(av_color_transfer_name(video.color_trc), "unknown");
-  facts["rotation"] = rotation(stream);
-  facts["sample_aspect_ratio"] = shape.num > 0 ? ratio(shape, ':') : "1:1";
+  StreamFacts facts;
+  facts.container = reader.container->iformat->name;
+  facts.codec = avcodec_get_name(video.codec_id);
+  facts.pixelFormat = nameOr(av_get_pix_fmt_name(pixelFormat(stream)), "unknown");
+  facts.width = video.width;
+  facts.height = video.height;
+  facts.frameRate = isRateKnown ? av_q2d(stream.avg_frame_rate) : StreamFacts::UNKNOWN;
+  facts.timeBase = ratio(stream.time_base, '/');
+  facts.declaredDuration = declaredDuration(reader);
+  facts.declaredFrames = std::max(int64_t{0}, stream.nb_frames);
+  facts.fieldOrder = fieldOrder(video.field_order);
+  facts.colorRange = nameOr(av_color_range_name(video.color_range), "unknown");
+  facts.colorTransfer = nameOr(av_color_transfer_name(video.color_trc), "unknown");
+  facts.rotation = rotation(stream);
+  facts.sampleAspectRatio = shape.num > 0 ? ratio(shape, ':') : "1:1";
   return facts;
 }
 

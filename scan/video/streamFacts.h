@@ -2,14 +2,34 @@
 #ifndef LUMASCAN_STREAM_FACTS_H
 #define LUMASCAN_STREAM_FACTS_H
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
-#include "scan/files/json.h"
 #include "scan/video/videoReader.h"
 
-// Container, codec and what follows: the part of result.json's "input" that needs an open file.
-Json streamFacts(const VideoReader& reader);
+// Container, codec and what follows.
+struct StreamFacts {
+  static constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
+
+  std::string container;  // as FFmpeg names it, like the codec and the pixel format
+  std::string codec;
+  std::string pixelFormat;
+  int64_t width = 0;  // samples
+  int64_t height = 0;
+  double frameRate = UNKNOWN;         // frames per second, on average; NaN: unknown
+  std::string timeBase;               // seconds, as a fraction: "1/12800"
+  double declaredDuration = UNKNOWN;  // seconds; NaN: the container does not say
+  int64_t declaredFrames = 0;         // 0: the container does not say
+  std::string fieldOrder;             // "progressive", "tt", "bb", "tb", "bt" or "unknown"
+  std::string colorRange;
+  std::string colorTransfer;
+  double rotation = 0.0;          // degrees clockwise by which a player turns the picture
+  std::string sampleAspectRatio;  // "1:1"
+};
+
+StreamFacts streamFacts(const VideoReader& reader);
 
 // What a person should know before the values are compared with those of other files.
 std::vector<std::string> streamWarnings(const VideoReader& reader);

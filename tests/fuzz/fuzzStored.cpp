@@ -18,6 +18,7 @@
 #include "scan/commands/commands.h"
 #include "scan/events/eventDetection.h"
 #include "scan/events/thresholds.h"
+#include "scan/files/json.h"
 #include "scan/processes/scanJob.h"
 #include "scan/report/report.h"
 #include "scan/results/collection.h"
@@ -323,7 +324,7 @@ void tryResult(const std::string& json, const std::string& frames) {
   if (isAccepted) {
     judgeResult(DEFAULT_THRESHOLDS, &result);
     FILE* const nowhere = std::fopen("/dev/null", "w");
-    writeReport({{result.json, result.events, result.frames, {}}}, nowhere);
+    writeReport({&result}, nowhere);
     std::fclose(nowhere);
   }
   requireCommands(isAccepted);

@@ -5,9 +5,9 @@
 
 #include <cmath>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 #include "pageParts.h"
+#include "scan/files/json.h"
 
 namespace {
 
@@ -60,6 +60,22 @@ TEST(WrittenEventsJson, isTheSame_withALineForEveryEvent) {
   EXPECT_EQ(jsonOf({}), "[]");
   EXPECT_EQ(jsonOf({freeze, unknown}), "[\n    " + eventsJson({freeze})[0].dump() + ",\n    " +
                                            eventsJson({unknown})[0].dump() + "\n  ]");
+}
+
+TEST(EventOf, isWhatWasWritten) {
+  for (const Event& event : {freeze, unknown}) {
+    const Json written = eventsJson({event});
+    EXPECT_EQ(eventsJson({eventOf(written[0])}), written);
+  }
+}
+
+TEST(EventOf, isUnknown_whereNothingIsSaid) {
+  for (const Json& json : {Json(), Json("freeze"), Json{{"severity", 7}, {"start_s", nullptr}}}) {
+    const Event event = eventOf(json);
+    EXPECT_EQ(event.type, "");
+    EXPECT_EQ(event.severity, Severity::INFO);
+    EXPECT_TRUE(std::isnan(event.startTime));
+  }
 }
 
 TEST(EventSummary, countsSeveritiesAndKnowsTheWorstOfEachType) {

@@ -10,6 +10,7 @@
 
 #include "pageParts.h"
 #include "sample.h"
+#include "scan/files/json.h"
 
 namespace {
 

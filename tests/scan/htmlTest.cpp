@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "pageParts.h"
+#include "scan/files/json.h"
 
 TEST(EscapeHtml, leavesNothingThatHtmlReads) {
   EXPECT_EQ(escapeHtml("<a href=\"x\" id='y'>&amp;"),

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "pageParts.h"
 #include "sample.h"
 #include "scan/analysis/indicatorTable.h"
@@ -11,12 +13,15 @@
 namespace {
 
 // An input with this verdict and so many failures and warnings.
-IndexEntry entryOf(const std::string& path, const std::string& verdict, int fails, int warnings) {
+IndexEntry entryOf(const std::string& path, Verdict verdict, int fails, int warnings) {
   EventSummary events;
   events.counts = {0, warnings, fails};
   if (fails > 0) events.worst["freeze"] = Severity::FAIL;
   if (warnings > 0) events.worst["blur"] = Severity::WARN;
-  return {{{"input", {{"path", path}}}, {"verdict", verdict}}, path + ".lumascan", events};
+  IndexEntry entry = {{}, path + ".lumascan", events};
+  entry.record.input.path = path;
+  entry.record.judgement.verdict = verdict;
+  return entry;
 }
 
 std::string pageOf(const std::vector<IndexEntry>& entries) {
@@ -30,22 +35,22 @@ std::vector<std::string> namesOf(const std::string& page) {
 }  // namespace
 
 TEST(Index, putsTheWorstFirst) {
-  const std::string page =
-      pageOf({entryOf("pass", "pass", 0, 0), entryOf("attention", "attention", 0, 1),
-              entryOf("fail b", "fail", 1, 1), entryOf("fail many warnings", "fail", 1, 5),
-              entryOf("fail twice", "fail", 2, 0), entryOf("fail a", "fail", 1, 1),
-              entryOf("incomplete", "incomplete", 0, 0), entryOf("unknown", "?", 0, 0)});
+  const std::string page = pageOf(
+      {entryOf("pass", Verdict::PASS, 0, 0), entryOf("attention", Verdict::ATTENTION, 0, 1),
+       entryOf("fail b", Verdict::FAIL, 1, 1), entryOf("fail many warnings", Verdict::FAIL, 1, 5),
+       entryOf("fail twice", Verdict::FAIL, 2, 0), entryOf("fail a", Verdict::FAIL, 1, 1),
+       entryOf("incomplete", Verdict::INCOMPLETE, 0, 0)});
   EXPECT_EQ(namesOf(page),
-            (std::vector<std::string>{"incomplete", "unknown", "fail twice", "fail many warnings",
-                                      "fail a", "fail b", "attention", "pass"}));
-  EXPECT_TRUE(contains(page, "<h1>8 inputs</h1>"));
+            (std::vector<std::string>{"incomplete", "fail twice", "fail many warnings", "fail a",
+                                      "fail b", "attention", "pass"}));
+  EXPECT_TRUE(contains(page, "<h1>7 inputs</h1>"));
   EXPECT_TRUE(contains(page, "4 Fail</span>"));
 }
 
 TEST(Index, tellsVerdictReasonsCountsAndDuration) {
-  const ReportInput input = sampleInput("clips/a.mp4", 300, 25.0, 1);
+  const VideoResult input = sampleInput("clips/a.mp4", 300, 25.0, 1);
   const std::string page =
-      pageOf({{input.result, "clips/a.mp4.lumascan", summaryOf(input.events)}});
+      pageOf({{input.record, "clips/a.mp4.lumascan", summaryOf(input.events)}});
   EXPECT_TRUE(contains(page, "<a href=\"clips/a.mp4.lumascan/report.html\">"));
   EXPECT_TRUE(contains(page, "<p>freeze for 2.1 s</p>"));
   EXPECT_TRUE(contains(page, ">0:00:12.000</td>"));
@@ -55,10 +60,11 @@ TEST(Index, tellsVerdictReasonsCountsAndDuration) {
 }
 
 TEST(Index, drawsEveryOverviewOnAScaleThatAllShare) {
-  IndexEntry low = entryOf("a", "pass", 0, 0);
-  IndexEntry high = entryOf("b", "pass", 0, 0);
-  low.result["indicators"]["blur"]["overview"] = {0.0, 1.0, nullptr, 2.0};
-  high.result["indicators"]["blur"]["overview"] = {4.0};
+  IndexEntry low = entryOf("a", Verdict::PASS, 0, 0);
+  IndexEntry high = entryOf("b", Verdict::PASS, 0, 0);
+  const size_t blur = indicatorNamed("blur");
+  low.record.indicators.at(blur).overview = {0.0, 1.0, std::nan(""), 2.0};
+  high.record.indicators.at(blur).overview = {4.0};
   const std::string page = pageOf({low, high});
   // 20 pixels for 4 units, columns 21 apart.
   EXPECT_EQ(allBetween(page, "<path d=\"", "\""),
@@ -67,7 +73,7 @@ TEST(Index, drawsEveryOverviewOnAScaleThatAllShare) {
 }
 
 TEST(Index, marksTheIndicatorsOfEvents) {
-  const std::string page = pageOf({entryOf("a", "fail", 1, 1)});
+  const std::string page = pageOf({entryOf("a", Verdict::FAIL, 1, 1)});
   EXPECT_EQ(between(page, "<td class=\"spark fail\"", "</td>").find("Freezing</span>") !=
                 std::string::npos,
             true);
@@ -78,7 +84,7 @@ TEST(Index, marksTheIndicatorsOfEvents) {
 TEST(Index, marksAnIndicatorAsTheWorstOfItsEvents) {
   for (const auto& [over, under] :
        {std::pair(Severity::FAIL, Severity::WARN), std::pair(Severity::WARN, Severity::FAIL)}) {
-    IndexEntry entry = entryOf("a", "fail", 0, 0);
+    IndexEntry entry = entryOf("a", Verdict::FAIL, 0, 0);
     entry.events.worst = {
         {"over_exposure", over}, {"under_exposure", under}, {"scene_cut", Severity::INFO}};
     const std::string page = pageOf({entry});
@@ -89,8 +95,8 @@ TEST(Index, marksAnIndicatorAsTheWorstOfItsEvents) {
 }
 
 TEST(Index, takesHostileTextAsText) {
-  IndexEntry entry = entryOf("<img src=x>\n\"\xff", "fail", 1, 0);
-  entry.result["reasons"] = Json::array({"</script><img>"});
+  IndexEntry entry = entryOf("<img src=x>\n\"\xff", Verdict::FAIL, 1, 0);
+  entry.record.judgement.reasons = {"</script><img>"};
   entry.folderUri = "\"><img>";
   const std::string page = pageOf({entry});
   EXPECT_FALSE(contains(page, "<img"));
@@ -100,7 +106,7 @@ TEST(Index, takesHostileTextAsText) {
 
 TEST(Index, linksToFoldersAndToNothingElse) {
   const auto linkOf = [](const std::string& folderUri) {
-    IndexEntry entry = entryOf("a", "pass", 0, 0);
+    IndexEntry entry = entryOf("a", Verdict::PASS, 0, 0);
     entry.folderUri = folderUri;
     return between(pageOf({entry}), "<a href=\"", "\"");
   };
@@ -112,7 +118,7 @@ TEST(Index, linksToFoldersAndToNothingElse) {
 }
 
 TEST(Index, letsItsOwnScriptsRunOnly) {
-  const std::string page = pageOf({entryOf("a", "pass", 0, 0)});
+  const std::string page = pageOf({entryOf("a", Verdict::PASS, 0, 0)});
   const std::string policy = between(page, "Content-Security-Policy\" content=\"", "\">");
   const std::vector<std::string> scripts = allBetween(page, "<script>", "</script>");
   ASSERT_EQ(scripts.size(), 2U);
@@ -121,5 +127,5 @@ TEST(Index, letsItsOwnScriptsRunOnly) {
 
 TEST(Index, ofNothingIsStillAPage) {
   EXPECT_TRUE(contains(pageOf({}), "<h1>0 inputs</h1>"));
-  EXPECT_TRUE(contains(pageOf({{Json(), "a", {}}}), "Incomplete"));
+  EXPECT_TRUE(contains(pageOf({{{}, "a", {}}}), "Incomplete"));
 }

@@ -7,15 +7,16 @@
 
 #include "pageParts.h"
 #include "sample.h"
-#include "scan/events/eventList.h"
+#include "scan/files/json.h"
 #include "scan/report/html.h"
-#include "scan/report/resultFacts.h"
 
 namespace {
 
 constexpr char HOSTILE[] = "<img src=x onerror=alert(1)>\n\"'&</script>\xff.mp4";
 
-std::string pageOf(const std::vector<ReportInput>& inputs) {
+std::string pageOf(const std::vector<VideoResult>& results) {
+  std::vector<const VideoResult*> inputs;
+  for (const VideoResult& result : results) inputs.push_back(&result);
   return writtenText([&](FILE* out) { writeReport(inputs, out); });
 }
 
@@ -92,7 +93,7 @@ TEST(Report, drawsThresholdsOnTheirTracks) {
 }
 
 TEST(Report, showsPicturesOfEventsOnce) {
-  ReportInput input = sampleInput("a", 300, 25.0, 1);
+  VideoResult input = sampleInput("a", 300, 25.0, 1);
   Event event = input.events[3];
   event.firstFrame = 150;
   event.peakFrame = 150;
@@ -121,19 +122,17 @@ TEST(Report, carriesItsFrames) {
 }
 
 TEST(Report, takesHostileTextAsText) {
-  ReportInput input = sampleInput(HOSTILE, 50, 25.0, 1);
-  Json& result = input.result;
-  for (const char* const key : {"codec", "container", "pixel_format", "field_order", "checksum",
-                                "color_range", "color_transfer", "sample_aspect_ratio"}) {
-    result["input"][key] = HOSTILE;
+  VideoResult input = sampleInput(HOSTILE, 50, 25.0, 1);
+  StreamFacts& stream = *input.record.input.stream;
+  for (std::string* const text :
+       {&stream.codec, &stream.container, &stream.pixelFormat, &stream.fieldOrder,
+        &stream.colorRange, &stream.colorTransfer, &stream.sampleAspectRatio,
+        &input.record.input.fingerprint->checksum, &input.record.toolVersion, &input.record.error,
+        &input.events[0].type}) {
+    *text = HOSTILE;
   }
-  result["analysis"]["luma"] = HOSTILE;
-  result["tool"]["name"] = HOSTILE;
-  result["error"] = HOSTILE;
-  result["reasons"] = Json::array({HOSTILE});
-  result["warnings"] = Json::array({HOSTILE});
-  input.events[0].type = HOSTILE;
-  result["thresholds"]["blur"]["severity"] = HOSTILE;
+  input.record.judgement.reasons = {HOSTILE};
+  input.record.warnings = {HOSTILE};
   for (const std::string& page : {pageOf({input}), pageOf({input, input})}) {
     EXPECT_FALSE(contains(page, "<img"));
     EXPECT_FALSE(contains(page, "\xff"));
@@ -144,8 +143,8 @@ TEST(Report, takesHostileTextAsText) {
 }
 
 TEST(Report, showsSeveralInputsSideBySide) {
-  ReportInput second = sampleInput("b.mp4", 600, 50.0, 2);
-  second.result["verdict"] = "pass";
+  VideoResult second = sampleInput("b.mp4", 600, 50.0, 2);
+  second.record.judgement.verdict = Verdict::PASS;
   const std::string body =
       readable(pageOf({sampleInput("a.mp4", 300, 25.0, 1), second, failedInput("c.mp4")}));
   EXPECT_EQ(allBetween(body, "<p class=\"mark\">", "</p>"),
@@ -163,26 +162,11 @@ TEST(Report, ofNothingIsStillAPage) {
   EXPECT_TRUE(contains(pageOf({failedInput("c.mp4")}), "No frame was analysed."));
   EXPECT_TRUE(contains(pageOf({failedInput("c.mp4")}), "there is no video in it"));
   EXPECT_TRUE(contains(pageOf({}), "</html>"));
-  EXPECT_TRUE(contains(pageOf({ReportInput{}}), "Incomplete"));
+  EXPECT_TRUE(contains(pageOf({VideoResult{}}), "Incomplete"));
 }
 
-TEST(Report, bearsResultsOfOtherShapes) {
-  ReportInput input = sampleInput("a.mp4", 50, 25.0, 1);
-  input.result["events"] = eventsJson(input.events);
-  for (const char* const key : {"input", "analysis", "events", "thresholds", "indicators",
-                                "reasons", "warnings", "verdict", "error", "truncated"}) {
-    for (const Json& other : {Json(), Json(7), Json("x"), Json::array({1, nullptr, "x"}),
-                              Json{{"path", 3}, {"enter", "x"}}}) {
-      ReportInput changed = input;
-      changed.result[key] = other;
-      changed.events.clear();
-      for (const Json& event : memberOf(changed.result, "events")) {
-        changed.events.push_back(eventOf(event));
-      }
-      EXPECT_TRUE(contains(pageOf({changed}), "</html>")) << key << other;
-    }
-  }
-  // Events outside of the frames that were analysed, and without times.
+TEST(Report, bearsEventsOutsideOfItsFrames) {
+  VideoResult input = sampleInput("a.mp4", 50, 25.0, 1);
   Event& event = input.events[0];
   event.firstFrame = -5;
   event.lastFrame = 1000000000000;
@@ -191,7 +175,7 @@ TEST(Report, bearsResultsOfOtherShapes) {
 }
 
 TEST(Report, showsTheGravestOfVeryManyEvents) {
-  ReportInput input = sampleInput("a.mp4", 5000, 25.0, 1);
+  VideoResult input = sampleInput("a.mp4", 5000, 25.0, 1);
   const Event sample = input.events[0];
   input.events.clear();
   for (int64_t frame = 0; frame < 2500; ++frame) {
@@ -223,13 +207,4 @@ TEST(Report, showsTheGravestOfVeryManyEvents) {
   EXPECT_EQ(allBetween(lane, "<rect ", ">").size(), 1U);
   input.events.resize(2000);
   EXPECT_FALSE(contains(pageOf({input}), "gravest"));
-}
-
-TEST(EventOf, isWhatWasWritten) {
-  const ReportInput input = sampleInput("a.mp4", 300, 25.0, 1);
-  for (const Event& event : input.events) {
-    const Json written = eventsJson({event});
-    EXPECT_EQ(eventsJson({eventOf(written[0])}), written);
-  }
-  EXPECT_TRUE(std::isnan(eventOf({{"start_s", nullptr}}).startTime));
 }

@@ -4,8 +4,6 @@
 #include <limits>
 #include <random>
 
-#include "scan/numbers/statistics.h"
-
 namespace {
 
 constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
@@ -123,82 +121,64 @@ std::vector<Event> makeEvents(const FrameTable& table, double fps) {
   return events;
 }
 
-Json indicatorsOf(const FrameTable& table) {
-  constexpr size_t STRETCHES = 64;
-  Json indicators = Json::object();
-  for (size_t i = 0; i < INDICATORS; ++i) {
-    const Column<double>& values = table.values[i];
-    const Statistics all = statisticsOf(values);
-    Json overview = Json::array();
-    for (size_t k = 0; k < STRETCHES; ++k) {
-      Column<double> stretch;
-      for (size_t row = k * values.size() / STRETCHES; row < (k + 1) * values.size() / STRETCHES;
-           ++row) {
-        stretch.push_back(values[row]);
-      }
-      overview.push_back(numberOrNull(statisticsOf(stretch).mean));
-    }
-    indicators[INDICATOR_TABLE[i].name] = {{"n", all.n},
-                                           {"min", numberOrNull(all.min)},
-                                           {"max", numberOrNull(all.max)},
-                                           {"mean", numberOrNull(all.mean)},
-                                           {"overview", overview}};
+Thresholds thresholds() {
+  Thresholds all;
+  for (const Defect& defect : DEFECTS) {
+    Threshold& threshold = all.at(eventTypeNamed(defect.type));
+    threshold.enter = defect.threshold;
+    threshold.severity = defect.severity;
   }
-  return indicators;
+  Threshold& dark = all.at(eventTypeNamed("under_exposure"));
+  dark.enter = 30.0;
+  dark.severity = Severity::WARN;
+  return all;
 }
 
-Json thresholds() {
-  Json all = Json::object();
-  for (const Defect& defect : DEFECTS) {
-    all[defect.type] = {{"enter", defect.threshold}, {"severity", severityName(defect.severity)}};
-  }
-  all["under_exposure"] = {{"enter", 30.0}, {"severity", "warn"}};
-  return all;
+StreamFacts streamOf(double fps, double duration) {
+  StreamFacts stream;
+  stream.container = "mov,mp4,m4a,3gp,3g2,mj2";
+  stream.codec = "h264";
+  stream.pixelFormat = "yuv420p";
+  stream.width = 1920;
+  stream.height = 1080;
+  stream.frameRate = fps;
+  stream.declaredDuration = duration;
+  stream.fieldOrder = "progressive";
+  stream.colorRange = "tv";
+  stream.colorTransfer = "bt709";
+  stream.sampleAspectRatio = "1:1";
+  return stream;
+}
+
+AnalysisFacts analysisOf(int64_t frames, double fps, double duration) {
+  AnalysisFacts analysis;
+  analysis.fps = fps;
+  analysis.lumaPath = LumaPath::COPIED;
+  analysis.start = 0.0;
+  analysis.end = duration;
+  analysis.frames = frames;
+  analysis.corruptFrames = 3;
+  analysis.decodeErrors = 0;
+  return analysis;
 }
 
 }  // namespace
 
-ReportInput sampleInput(const std::string& path, int64_t frames, double fps, uint32_t seed) {
-  ReportInput input;
-  input.frames = makeFrames(frames, fps, seed);
+VideoResult sampleInput(const std::string& path, int64_t frames, double fps, uint32_t seed) {
   const double duration = static_cast<double>(frames) / fps;
-  input.result = {
-      {"schema_version", "1.0"},
-      {"tool", {{"name", "lumascan"}, {"version", "1.0.0"}}},
-      {"input",
-       {{"path", path},
-        {"size", 48213377},
-        {"checksum", "9ae0daaf"},
-        {"container", "mov,mp4,m4a,3gp,3g2,mj2"},
-        {"codec", "h264"},
-        {"pixel_format", "yuv420p"},
-        {"width", 1920},
-        {"height", 1080},
-        {"frame_rate", fps},
-        {"declared_duration_s", duration},
-        {"field_order", "progressive"},
-        {"color_range", "tv"},
-        {"color_transfer", "bt709"},
-        {"rotation", 0},
-        {"sample_aspect_ratio", "1:1"}}},
-      {"analysis",
-       {{"fps", fps},
-        {"luma", "copied"},
-        {"first_frame", 0},
-        {"frames", frames},
-        {"start_s", 0.0},
-        {"end_s", duration},
-        {"corrupt_frames", 3},
-        {"decode_errors", 0}}},
-      {"status", "complete"},
-      {"error", nullptr},
-      {"truncated", false},
-      {"warnings", Json::array({"The container declares one frame more than there are."})},
-      {"verdict", "fail"},
-      {"reasons", {"black for 1.5 s from 00:00:00:00", "freeze for 2.1 s", "block loss for 0.3 s"}},
-      {"indicators", indicatorsOf(input.frames)},
-      {"thresholds", thresholds()}};
+  VideoResult input;
+  input.frames = makeFrames(frames, fps, seed);
   input.events = makeEvents(input.frames, fps);
+  ResultRecord& record = input.record;
+  record.input = {path, "", Fingerprint{48213377, 0, "9ae0daaf"}, streamOf(fps, duration)};
+  record.analysis = analysisOf(frames, fps, duration);
+  record.status = Status::COMPLETE;
+  record.warnings = {"The container declares one frame more than there are."};
+  record.judgement = {
+      Verdict::FAIL,
+      {"black for 1.5 s from 00:00:00:00", "freeze for 2.1 s", "block loss for 0.3 s"}};
+  record.indicators = summarise(input.frames);
+  record.thresholds = thresholds();
   return input;
 }
 
@@ -208,12 +188,10 @@ EventSummary summaryOf(const std::vector<Event>& events) {
   return summary;
 }
 
-ReportInput failedInput(const std::string& path) {
-  ReportInput input;
-  input.result = {{"input", {{"path", path}, {"size", 0}}},
-                  {"status", "failed"},
-                  {"error", "there is no video in it"},
-                  {"verdict", "incomplete"},
-                  {"reasons", Json::array({"Nothing was analysed."})}};
+VideoResult failedInput(const std::string& path) {
+  VideoResult input;
+  input.record.input = {path, "", Fingerprint{}, {}};
+  input.record.error = "there is no video in it";
+  input.record.judgement.reasons = {"Nothing was analysed."};
   return input;
 }

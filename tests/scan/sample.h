@@ -10,11 +10,11 @@
 
 // `frames` frames at `fps`; the same seed gives the same ones. Flickering is defined once in eight
 // frames, three indicators only from the second frame on; frame 40 has no time of its own.
-ReportInput sampleInput(const std::string& path, int64_t frames, double fps, uint32_t seed);
+VideoResult sampleInput(const std::string& path, int64_t frames, double fps, uint32_t seed);
 
 EventSummary summaryOf(const std::vector<Event>& events);
 
 // What could not be opened: no frames, no events, hardly any facts.
-ReportInput failedInput(const std::string& path);
+VideoResult failedInput(const std::string& path);
 
 #endif

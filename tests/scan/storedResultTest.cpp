@@ -6,9 +6,8 @@
 #include <filesystem>
 
 #include "currentFolder.h"
-#include "scan/report/resultFacts.h"
+#include "scan/files/json.h"
 #include "scan/results/collection.h"
-#include "scan/version.h"
 #include "support/runProgram.h"
 
 namespace fs = std::filesystem;
@@ -18,15 +17,22 @@ namespace {
 constexpr char VIDEO[] = "nowhere.mp4";
 
 // A result of one frame.
-VideoResult smallResult() {
-  VideoResult result = {failedResult({VIDEO, 0, 0, ""}, {}, ""), {}, {}};
-  result.json["error"] = nullptr;
-  result.json["status"] = "complete";
-  result.json["input"]["frame_rate"] = 25.0;
-  result.json["analysis"] = {{"fps", 25.0},      {"frames", 1},         {"start_s", 0.0},
-                             {"end_s", 0.04},    {"corrupt_frames", 0}, {"decode_errors", 0},
-                             {"ended_by", "end"}};
-  result.json["indicators"]["blur"]["mean"] = 2.5;
+VideoResult smallResult(const std::string& path = VIDEO) {
+  VideoResult result = failedResult({path, 0, 0, ""}, {}, "not opened");
+  ResultRecord& record = result.record;
+  record.error = "";
+  record.status = Status::COMPLETE;
+  record.input.stream = StreamFacts{};
+  record.input.stream->frameRate = 25.0;
+  AnalysisFacts analysis;
+  analysis.fps = 25.0;
+  analysis.start = 0.0;
+  analysis.end = 0.04;
+  analysis.frames = 1;
+  analysis.corruptFrames = 0;
+  analysis.decodeErrors = 0;
+  record.analysis = analysis;
+  record.indicators.at(indicatorNamed("blur")).statistics.mean = 2.5;
   appendRow({0, 0.0, 0.04, true, false, {}}, &result.frames);
   judgeResult(DEFAULT_THRESHOLDS, &result);
   return result;
@@ -34,7 +40,7 @@ VideoResult smallResult() {
 
 // Stores it and changes its result.json (RFC 7386).
 void storeChanged(const std::string& folder, const std::string& changes) {
-  ASSERT_EQ(storeResult(folder, {}, smallResult(), {}, nullptr), "");
+  ASSERT_EQ(storeResult(folder, smallResult(), nullptr), "");
   Json json = Json::parse(readFile(folder + "/result.json"));
   json.merge_patch(Json::parse(changes));
   writeFile(folder + "/result.json", jsonText(json));
@@ -155,7 +161,7 @@ TEST(StoredResult, isJudgedByTheRateOfItsAnalysis_whenTheStreamHasNone) {
   VideoResult result;
   ASSERT_EQ(readResult(directory.path, &result), "");
   judgeResult(DEFAULT_THRESHOLDS, &result);
-  EXPECT_EQ(result.json["verdict"], "pass");
+  EXPECT_EQ(result.record.judgement.verdict, Verdict::PASS);
 }
 
 TEST(StoredResult, isStale_whenItDoesNotSayWhatItIsOf) {
@@ -163,9 +169,7 @@ TEST(StoredResult, isStale_whenItDoesNotSayWhatItIsOf) {
   const std::string video = directory.path + "/a.mp4";
   const std::string folder = directory.path + "/results";
   writeFile(video, "some bytes");
-  VideoResult result = smallResult();
-  result.json["input"] = failedResult({video, 0, 0, ""}, {}, "")["input"];
-  ASSERT_EQ(storeResult(folder, {}, std::move(result), {}, nullptr), "");
+  ASSERT_EQ(storeResult(folder, smallResult(video), nullptr), "");
   const std::string whole = readFile(folder + "/result.json");
   const auto freshness = [&](const std::string& changes) {
     Json json = Json::parse(whole);

@@ -3,7 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "clips.h"
+#include "scan/files/json.h"
+#include "scan/record/resultJson.h"
 
 namespace {
 
@@ -23,7 +27,7 @@ const char* const unknownLength =
 const char* const furtherVideos = "there are further video streams: they are not measured";
 
 struct Said {
-  Json facts;
+  StreamFacts facts;
   Warnings warnings;
 };
 
@@ -71,30 +75,30 @@ TEST(StreamFacts, ofAnOrdinaryClip) {
                          {"color_transfer", "bt709"},
                          {"rotation", 0.0},
                          {"sample_aspect_ratio", "1:1"}};
-  EXPECT_EQ(said.facts.dump(), expected.dump());
+  EXPECT_EQ(streamJson(said.facts).dump(), expected.dump());
   EXPECT_EQ(said.warnings, Warnings());
 }
 
 TEST(StreamFacts, haveTheDepthOfDeepVideo_whichIsNothingToWarnOf) {
   const Said said = saidByClip("clip.mkv", {"-c:v", "ffv1", "-pix_fmt", "yuv422p10le"});
-  EXPECT_EQ(said.facts["pixel_format"], "yuv422p10le");
+  EXPECT_EQ(said.facts.pixelFormat, "yuv422p10le");
   EXPECT_EQ(said.warnings, Warnings());
 }
 
 TEST(StreamFacts, haveTheRange_andWarnOfTheFullOne) {
   const Said h264 = saidByClip("clip.mp4", h264With({"-color_range", "pc"}));
-  EXPECT_EQ(h264.facts["color_range"], "pc");
+  EXPECT_EQ(h264.facts.colorRange, "pc");
   EXPECT_EQ(h264.warnings, Warnings({fullRange}));
   // The older way to say it is the name of the pixel format.
   const Said jpeg = saidByClip("clip.avi", {"-c:v", "mjpeg", "-pix_fmt", "yuvj420p"});
-  EXPECT_EQ(jpeg.facts["pixel_format"], "yuvj420p");
+  EXPECT_EQ(jpeg.facts.pixelFormat, "yuvj420p");
   EXPECT_EQ(jpeg.warnings, Warnings({fullRange}));
 }
 
 TEST(StreamFacts, haveTheTransfer_andWarnOfHighDynamicRange) {
   for (const char* const transfer : {"smpte2084", "arib-std-b67"}) {
     const Said said = saidByClip("clip.mp4", h264With({"-color_trc", transfer}));
-    EXPECT_EQ(said.facts["color_transfer"], transfer);
+    EXPECT_EQ(said.facts.colorTransfer, transfer);
     EXPECT_EQ(said.warnings, Warnings({highDynamicRange}));
   }
   EXPECT_EQ(saidByClip("clip.mp4", h264With({"-color_trc", "bt2020-10"})).warnings, Warnings());
@@ -102,18 +106,18 @@ TEST(StreamFacts, haveTheTransfer_andWarnOfHighDynamicRange) {
 
 TEST(StreamFacts, haveTheOrderOfFields_andWarnOfInterlacedVideo) {
   const Said top = saidByClip("clip.mp4", h264With({"-x264opts", "tff=1", "-flags", "+ildct"}));
-  EXPECT_EQ(top.facts["field_order"], "tt");
+  EXPECT_EQ(top.facts.fieldOrder, "tt");
   EXPECT_EQ(top.warnings, Warnings({interlaced}));
   const Said bottom = saidByClip("clip.mp4", h264With({"-x264opts", "bff=1", "-flags", "+ildct"}));
-  EXPECT_EQ(bottom.facts["field_order"], "bb");
+  EXPECT_EQ(bottom.facts.fieldOrder, "bb");
   EXPECT_EQ(bottom.warnings, Warnings({interlaced}));
 }
 
 TEST(StreamFacts, doNotKnowTheOrderOfFields_whereTheCodecDoesNotSay) {
   const Said said = saidByClip("clip.avi", {"-c:v", "mpeg4"});
-  EXPECT_EQ(said.facts["field_order"], "unknown");
-  EXPECT_EQ(said.facts["color_range"], "unknown");
-  EXPECT_EQ(said.facts["color_transfer"], "unknown");
+  EXPECT_EQ(said.facts.fieldOrder, "unknown");
+  EXPECT_EQ(said.facts.colorRange, "unknown");
+  EXPECT_EQ(said.facts.colorTransfer, "unknown");
   EXPECT_EQ(said.warnings, Warnings());
 }
 
@@ -133,7 +137,7 @@ TEST(StreamFacts, haveTheTurnInDegreesClockwise_andWarnOfIt) {
     ASSERT_EQ(isWhite(16, 48), expected == 270);
     const Said said = saidBy({directory.path + "/turned.mp4", 0, 0, ""});
     // Three quarters clockwise are one quarter back.
-    const double degrees = said.facts["rotation"];
+    const double degrees = said.facts.rotation;
     EXPECT_EQ(degrees < 0 ? degrees + 360 : degrees, expected);
     EXPECT_EQ(said.warnings, Warnings({turned}));
   }
@@ -141,14 +145,14 @@ TEST(StreamFacts, haveTheTurnInDegreesClockwise_andWarnOfIt) {
 
 TEST(StreamFacts, haveTheShapeOfSamples) {
   const Said said = saidByClip("clip.mp4", h264With({"-vf", "setsar=16/11"}));
-  EXPECT_EQ(said.facts["sample_aspect_ratio"], "16:11");
+  EXPECT_EQ(said.facts.sampleAspectRatio, "16:11");
   EXPECT_EQ(said.warnings, Warnings());
 }
 
 TEST(StreamFacts, warnOfFormatsWithoutLuma) {
   for (const char* const format : {"bgr0", "gray"}) {
     const Said said = saidByClip("clip.mkv", {"-c:v", "ffv1", "-pix_fmt", format});
-    EXPECT_EQ(said.facts["pixel_format"], format);
+    EXPECT_EQ(said.facts.pixelFormat, format);
     EXPECT_EQ(said.warnings, Warnings({converted}));
   }
 }
@@ -156,17 +160,17 @@ TEST(StreamFacts, warnOfFormatsWithoutLuma) {
 TEST(StreamFacts, haveTheDeclaredLength_andWarnWhereThereIsNone) {
   const Arguments encoding = h264With({"-frames:v", "20"});
   const Said mp4 = saidByClip("clip.mp4", encoding);
-  EXPECT_EQ(mp4.facts["declared_duration_s"], 0.8);
-  EXPECT_EQ(mp4.facts["declared_frames"], 20);
+  EXPECT_EQ(mp4.facts.declaredDuration, 0.8);
+  EXPECT_EQ(mp4.facts.declaredFrames, 20);
   // Matroska says how long it is, but not how many frames.
   const Said mkv = saidByClip("clip.mkv", encoding);
-  EXPECT_EQ(mkv.facts["declared_duration_s"], 0.8);
-  EXPECT_EQ(mkv.facts["declared_frames"], nullptr);
+  EXPECT_EQ(mkv.facts.declaredDuration, 0.8);
+  EXPECT_EQ(mkv.facts.declaredFrames, 0);
   EXPECT_EQ(mkv.warnings, Warnings());
   for (const char* const name : {"clip.ts", "clip.h264"}) {
     const Said said = saidByClip(name, encoding);
-    EXPECT_EQ(said.facts["declared_duration_s"], nullptr) << name;
-    EXPECT_EQ(said.facts["declared_frames"], nullptr) << name;
+    EXPECT_TRUE(std::isnan(said.facts.declaredDuration)) << name;
+    EXPECT_EQ(said.facts.declaredFrames, 0) << name;
     EXPECT_EQ(said.warnings, Warnings({unknownLength})) << name;
   }
 }
@@ -175,8 +179,8 @@ TEST(StreamFacts, haveTheRateAsAFraction) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.mp4", plainH264, "testsrc2=size=64x64:rate=30000/1001:duration=1");
   const Said said = saidBy({directory.path + "/clip.mp4", 0, 0, ""});
-  EXPECT_DOUBLE_EQ(said.facts["frame_rate"], 30000.0 / 1001.0);
-  EXPECT_EQ(said.facts["time_base"], "1/30000");
+  EXPECT_DOUBLE_EQ(said.facts.frameRate, 30000.0 / 1001.0);
+  EXPECT_EQ(said.facts.timeBase, "1/30000");
 }
 
 TEST(StreamFacts, doNotHaveARate_whereThereIsOnePicture) {
@@ -184,7 +188,7 @@ TEST(StreamFacts, doNotHaveARate_whereThereIsOnePicture) {
   for (const char* const name : {"clip.nut", "clip.flv"}) {
     const Said said =
         saidByClip(name, {"-c:v", "flv1", "-frames:v", "1", "-flvflags", "no_metadata"});
-    EXPECT_EQ(said.facts["frame_rate"], nullptr) << name;
+    EXPECT_TRUE(std::isnan(said.facts.frameRate)) << name;
     EXPECT_EQ(said.warnings, Warnings({unknownRate, unknownLength})) << name;
   }
 }
@@ -193,11 +197,11 @@ TEST(StreamFacts, ofRawVideoAreWhatWasSaidAboutIt) {
   const TemporaryDirectory directory;
   writeFile(directory.path + "/clip.yuv", std::string(32 * 16 * 3 / 2 * 5, 'x'));
   const Said said = saidBy({directory.path + "/clip.yuv", 32, 16, "12.5"});
-  EXPECT_EQ(said.facts["container"], "rawvideo");
-  EXPECT_EQ(said.facts["pixel_format"], "yuv420p");
-  EXPECT_EQ(said.facts["width"], 32);
-  EXPECT_EQ(said.facts["height"], 16);
-  EXPECT_EQ(said.facts["frame_rate"], 12.5);
+  EXPECT_EQ(said.facts.container, "rawvideo");
+  EXPECT_EQ(said.facts.pixelFormat, "yuv420p");
+  EXPECT_EQ(said.facts.width, 32);
+  EXPECT_EQ(said.facts.height, 16);
+  EXPECT_EQ(said.facts.frameRate, 12.5);
   // What is missing of the last frame shows all the same.
   EXPECT_EQ(said.warnings, Warnings());
 }

@@ -25,7 +25,7 @@ void write(const std::string& path, const std::function<void(FILE*)>& content) {
   if (!error.empty()) throw std::runtime_error(error);
 }
 
-void writePage(const std::string& path, const std::vector<ReportInput>& inputs) {
+void writePage(const std::string& path, const std::vector<const VideoResult*>& inputs) {
   write(path, [&](FILE* out) { writeReport(inputs, out); });
 }
 
@@ -33,11 +33,11 @@ void writeCsv(const std::string& path, const FrameTable& frames) {
   write(path, [&](FILE* out) { writeFramesCsv(frames, out); });
 }
 
-IndexEntry entryOf(const ReportInput& input, const std::string& folderUri) {
-  return {input.result, folderUri, summaryOf(input.events)};
+IndexEntry entryOf(const VideoResult& input, const std::string& folderUri) {
+  return {input.record, folderUri, summaryOf(input.events)};
 }
 
-void addThumbnails(const std::string& folder, ReportInput* input) {
+void addThumbnails(const std::string& folder, VideoResult* input) {
   int number = 0;
   for (const Event& event : input->events) {
     for (const int64_t frame : {event.firstFrame, event.peakFrame, event.lastFrame}) {
@@ -49,37 +49,35 @@ void addThumbnails(const std::string& folder, ReportInput* input) {
 
 // out: a folder's name with a slash behind it
 void writePages(const std::string& out) {
-  ReportInput first = sampleInput("masters/episode one.mp4", 750, 25.0, 1);
+  VideoResult first = sampleInput("masters/episode one.mp4", 750, 25.0, 1);
   addThumbnails(out + "thumbs", &first);
-  ReportInput second = sampleInput("copies/episode one.mxf", 900, 30000.0 / 1001.0, 2);
-  second.result["verdict"] = "attention";
-  second.result["reasons"] = Json::array({"blur for 2.4 s"});
+  VideoResult second = sampleInput("copies/episode one.mxf", 900, 30000.0 / 1001.0, 2);
+  second.record.judgement = {Verdict::ATTENTION, {"blur for 2.4 s"}};
   second.events.erase(second.events.begin() + 2);
-  ReportInput clean = sampleInput("masters/titles.mov", 250, 25.0, 3);
-  clean.result["verdict"] = "pass";
-  clean.result["reasons"] = Json::array({"No event above information."});
+  VideoResult clean = sampleInput("masters/titles.mov", 250, 25.0, 3);
+  clean.record.judgement = {Verdict::PASS, {"No event above information."}};
   clean.events.clear();
-  ReportInput hostile = sampleInput(HOSTILE, 100, 25.0, 4);
+  VideoResult hostile = sampleInput(HOSTILE, 100, 25.0, 4);
   hostile.events[0].type = HOSTILE;
-  hostile.result["reasons"] = Json::array({HOSTILE});
-  hostile.result["warnings"] = Json::array({HOSTILE});
-  const ReportInput failed = failedInput("masters/broken.mp4");
+  hostile.record.judgement.reasons = {HOSTILE};
+  hostile.record.warnings = {HOSTILE};
+  const VideoResult failed = failedInput("masters/broken.mp4");
 
-  writePage(out + "report.html", {first});
+  writePage(out + "report.html", {&first});
   writeCsv(out + "report.csv", first.frames);
-  writePage(out + "compare.html", {first, second});
+  writePage(out + "compare.html", {&first, &second});
   writeCsv(out + "compare.csv", second.frames);
-  writePage(out + "clean.html", {clean});
-  writePage(out + "hostile.html", {hostile});
-  writePage(out + "failed.html", {failed});
+  writePage(out + "clean.html", {&clean});
+  writePage(out + "hostile.html", {&hostile});
+  writePage(out + "failed.html", {&failed});
   const std::vector<IndexEntry> index = {entryOf(clean, "masters/titles.mov.lumascan"),
                                          entryOf(first, "masters/episode%20one.mp4.lumascan"),
                                          entryOf(hostile, "%3Cimg.lumascan"),
                                          entryOf(failed, "masters/broken.mp4.lumascan"),
                                          entryOf(second, "copies/episode%20one.mxf.lumascan")};
   write(out + "index.html", [&](FILE* file) { writeIndex(index, file); });
-  const ReportInput big = sampleInput("masters/long.mp4", 250000, 25.0, 5);
-  writePage(out + "big.html", {big});
+  const VideoResult big = sampleInput("masters/long.mp4", 250000, 25.0, 5);
+  writePage(out + "big.html", {&big});
   writeCsv(out + "big.csv", big.frames);
 }
 

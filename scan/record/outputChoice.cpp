@@ -1,4 +1,4 @@
-#include "scan/results/outputChoice.h"
+#include "scan/record/outputChoice.h"
 
 const char* thumbsName(Thumbs thumbs) {
   switch (thumbs) {

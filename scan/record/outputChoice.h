@@ -12,4 +12,8 @@ struct OutputChoice {
   Thumbs thumbs = Thumbs::EVENTS;
 };
 
+inline bool operator==(const OutputChoice& a, const OutputChoice& b) {
+  return a.hasCsv == b.hasCsv && a.hasHtml == b.hasHtml && a.thumbs == b.thumbs;
+}
+
 #endif

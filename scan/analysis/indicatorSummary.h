@@ -1,0 +1,21 @@
+// What all values of one indicator come to.
+#ifndef LUMASCAN_INDICATOR_SUMMARY_H
+#define LUMASCAN_INDICATOR_SUMMARY_H
+
+#include <array>
+#include <vector>
+
+#include "scan/analysis/frameTable.h"
+#include "scan/numbers/statistics.h"
+
+struct IndicatorSummary {
+  Statistics statistics;
+  // Means of the defined values of at most 64 stretches of equal length; NaN where there are none.
+  std::vector<double> overview;
+};
+
+using IndicatorSummaries = std::array<IndicatorSummary, INDICATORS>;
+
+IndicatorSummaries summarise(const FrameTable& frames);
+
+#endif

@@ -1,0 +1,120 @@
+#include "scan/record/videoResult.h"
+
+#include <cmath>
+#include <tuple>
+
+#include "scan/events/eventDetection.h"
+#include "scan/files/names.h"
+#include "scan/numbers/decimals.h"
+
+namespace {
+
+constexpr double UNKNOWN = AnalysisFacts::UNKNOWN;
+
+// When the last frame goes. One that does not say how long it is shown stays for an average frame.
+double endOfLast(const FrameTable& frames, double frameRate) {
+  if (frames.rows() == 0) return UNKNOWN;
+  const double duration = frames.duration.back();
+  return wholeNanoseconds(frames.time.back() + (std::isnan(duration) ? 1.0 / frameRate : duration));
+}
+
+// Why the analysis is not complete, in words; empty when it is.
+std::string shortcoming(const AnalysisOutcome& outcome) {
+  if (outcome.end == AnalysisEnd::SIZE_CHANGE)
+    return "the picture size changes: analysed up to there";
+  if (!outcome.error.empty()) return outcome.error;
+  if (outcome.frames == 0) return "there is no frame to analyse";
+  if (outcome.isTruncated) return "the file is cut: its end is missing";
+  if (outcome.decodeErrors == 1) return "a packet could not be decoded: its picture is missing";
+  if (outcome.decodeErrors > 1) {
+    return std::to_string(outcome.decodeErrors) +
+           " packets could not be decoded: their pictures are missing";
+  }
+  return "";
+}
+
+AnalysisFacts analysisFacts(const AnalysisOptions& options, const Measurement& measured) {
+  const AnalysisOutcome& outcome = measured.outcome;
+  const FrameTable& frames = measured.frames;
+  AnalysisFacts facts;
+  facts.indicators = options.mask;
+  facts.fps = options.fps > 0.0 ? options.fps : measured.frameRate;
+  facts.lumaPath = outcome.lumaPath;
+  facts.firstFrame = frames.firstFrame;
+  facts.start = frames.rows() > 0 ? frames.time.front() : UNKNOWN;
+  facts.end = endOfLast(frames, measured.frameRate);
+  facts.frames = outcome.frames;
+  facts.corruptFrames = outcome.corruptFrames;
+  facts.decodeErrors = outcome.decodeErrors;
+  facts.endedBy = outcome.end;
+  return facts;
+}
+
+ResultRecord recordOf(const VideoSource& source, const AnalysisOptions& options,
+                      const Measurement& measured) {
+  ResultRecord record;
+  record.input = {source.path, uriPath(source.path), measured.fingerprint, measured.stream};
+  record.options = askedOptions(source, options);
+  record.error = measured.openError;
+  if (!record.error.empty()) return record;
+  record.error = shortcoming(measured.outcome);
+  record.analysis = analysisFacts(options, measured);
+  record.status = measured.outcome.frames == 0 ? Status::FAILED
+                  : record.error.empty()       ? Status::COMPLETE
+                                               : Status::PARTIAL;
+  record.isTruncated = measured.outcome.isTruncated;
+  record.warnings = measured.warnings;
+  return record;
+}
+
+}  // namespace
+
+AskedOptions askedOptions(const VideoSource& source, const AnalysisOptions& options) {
+  AskedOptions asked = {options.mask, options.fps, options.start.text, options.end.text, ""};
+  if (source.rawWidth > 0) {
+    asked.raw = std::to_string(source.rawWidth) + 'x' + std::to_string(source.rawHeight) + '@' +
+                source.rawRate;
+  }
+  return asked;
+}
+
+bool operator==(const AskedOptions& a, const AskedOptions& b) {
+  return std::tie(a.indicators, a.fps, a.start, a.end, a.raw) ==
+         std::tie(b.indicators, b.fps, b.start, b.end, b.raw);
+}
+
+VideoResult analyseSource(const VideoSource& source, const AnalysisOptions& options,
+                          int decoderThreads, FILE* rows, const ProgressListener& onProgress) {
+  Measurement measured = measureVideo(source, options, decoderThreads, rows, onProgress);
+  VideoResult result;
+  result.record = recordOf(source, options, measured);
+  result.record.indicators = summarise(measured.frames);
+  result.frames = std::move(measured.frames);
+  return result;
+}
+
+VideoResult failedResult(const VideoSource& source, const AnalysisOptions& options,
+                         const std::string& error) {
+  Measurement nothing;
+  nothing.openError = error;
+  nothing.fingerprint = fingerprintOf(source);
+  VideoResult result;
+  result.record = recordOf(source, options, nothing);
+  return result;
+}
+
+void judgeResult(const Thresholds& thresholds, VideoResult* result) {
+  ResultRecord& record = result->record;
+  result->events.clear();
+  double duration = UNKNOWN;
+  if (result->frames.rows() > 0) {
+    const double ofStream = record.input.stream ? record.input.stream->frameRate : UNKNOWN;
+    const double frameRate = std::isnan(ofStream) ? record.analysis->fps : ofStream;
+    const bool hasSizeChange = record.analysis->endedBy == AnalysisEnd::SIZE_CHANGE;
+    result->events =
+        detectEvents(result->frames, thresholds, {frameRate, record.isTruncated, hasSizeChange});
+    duration = endOfLast(result->frames, frameRate) - result->frames.time.front();
+  }
+  record.judgement = judge(record.status, record.error, result->events, duration);
+  record.thresholds = thresholds;
+}

@@ -1,0 +1,97 @@
+// The record of a result, written as JSON and read again.
+#include "scan/record/resultJson.h"
+
+#include <gtest/gtest.h>
+
+#include "pageParts.h"
+#include "sample.h"
+#include "scan/files/json.h"
+#include "scan/report/report.h"
+
+namespace {
+
+// What the JSON becomes when it is read and written once more.
+Json again(const Json& json) {
+  ResultRecord record;
+  EXPECT_EQ(readRecord(json, &record), "");
+  return resultJson(record);
+}
+
+// A record none of whose parts is what it is by default.
+ResultRecord fullRecord() {
+  ResultRecord record = sampleInput("a/b.mp4", 300, 25.0, 1).record;
+  record.toolVersion = "0.9";
+  record.input.pathUri = "a/b.mp4";
+  record.input.fingerprint = {1234, 1700000000123456789, "9ae0daaf"};
+  record.input.stream->timeBase = "1/12800";
+  record.input.stream->declaredFrames = 280;
+  record.input.stream->rotation = -90.0;
+  record.options = {0x421, 12.5, "f:5", "00:00:09", "64x48@25"};
+  record.analysis->indicators = 0x421;
+  record.analysis->firstFrame = 5;
+  record.analysis->endedBy = AnalysisEnd::SIZE_CHANGE;
+  record.status = Status::PARTIAL;
+  record.error = "it is cut";
+  record.isTruncated = true;
+  record.thresholds = DEFAULT_THRESHOLDS;
+  record.outputs = {true, false, Thumbs::ALL};
+  return record;
+}
+
+}  // namespace
+
+TEST(ResultJson, comesBack) {
+  const Json json = resultJson(fullRecord());
+  EXPECT_EQ(again(json).dump(), json.dump());
+  EXPECT_EQ(json["options"].dump(),
+            R"({"indicators":["blockiness","blur","contrast"],"fps":12.5,"start":"f:5",)"
+            R"("end":"00:00:09","raw":"64x48@25"})");
+  EXPECT_EQ(json["analysis"]["ended_by"], "size_change");
+  EXPECT_EQ(json["outputs"].dump(), R"({"formats":["csv"],"thumbs":"all"})");
+}
+
+TEST(ResultJson, comesBack_ofWhatCouldNotBeOpened) {
+  const Json json = resultJson(failedInput("a.mp4").record);
+  EXPECT_EQ(again(json).dump(), json.dump());
+  EXPECT_TRUE(json["analysis"].is_null());
+  EXPECT_FALSE(json["input"].contains("codec"));
+  EXPECT_EQ(json["indicators"], Json::object());
+}
+
+TEST(ResultJson, hasNullForWhatIsUnknown) {
+  ResultRecord record = fullRecord();
+  record.input.fingerprint.reset();
+  record.input.stream->frameRate = StreamFacts::UNKNOWN;
+  record.input.stream->declaredFrames = 0;
+  record.options = {0x7fff, 0.0, "", "", ""};
+  record.error = "";
+  record.indicators[0].overview = {1.0, Statistics::NONE};
+  const Json json = resultJson(record);
+  EXPECT_EQ(again(json).dump(), json.dump());
+  for (const char* const key : {"size", "mtime_ns", "checksum", "frame_rate", "declared_frames"}) {
+    EXPECT_TRUE(json["input"][key].is_null()) << key;
+  }
+  for (const char* const key : {"fps", "start", "end", "raw"}) {
+    EXPECT_TRUE(json["options"][key].is_null()) << key;
+  }
+  EXPECT_TRUE(json["error"].is_null());
+  EXPECT_EQ(json["indicators"]["blockiness"]["overview"].dump(), "[1.0,null]");
+}
+
+TEST(ResultJson, isRefusedOrShown_whateverItsPartsAre) {
+  const Json whole = resultJson(fullRecord());
+  int shown = 0;
+  for (const auto& [key, value] : whole.items()) {
+    for (const Json& other : {Json(), Json(7), Json("x"), Json::array({1, nullptr, "x"}),
+                              Json{{"path", "x"}, {"fps", 25}, {"codec", "x"}, {"blur", "x"}}}) {
+      Json changed = whole;
+      changed[key] = other;
+      VideoResult result;
+      if (!readRecord(changed, &result.record).empty()) continue;
+      const std::string page = writtenText([&](FILE* out) { writeReport({&result}, out); });
+      EXPECT_TRUE(contains(page, "</html>")) << key << other;
+      ++shown;
+    }
+  }
+  EXPECT_GT(shown, 20);
+}
