@@ -4,6 +4,8 @@
 #include <map>
 #include <set>
 
+#include "scan/video/frameSearch.h"
+
 namespace {
 
 constexpr size_t MOST_EVENTS = 40;        // with three pictures each
@@ -76,48 +78,17 @@ int64_t keyBefore(const FrameTable& frames, int64_t row) {
   return row;
 }
 
-struct Search {
-  VideoReader reader;
-  FfmpegOwner<AVFrame> picture;
-  int64_t row;      // of the picture, or of what lies before the first row
-  int64_t head;     // seconds before a key frame at which it is sought
-  bool isSeekable;  // false: frames are counted from the file's start
-};
+static_assert(NO_TIMESTAMP == AV_NOPTS_VALUE);
 
-// Opens the file, before its first frame.
-bool start(const VideoSource& source, const FrameTable& frames, Search* search) {
-  search->reader = {};
-  search->row = -1 - frames.firstFrame;
-  return openVideo(source, 1, &search->reader).empty();
+FramePlace placeOf(const FrameTable& frames, int64_t row) {
+  return {frames.firstFrame + row, frames.pts[static_cast<size_t>(row)]};
 }
 
-bool readNext(Search* search) {
-  std::string error;
-  ++search->row;
-  return readFrame(&search->reader, search->picture.get(), &error) == ReadResult::FRAME;
-}
-
-// Decodes a key frame, found by its timestamp: frames behind it can then be counted. Containers
-// that look for the time of decoding may find what lies behind it, or begin in the middle of a
-// group.
-bool seekKey(const FrameTable& frames, int64_t key, Search* search) {
-  VideoReader& reader = search->reader;
-  const int64_t pts = frames.pts[static_cast<size_t>(key)];
-  const AVRational unit = videoStream(reader).time_base;
-  const int64_t target = pts - search->head * unit.den / unit.num;
-  if (av_seek_frame(reader.container.get(), reader.stream, target, AVSEEK_FLAG_BACKWARD) < 0) {
-    return false;
-  }
-  avcodec_flush_buffers(reader.decoder.get());
-  reader.isDrained = false;
-  const AVFrame& picture = *search->picture;
-  while (readNext(search) && picture.best_effort_timestamp <= pts) {
-    // A timestamp that is only guessed need not be the one that was guessed before.
-    if (picture.key_frame == 0 || picture.pts != pts) continue;
-    search->row = key;
-    return true;
-  }
-  return false;
+// Decodes a frame that lies behind the one found last.
+bool find(const FrameTable& frames, int64_t row, FrameSearch* search) {
+  const int64_t key = keyBefore(frames, row);
+  return findFrame(placeOf(frames, row),
+                   key < 0 ? std::nullopt : std::optional(placeOf(frames, key)), search);
 }
 
 // The frames of the gravest events, the most telling first.
@@ -133,25 +104,6 @@ std::vector<int64_t> ranked(const std::vector<Event>& events) {
     frames.insert(frames.end(), {event->peakFrame, event->firstFrame, event->lastFrame});
   }
   return frames;
-}
-
-// Decodes the frame of a row that lies behind the last one.
-bool find(const VideoSource& source, const FrameTable& frames, int64_t row, Search* search) {
-  constexpr int64_t ENOUGH = 1;  // seconds; no decoder holds pictures back for longer
-  const int64_t key = keyBefore(frames, row);
-  // Rows before the first are negative as well.
-  const bool isAhead = key >= 0 && key > search->row + 1;
-  while (isAhead && search->isSeekable && !seekKey(frames, key, search)) {
-    search->isSeekable = search->head == 0;
-    search->head = ENOUGH;
-    if (!search->isSeekable && !start(source, frames, search)) return false;
-  }
-  while (search->row < row) {
-    if (!readNext(search)) return false;
-  }
-  const int64_t pts = frames.pts[static_cast<size_t>(row)];
-  const int64_t now = search->picture->pts;
-  return pts == NO_TIMESTAMP || now == AV_NOPTS_VALUE || now == pts;
 }
 
 }  // namespace
@@ -185,10 +137,10 @@ std::vector<int64_t> framesToShow(const std::vector<Event>& events, Thumbs thumb
 Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
                           const std::vector<int64_t>& wanted) {
   Thumbnails thumbnails;
-  Search search = {{}, FfmpegOwner<AVFrame>(av_frame_alloc()), 0, 0, true};
-  if (wanted.empty() || !start(source, frames, &search)) return thumbnails;
+  FrameSearch search;
+  if (wanted.empty() || !startSearch(source, &search)) return thumbnails;
   for (const int64_t frame : wanted) {
-    if (!find(source, frames, frame - frames.firstFrame, &search)) continue;
+    if (!find(frames, frame - frames.firstFrame, &search)) continue;
     const std::string jpeg = jpegOf(*search.picture, shapeOf(search.reader, search.picture.get()));
     if (!jpeg.empty()) thumbnails[frame] = jpeg;
   }
