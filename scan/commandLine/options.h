@@ -8,10 +8,10 @@
 
 #include "scan/analysis/videoAnalysis.h"
 #include "scan/events/event.h"
+#include "scan/processes/progressStyle.h"
 #include "scan/record/outputChoice.h"
 
 enum class Verb { SCAN, EVENTS, REPORT, PROBE };
-enum class ProgressStyle { AUTO, BAR, PLAIN, JSON, NONE };
 
 struct Options {
   Verb verb = Verb::SCAN;

@@ -28,7 +28,7 @@ size_t coresHere() {
   return std::max(1U, std::thread::hardware_concurrency());
 }
 
-Task makeTask(const Options& options, const Thresholds& thresholds, const std::string& path) {
+Task makeTask(const Options& options, const ScanSettings& settings, const std::string& path) {
   Task task;
   task.job.source = options.raw;
   task.job.source.path = path;
@@ -37,8 +37,8 @@ Task makeTask(const Options& options, const Thresholds& thresholds, const std::s
   const uintmax_t size = path == "-" ? 0 : fs::file_size(path, ignored);
   task.size = ignored ? 0 : static_cast<int64_t>(size);
   if (!options.isForced) {
-    task.job.freshness =
-        freshnessOf(task.job.folder, task.job.source, options.analysis, thresholds, options.choice);
+    task.job.freshness = freshnessOf(task.job.folder, task.job.source, settings.analysis,
+                                     settings.thresholds, settings.outputs);
   }
   if (task.job.freshness == Freshness::COMPLETE) task.state = TaskState::FINISHED;
   return task;
@@ -110,10 +110,10 @@ int printPlan(const std::vector<Task>& tasks) {
 }
 
 // Runs the tasks and says what each came to as soon as it is done.
-int runTasks(const Options& options, const Thresholds& thresholds, std::vector<Task>* tasks) {
+int runTasks(const Options& options, const ScanSettings& settings, std::vector<Task>* tasks) {
   const size_t jobs = options.jobs > 0 ? static_cast<size_t>(options.jobs) : coresHere();
   shareCores(jobs, tasks);
-  Progress progress = startProgress(options);
+  Progress progress = startProgress(options.progress, options.isQuiet);
   const bool isTelling = !options.isQuiet && !options.printsJson;
   TaskListener listener;
   listener.onFinished = [&](const std::vector<Task>&, const Task& task) {
@@ -133,7 +133,8 @@ int runTasks(const Options& options, const Thresholds& thresholds, std::vector<T
   for (const Task& task : *tasks) {
     if (task.state == TaskState::FINISHED && isTelling) printVerdict(entryOf(task, options, true));
   }
-  const int stopSignal = superviseTasks(options, thresholds, jobs, listener, tasks);
+  const int stopSignal =
+      superviseTasks(settings, {jobs, options.stallTimeout, options.isVerbose}, listener, tasks);
   clearProgress(&progress);
   return stopSignal;
 }
@@ -144,14 +145,14 @@ int runScan(const Options& options) {
   // A scan goes on when nobody reads what it prints any more.
   std::signal(SIGPIPE, SIG_IGN);
   const auto start = std::chrono::system_clock::now();
-  Thresholds thresholds;
-  if (!chooseThresholds(options, &thresholds)) return USAGE;
+  ScanSettings settings = {options.analysis, DEFAULT_THRESHOLDS, options.choice};
+  if (!chooseThresholds(options, &settings.thresholds)) return USAGE;
   std::vector<std::string> problems;
   const std::vector<std::string> paths = findInputs(options, &problems);
   for (const std::string& problem : problems) complain(problem);
   std::vector<Task> tasks;
   tasks.reserve(paths.size());
-  for (const std::string& path : paths) tasks.push_back(makeTask(options, thresholds, path));
+  for (const std::string& path : paths) tasks.push_back(makeTask(options, settings, path));
   if (options.isDryRun)
     return std::max<int>(printPlan(tasks), problems.empty() ? DONE : INPUT_PROBLEM);
   if (tasks.empty()) return INPUT_PROBLEM;
@@ -159,7 +160,7 @@ int runScan(const Options& options) {
   const int lock = lockFolder(options.output);
   if (lock < 0) return OUTPUT_PROBLEM;
   removeLeftovers(options.output);
-  const int stopSignal = runTasks(options, thresholds, &tasks);
+  const int stopSignal = runTasks(options, settings, &tasks);
 
   std::vector<RunEntry> entries;
   entries.reserve(tasks.size());

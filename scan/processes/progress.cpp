@@ -100,13 +100,13 @@ std::chrono::milliseconds intervalOf(ProgressStyle style) {
 
 }  // namespace
 
-Progress startProgress(const Options& options) {
+Progress startProgress(ProgressStyle style, bool isQuiet) {
   Progress progress;
-  progress.style = options.progress;
+  progress.style = style;
   if (progress.style == ProgressStyle::AUTO) {
     progress.style = isatty(STDERR_FILENO) != 0 ? ProgressStyle::BAR : ProgressStyle::PLAIN;
   }
-  if (options.isQuiet) progress.style = ProgressStyle::NONE;
+  if (isQuiet) progress.style = ProgressStyle::NONE;
   progress.start = Clock::now();
   progress.lastShown = progress.start;
   return progress;

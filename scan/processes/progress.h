@@ -5,6 +5,7 @@
 #include <chrono>
 #include <string>
 
+#include "scan/processes/progressStyle.h"
 #include "scan/processes/supervisor.h"
 
 struct Progress {
@@ -15,7 +16,7 @@ struct Progress {
 };
 
 // With AUTO a terminal gets a bar and everything else plain lines; quiet wins over both.
-Progress startProgress(const Options& options);
+Progress startProgress(ProgressStyle style, bool isQuiet);
 
 // Shows how far all tasks are, when it is time to.
 void showProgress(const std::vector<Task>& tasks, Progress* progress);

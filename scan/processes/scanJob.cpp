@@ -6,43 +6,43 @@
 
 namespace {
 
-std::string judgeAndStore(const ScanJob& job, const Options& options, const Thresholds& thresholds,
-                          OutputFile* rows, VideoResult* result) {
-  judgeResult(thresholds, result);
-  result->record.outputs = options.choice;
+std::string judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFile* rows,
+                          VideoResult* result) {
+  judgeResult(settings.thresholds, result);
+  result->record.outputs = settings.outputs;
   // What came through a pipe is gone.
   const Thumbs thumbs =
-      job.source.path == "-" || !options.choice.hasHtml ? Thumbs::NONE : options.choice.thumbs;
+      job.source.path == "-" || !settings.outputs.hasHtml ? Thumbs::NONE : settings.outputs.thumbs;
   result->thumbnails = makeThumbnails(job.source, result->frames,
                                       framesToShow(result->events, thumbs, result->frames));
   return storeResult(job.folder, *result, rows);
 }
 
-std::string analyseAndStore(const ScanJob& job, const Options& options,
-                            const Thresholds& thresholds, const ProgressListener& onProgress) {
+std::string analyseAndStore(const ScanJob& job, const ScanSettings& settings,
+                            const ProgressListener& onProgress) {
   VideoResult stored;
   if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
-    return judgeAndStore(job, options, thresholds, nullptr, &stored);
+    return judgeAndStore(job, settings, nullptr, &stored);
   }
   OutputFile rows;
-  const bool hasRows = options.choice.hasCsv;
+  const bool hasRows = settings.outputs.hasCsv;
   if (hasRows) {
     std::string error = beginRows(job.folder, &rows);
     if (!error.empty()) return error;
   }
-  AnalysisOptions analysis = options.analysis;
+  AnalysisOptions analysis = settings.analysis;
   analysis.isThreaded = job.isThreaded;
   VideoResult result = analyseSource(job.source, analysis, job.decoderThreads,
                                      hasRows ? rows.stream : nullptr, onProgress);
-  return judgeAndStore(job, options, thresholds, hasRows ? &rows : nullptr, &result);
+  return judgeAndStore(job, settings, hasRows ? &rows : nullptr, &result);
 }
 
 }  // namespace
 
-std::string runJob(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+std::string runJob(const ScanJob& job, const ScanSettings& settings,
                    const ProgressListener& onProgress) {
   try {
-    return analyseAndStore(job, options, thresholds, onProgress);
+    return analyseAndStore(job, settings, onProgress);
   } catch (const std::system_error& error) {  // the columns' temporary files, for one
     removeLeftovers(job.folder);
     return error.what();

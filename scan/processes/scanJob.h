@@ -4,8 +4,14 @@
 
 #include <string>
 
-#include "scan/commandLine/options.h"
 #include "scan/results/storedResult.h"
+
+// What is asked of every video of a scan.
+struct ScanSettings {
+  AnalysisOptions analysis;
+  Thresholds thresholds = DEFAULT_THRESHOLDS;
+  OutputChoice outputs;
+};
 
 struct ScanJob {
   VideoSource source;
@@ -17,7 +23,7 @@ struct ScanJob {
 
 // Analyses, judges and stores. Returns an empty text, or why the results could not be stored.
 // Whatever is wrong with the video is said in its result.
-std::string runJob(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+std::string runJob(const ScanJob& job, const ScanSettings& settings,
                    const ProgressListener& onProgress);
 
 #endif

@@ -22,8 +22,8 @@ constexpr int TICK = 200;         // milliseconds
 constexpr size_t LINES_TOLD = 5;  // of what a worker said before it crashed
 
 struct Run {
-  const Options& options;
-  const Thresholds& thresholds;
+  const ScanSettings& settings;
+  const TaskLimits& limits;
   const TaskListener& listener;
   std::vector<Task>* tasks;
   std::vector<Clock::time_point> lastNews;  // of each task's worker
@@ -66,10 +66,10 @@ void storeFailure(const Run& run, const std::string& what, Task* task) {
   const std::vector<std::string> lines = lastLines(task->worker.logTail);
   std::string error = "its analysis was given up after two attempts: " + what;
   if (!lines.empty()) error += "; last message: " + lines.back();
-  VideoResult result = failedResult(task->job.source, run.options.analysis, error);
+  VideoResult result = failedResult(task->job.source, run.settings.analysis, error);
   removeLeftovers(task->job.folder);
-  judgeResult(run.thresholds, &result);
-  result.record.outputs = run.options.choice;
+  judgeResult(run.settings.thresholds, &result);
+  result.record.outputs = run.settings.outputs;
   task->outputError = storeResult(task->job.folder, result, nullptr);
 }
 
@@ -95,9 +95,9 @@ void handleFailure(Run* run, const std::string& what, Task* task) {
 }
 
 void collect(Run* run, bool isStalled, Task* task) {
-  const std::string ending = endWorker(&task->worker, run->options.isVerbose);
+  const std::string ending = endWorker(&task->worker, run->limits.isVerbose);
   const std::string stall =
-      "having no new frame for " + shortestText(run->options.stallTimeout) + " seconds";
+      "having no new frame for " + shortestText(run->limits.stallTimeout) + " seconds";
   task->outputError = task->worker.outputError;
   if (!ending.empty()) {
     handleFailure(run, isStalled ? stall : ending, task);
@@ -110,7 +110,7 @@ void startTask(Run* run, size_t i) {
   Task& task = (*run->tasks)[i];
   ++task.attempts;
   run->lastNews[i] = Clock::now();
-  if (startWorker(task.job, run->options, run->thresholds, &task.worker)) {
+  if (startWorker(task.job, run->settings, run->limits.isVerbose, &task.worker)) {
     task.state = TaskState::RUNNING;
     return;
   }
@@ -119,11 +119,12 @@ void startTask(Run* run, size_t i) {
 }
 
 // Those that wait for the first time come before those that are tried again.
-void startTasks(Run* run, size_t jobs) {
+void startTasks(Run* run) {
   for (int attempts = 0; attempts < MOST_ATTEMPTS; ++attempts) {
     for (size_t i = 0; i < run->tasks->size(); ++i) {
       const Task& task = (*run->tasks)[i];
-      if (run->stopSignal != 0 || run->hasOutputError || running(*run->tasks) >= jobs) return;
+      if (run->stopSignal != 0 || run->hasOutputError || running(*run->tasks) >= run->limits.jobs)
+        return;
       if (task.state == TaskState::WAITING && task.attempts == attempts) startTask(run, i);
     }
   }
@@ -145,12 +146,12 @@ bool isStalled(const Run& run, size_t i) {
   const std::chrono::duration<double> silence = Clock::now() - run.lastNews[i];
   // Nobody knows how long a pipe will be silent.
   const bool isFile = (*run.tasks)[i].job.source.path != "-";
-  return isFile && run.options.stallTimeout > 0.0 && silence.count() > run.options.stallTimeout;
+  return isFile && run.limits.stallTimeout > 0.0 && silence.count() > run.limits.stallTimeout;
 }
 
 void serve(Run* run, size_t i) {
   Task& task = (*run->tasks)[i];
-  if (task.worker.log >= 0) readLog(&task.worker, run->options.isVerbose);
+  if (task.worker.log >= 0) readLog(&task.worker, run->limits.isVerbose);
   if (task.worker.messages >= 0 && readMessages(&task.worker)) run->lastNews[i] = Clock::now();
   const bool isOver = task.worker.messages < 0;
   const bool isStuck = !isOver && isStalled(*run, i);
@@ -170,7 +171,7 @@ void waitForNews(const std::vector<Task>& tasks, int signals) {
 
 }  // namespace
 
-int superviseTasks(const Options& options, const Thresholds& thresholds, size_t jobs,
+int superviseTasks(const ScanSettings& settings, const TaskLimits& limits,
                    const TaskListener& listener, std::vector<Task>* tasks) {
   sigset_t stopping;
   sigset_t before;
@@ -180,9 +181,9 @@ int superviseTasks(const Options& options, const Thresholds& thresholds, size_t 
   sigprocmask(SIG_BLOCK, &stopping, &before);
   const int signals = signalfd(-1, &stopping, SFD_CLOEXEC | SFD_NONBLOCK);
 
-  Run run = {options, thresholds, listener, tasks, {}, 0, false, false};
+  Run run = {settings, limits, listener, tasks, {}, 0, false, false};
   run.lastNews.resize(tasks->size());
-  for (startTasks(&run, jobs); running(*tasks) > 0; startTasks(&run, jobs)) {
+  for (startTasks(&run); running(*tasks) > 0; startTasks(&run)) {
     waitForNews(*tasks, signals);
     handleSignal(&run, signals);
     for (size_t i = 0; i < tasks->size(); ++i) {

@@ -18,6 +18,13 @@ struct Task {
   WorkerProcess worker;     // while it runs
 };
 
+// How they are run.
+struct TaskLimits {
+  size_t jobs = 1;              // at a time
+  double stallTimeout = 120.0;  // seconds without a new frame; 0: any time
+  bool isVerbose = false;       // what workers print is shown
+};
+
 // What happens to tasks, for those who want to know. `tasks` are all of them.
 struct TaskListener {
   std::function<void(const std::vector<Task>& tasks, const Task& task)> onFinished;
@@ -25,13 +32,13 @@ struct TaskListener {
   std::function<void(const std::string& text)> onMessage;      // for the user to read
 };
 
-// Runs all waiting tasks, `jobs` at a time. A worker that crashes or stalls is started once more;
+// Runs all waiting tasks, some at a time. A worker that crashes or stalls is started once more;
 // when that goes wrong, too, a result is stored that says so. Results that cannot be stored keep
 // further tasks from being started. The first SIGINT lets running tasks finish, a second one or
 // SIGTERM kills them.
 //
 // Returns the signal that stopped the run, or 0.
-int superviseTasks(const Options& options, const Thresholds& thresholds, size_t jobs,
+int superviseTasks(const ScanSettings& settings, const TaskLimits& limits,
                    const TaskListener& listener, std::vector<Task>* tasks);
 
 #endif

@@ -50,12 +50,12 @@ void resetSignals() {
   sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-[[noreturn]] void work(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+[[noreturn]] void work(const ScanJob& job, const ScanSettings& settings, bool isVerbose,
                        int messages) {
   offerToBeKilled();
-  av_log_set_level(options.isVerbose ? AV_LOG_INFO : AV_LOG_ERROR);
+  av_log_set_level(isVerbose ? AV_LOG_INFO : AV_LOG_ERROR);
   auto last = std::chrono::steady_clock::now() - MESSAGE_INTERVAL;
-  const std::string error = runJob(job, options, thresholds, [&](double position, int64_t frames) {
+  const std::string error = runJob(job, settings, [&](double position, int64_t frames) {
     const auto now = std::chrono::steady_clock::now();
     if (now - last < MESSAGE_INTERVAL) return;
     last = now;
@@ -96,7 +96,7 @@ void closeDescriptor(int* descriptor) {
 
 }  // namespace
 
-bool startWorker(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+bool startWorker(const ScanJob& job, const ScanSettings& settings, bool isVerbose,
                  WorkerProcess* worker) {
   int messages[2];
   int log[2];
@@ -117,7 +117,7 @@ bool startWorker(const ScanJob& job, const Options& options, const Thresholds& t
     if (getppid() != parent) _exit(STOPPED_EARLY);
     resetSignals();
     connectStandardStreams(job, log[1]);
-    work(job, options, thresholds, messages[1]);
+    work(job, settings, isVerbose, messages[1]);
   }
   close(messages[1]);
   close(log[1]);

@@ -20,8 +20,9 @@ struct WorkerProcess {
   std::string outputError;  // why the results could not be stored
 };
 
-// Starts a job. The process ends when its parent does. False, with errno set, when that fails.
-bool startWorker(const ScanJob& job, const Options& options, const Thresholds& thresholds,
+// Starts a job; isVerbose: its decoder says more than errors. The process ends when its parent
+// does. False, with errno set, when that fails.
+bool startWorker(const ScanJob& job, const ScanSettings& settings, bool isVerbose,
                  WorkerProcess* worker);
 
 // Takes in what the worker has sent. True when it has said something about its progress.

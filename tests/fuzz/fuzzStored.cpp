@@ -251,6 +251,10 @@ std::string makeVideo() {
   return video;
 }
 
+ScanSettings settingsOf(const OutputChoice& outputs) {
+  return {{}, DEFAULT_THRESHOLDS, outputs};
+}
+
 const Stored& stored() {
   static const Stored made = [] {
     Stored result;
@@ -265,7 +269,7 @@ const Stored& stored() {
     result.options.progress = ProgressStyle::NONE;
     result.job.folder = resultFolder(result.options.output, result.job.source.path);
     const std::string error =
-        runJob(result.job, result.options, DEFAULT_THRESHOLDS, [](double, int64_t) {});
+        runJob(result.job, settingsOf(result.options.choice), [](double, int64_t) {});
     require(error.empty(), "there is a result");
     result.json = Json::parse(readFile(result.job.folder + "/result.json"));
     require(result.json["status"] == "complete", "and it is complete");
@@ -308,9 +312,7 @@ void requireScan() {
   if (freshness(other) != Freshness::JUDGE) return;
   ScanJob job = stored().job;
   job.freshness = Freshness::JUDGE;
-  Options options = stored().options;
-  options.choice = other;
-  require(runJob(job, options, DEFAULT_THRESHOLDS, [](double, int64_t) {}).empty(),
+  require(runJob(job, settingsOf(other), [](double, int64_t) {}).empty(),
           "what is judged anew can be stored");
   require(freshness(other) == Freshness::COMPLETE, "and is up to date then");
 }

@@ -40,19 +40,14 @@ TEST(ShareDone, isAll_whenThereIsNothingToDo) {
 
 TEST(Progress, isPlain_whereStandardErrorIsNoTerminal) {
   testing::internal::CaptureStderr();
-  Options options;
-  EXPECT_EQ(startProgress(options).style, ProgressStyle::PLAIN);
-  options.progress = ProgressStyle::JSON;
-  EXPECT_EQ(startProgress(options).style, ProgressStyle::JSON);
-  options.isQuiet = true;
-  EXPECT_EQ(startProgress(options).style, ProgressStyle::NONE);
+  EXPECT_EQ(startProgress(ProgressStyle::AUTO, false).style, ProgressStyle::PLAIN);
+  EXPECT_EQ(startProgress(ProgressStyle::JSON, false).style, ProgressStyle::JSON);
+  EXPECT_EQ(startProgress(ProgressStyle::JSON, true).style, ProgressStyle::NONE);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST(Progress, saysALine_whenItsTimeHasCome) {
-  Options options;
-  options.progress = ProgressStyle::PLAIN;
-  Progress progress = startProgress(options);
+  Progress progress = startProgress(ProgressStyle::PLAIN, false);
   std::vector<Task> tasks = {taskOf(100, TaskState::FINISHED),
                              taskOf(300, TaskState::RUNNING, 1.0 / 3.0)};
   tasks[1].job.source.path = "b\n.mp4";
@@ -71,9 +66,7 @@ TEST(Progress, saysALine_whenItsTimeHasCome) {
 }
 
 TEST(Progress, takesItsBarAwayOnce) {
-  Options options;
-  options.progress = ProgressStyle::BAR;
-  Progress progress = startProgress(options);
+  Progress progress = startProgress(ProgressStyle::BAR, false);
   progress.lastShown -= std::chrono::minutes(1);
   testing::internal::CaptureStderr();
   showProgress({taskOf(100, TaskState::WAITING)}, &progress);
