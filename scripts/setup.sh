@@ -12,7 +12,7 @@ set -euo pipefail
 
 build='g++ cmake ninja-build'
 scan="$build pkg-config libavformat-dev libavcodec-dev libavutil-dev libswscale-dev"
-scan+=' libcli11-dev nlohmann-json3-dev zlib1g-dev'
+scan+=' libcli11-dev libfmt-dev nlohmann-json3-dev zlib1g-dev'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
 test="$bench $scan libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"

@@ -1,5 +1,6 @@
 #include "scan/commands/runSummary.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -52,9 +53,8 @@ bool isFinding(const RunEntry& entry, Severity threshold) {
 }  // namespace
 
 void printVerdict(const RunEntry& entry) {
-  std::string line = verdictName(entry.judgement.verdict);
-  line.resize(std::max(line.size(), sizeof "incomplete"), ' ');
-  line += printableName(entry.path);
+  std::string line =
+      fmt::format("{:<11}{}", verdictName(entry.judgement.verdict), printableName(entry.path));
   const char* separator = ": ";
   for (const std::string& reason : entry.judgement.reasons) {
     line += separator + reason;

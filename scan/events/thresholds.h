@@ -44,8 +44,8 @@ struct Threshold {
   // STRETCH, SCENE_CUT: the indicator's value. TIMESTAMP_GAP: the shortest step in seconds.
   double enter = NONE;
   double leave = NONE;  // STRETCH: the value at which it still goes on; enter or on its better side
-  double minSeconds =
-      NONE;  // STRETCH: how long the value is at `enter` or beyond before it is an event
+  // STRETCH: how long the value is at `enter` or beyond before it is an event.
+  double minSeconds = NONE;
   Severity severity = Severity::INFO;
   bool isEnabled = false;
   // Some STRETCH types begin only where the value also lies so many median absolute deviations of

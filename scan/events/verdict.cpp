@@ -1,8 +1,8 @@
 #include "scan/events/verdict.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 #include "scan/analysis/frameTable.h"
 #include "scan/events/eventList.h"
@@ -46,18 +46,13 @@ std::string clockText(double seconds) {
   constexpr double LONGEST = 1e12;  // a broken file may name any time
   if (!(std::fabs(seconds) < LONGEST)) return shortestText(seconds) + " s";
   const auto ms = static_cast<int64_t>(std::floor((std::fabs(seconds) + SMALL) * 1000.0));
-  char text[64];
-  std::snprintf(text, sizeof text, "%s%02lld:%02lld:%02lld.%03lld", seconds < 0.0 ? "-" : "",
-                static_cast<long long>(ms / 3'600'000), static_cast<long long>(ms / 60'000 % 60),
-                static_cast<long long>(ms / 1000 % 60), static_cast<long long>(ms % 1000));
-  return text;
+  return fmt::format("{}{:02}:{:02}:{:02}.{:03}", seconds < 0.0 ? "-" : "", ms / 3'600'000,
+                     ms / 60'000 % 60, ms / 1000 % 60, ms % 1000);
 }
 
 std::string secondsText(double seconds) {
-  char text[64];
   // What lasts for less than a tenth is not of no length.
-  std::snprintf(text, sizeof text, seconds < 0.095 ? "%.3f s" : "%.1f s", seconds);
-  return text;
+  return fmt::format(seconds < 0.095 ? "{:.3f} s" : "{:.1f} s", seconds);
 }
 
 // Kinds that say something about one moment.

@@ -1,13 +1,13 @@
 #include "scan/files/fingerprint.h"
 
 #include <fcntl.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <vector>
 
 namespace {
@@ -37,9 +37,7 @@ bool describe(int file, Fingerprint* fingerprint) {
   uLong checksum = crc32(0, nullptr, 0);
   if (!addPiece(file, 0, &checksum)) return false;
   if (!addPiece(file, std::max(int64_t{0}, fingerprint->size - PIECE), &checksum)) return false;
-  char text[9];
-  std::snprintf(text, sizeof text, "%08lx", checksum);
-  fingerprint->checksum = text;
+  fingerprint->checksum = fmt::format("{:08x}", checksum);
   return true;
 }
 

@@ -1,5 +1,6 @@
 #include "scan/processes/progress.h"
 
+#include <fmt/core.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -40,15 +41,9 @@ State stateOf(const std::vector<Task>& tasks) {
 }
 
 std::string minutes(double seconds) {
-  const auto whole = static_cast<long long>(seconds);
-  char text[32];
-  if (whole >= 3600) {
-    std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60,
-                  whole % 60);
-  } else {
-    std::snprintf(text, sizeof text, "%lld:%02lld", whole / 60, whole % 60);
-  }
-  return text;
+  const auto whole = static_cast<int64_t>(seconds);
+  return whole >= 3600 ? fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60)
+                       : fmt::format("{}:{:02}", whole / 60, whole % 60);
 }
 
 // Time left at the pace so far; empty while nothing can be said.
@@ -59,11 +54,8 @@ std::string timeLeft(const State& state, double elapsed) {
 }
 
 std::string summary(const State& state, size_t tasks, double elapsed) {
-  char text[160];
-  std::snprintf(text, sizeof text, "%3d %%  %zu of %zu files, %s%lld frames",
-                static_cast<int>(state.share * 100.0), state.finished, tasks,
-                timeLeft(state, elapsed).c_str(), static_cast<long long>(state.frames));
-  return text;
+  return fmt::format("{:3} %  {} of {} files, {}{} frames", static_cast<int>(state.share * 100.0),
+                     state.finished, tasks, timeLeft(state, elapsed), state.frames);
 }
 
 size_t terminalColumns() {
@@ -74,8 +66,8 @@ size_t terminalColumns() {
 
 void printBar(const State& state, size_t tasks, double elapsed) {
   const auto filled = static_cast<size_t>(state.share * static_cast<double>(BAR_COLUMNS));
-  std::string line = "[" + std::string(filled, '#') + std::string(BAR_COLUMNS - filled, '.') +
-                     "] " + summary(state, tasks, elapsed);
+  std::string line = fmt::format("[{:.<{}}] {}", std::string(filled, '#'), BAR_COLUMNS,
+                                 summary(state, tasks, elapsed));
   const size_t columns = terminalColumns();
   if (line.size() + state.running.size() + 3 <= columns) line += "  " + state.running;
   std::fprintf(stderr, "\r\x1b[K%s", line.substr(0, columns - 1).c_str());

@@ -8,6 +8,7 @@
 #include "scan/files/json.h"
 
 extern "C" {
+#include <libavutil/base64.h>
 #include <libavutil/mem.h>
 #include <libavutil/sha.h>
 }
@@ -74,20 +75,10 @@ std::string scriptJson(const Json& value) {
 }
 
 std::string base64(std::string_view bytes) {
-  static constexpr char DIGITS[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  for (size_t i = 0; i < bytes.size(); i += 3) {
-    const size_t count = std::min<size_t>(3, bytes.size() - i);
-    uint32_t three = 0;
-    for (size_t k = 0; k < 3; ++k) {
-      three = three << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-    }
-    for (size_t k = 0; k < 4; ++k) {
-      text += k <= count ? DIGITS[three >> (18 - 6 * k) & 63U] : '=';
-    }
-  }
+  std::string text(AV_BASE64_SIZE(bytes.size()), '\0');
+  av_base64_encode(text.data(), static_cast<int>(text.size()),
+                   reinterpret_cast<const uint8_t*>(bytes.data()), static_cast<int>(bytes.size()));
+  text.pop_back();  // the zero byte behind it
   return text;
 }
 

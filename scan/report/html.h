@@ -15,7 +15,7 @@ std::string escapeHtml(std::string_view text);
 // JSON for the inside of a script element: no "<" in it, bytes that are no UTF-8 as U+FFFD.
 std::string scriptJson(const Json& value);
 
-// RFC 4648, with padding, on one line.
+// RFC 4648, with padding, on one line. Of less than 500 MB.
 std::string base64(std::string_view bytes);
 
 // SHA-256 in base64, as a content security policy names what it lets run.

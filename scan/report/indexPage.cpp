@@ -1,5 +1,6 @@
 #include "scan/report/indexPage.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -87,7 +88,7 @@ std::string sparkPath(const std::vector<double>& overview, const Range& range, b
     const double part = spread > 0.0 ? (overview[i] / 2.0 - range.low / 2.0) / spread : 0.0;
     const auto y = static_cast<int>(std::lround((1.0 - part) * SPARK_H));
     const size_t x = count > 1 ? i * SPARK_W / (count - 1) : 0;
-    path += (isStart ? 'M' : 'L') + std::to_string(x) + " " + std::to_string(y);
+    path += fmt::format("{}{} {}", isStart ? 'M' : 'L', x, y);
     if (isStart) path += "h1";  // a lone one can be seen, too
     isStart = false;
   }
@@ -97,25 +98,25 @@ std::string sparkPath(const std::vector<double>& overview, const Range& range, b
 std::string sparkHtml(const Row& row, size_t indicator, const Range& range) {
   const IndicatorInfo& info = INDICATOR_TABLE[indicator];
   const auto& [statistics, overview] = row.entry->record.indicators[indicator];
-  const std::string text = std::string(info.title) + ": mean " + roughText(statistics.mean) + ", " +
-                           roughText(statistics.min) + " to " + roughText(statistics.max);
-  std::string html = std::string("<td class=\"spark ") + row.worst[indicator] + "\" data-v=\"" +
-                     shortestText(statistics.mean) + "\"><span class=\"label\">" + info.title +
-                     "</span>";
+  const std::string text =
+      fmt::format("{}: mean {}, {} to {}", info.title, roughText(statistics.mean),
+                  roughText(statistics.min), roughText(statistics.max));
   const std::string path = sparkPath(overview, range, isSparse(indicator));
-  if (path.empty()) return html + "\xe2\x80\x93</td>";
-  return html + "<svg viewBox=\"-1 -2 " + std::to_string(SPARK_W + 2) + " " +
-         std::to_string(SPARK_H + 4) +
-         "\" preserveAspectRatio=\"none\" role=\"img\" aria-label=\"" + text + "\"><title>" + text +
-         "</title><path d=\"" + path + "\"/></svg></td>";
+  const std::string picture =
+      path.empty()
+          ? "\xe2\x80\x93"
+          : fmt::format(R"(<svg viewBox="-1 -2 {} {}" preserveAspectRatio="none" role="img" )"
+                        R"(aria-label="{}"><title>{}</title><path d="{}"/></svg>)",
+                        SPARK_W + 2, SPARK_H + 4, text, text, path);
+  return fmt::format(R"(<td class="spark {}" data-v="{}"><span class="label">{}</span>{}</td>)",
+                     row.worst[indicator], shortestText(statistics.mean), info.title, picture);
 }
 
 std::string countHtml(const Row& row, Severity severity) {
   const char* const title = severityName(severity);
   const int64_t count = countOf(row, severity);
-  const std::string number = std::to_string(count);
-  return std::string("<td class=\"n count ") + (count > 0 ? title : "none") + "\" data-v=\"" +
-         number + "\"><span class=\"label\">" + title + " </span>" + number + "</td>";
+  return fmt::format(R"(<td class="n count {}" data-v="{}"><span class="label">{} </span>{}</td>)",
+                     count > 0 ? title : "none", count, title, count);
 }
 
 // A colon in the first part of a relative reference would make that part a scheme.
@@ -128,17 +129,18 @@ std::string linkOf(const std::string& folderUri) {
 std::string rowHtml(const Row& row, size_t place, const std::array<Range, INDICATORS>& ranges) {
   const ResultRecord& record = row.entry->record;
   const double duration = durationOf(record);
-  std::string html = "<tr><td data-v=\"" + std::to_string(place) + "\"><span class=\"badge " +
-                     verdictName(verdictOf(row)) + "\">" + verdictTitle(verdictOf(row)) +
-                     "</span></td><td class=\"input\"><a href=\"" +
-                     escapeHtml(linkOf(row.entry->folderUri)) + "\"><bdi>" +
-                     escapeHtml(pathOf(row).empty() ? "(no name)" : pathOf(row)) + "</bdi></a>";
+  std::string html = fmt::format(R"(<tr><td data-v="{}"><span class="badge {}">{}</span></td>)"
+                                 R"(<td class="input"><a href="{}"><bdi>{}</bdi></a>)",
+                                 place, verdictName(verdictOf(row)), verdictTitle(verdictOf(row)),
+                                 escapeHtml(linkOf(row.entry->folderUri)),
+                                 escapeHtml(pathOf(row).empty() ? "(no name)" : pathOf(row)));
   for (const std::string& reason : record.judgement.reasons) {
     html += "<p>" + escapeHtml(reason) + "</p>";
   }
-  html += "</td>" + countHtml(row, Severity::FAIL) + countHtml(row, Severity::WARN) +
-          countHtml(row, Severity::INFO) + "<td class=\"n\" data-v=\"" + shortestText(duration) +
-          "\">" + durationText(duration) + "</td>";
+  html +=
+      fmt::format(R"(</td>{}{}{}<td class="n" data-v="{}">{}</td>)", countHtml(row, Severity::FAIL),
+                  countHtml(row, Severity::WARN), countHtml(row, Severity::INFO),
+                  shortestText(duration), durationText(duration));
   for (size_t i = 0; i < INDICATORS; ++i) html += sparkHtml(row, i, ranges[i]);
   return html + "</tr>\n";
 }
@@ -150,8 +152,8 @@ std::string summaryHtml(const std::vector<Row>& rows) {
     const auto count = std::count_if(rows.begin(), rows.end(),
                                      [&](const Row& row) { return verdictOf(row) == verdict; });
     if (count > 0) {
-      html += std::string("<span class=\"badge ") + verdictName(verdict) + "\">" +
-              std::to_string(count) + " " + verdictTitle(verdict) + "</span> ";
+      html += fmt::format(R"(<span class="badge {}">{} {}</span> )", verdictName(verdict), count,
+                          verdictTitle(verdict));
     }
   }
   return html + "</p>\n";
@@ -186,7 +188,7 @@ void writeIndex(const std::vector<IndexEntry>& entries, FILE* out) {
       "<th scope=\"col\" class=\"n\">Warn</th><th scope=\"col\" class=\"n\">Info</th>"
       "<th scope=\"col\" class=\"n\">Duration</th>";
   for (const IndicatorInfo& info : INDICATOR_TABLE) {
-    html += std::string("<th scope=\"col\" class=\"spark\">") + info.title + "</th>";
+    html += fmt::format(R"(<th scope="col" class="spark">{}</th>)", info.title);
   }
   html += "</tr></thead>\n<tbody>\n";
   writeText(html, out);

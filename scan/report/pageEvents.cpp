@@ -1,5 +1,6 @@
 #include "scan/report/pageEvents.h"
 
+#include <fmt/core.h>
 #include <cmath>
 #include <tuple>
 
@@ -14,10 +15,10 @@ namespace {
 std::string pictureHtml(const VideoResult& input, int64_t frame, const char* what) {
   const auto found = input.thumbnails.find(frame);
   if (found == input.thumbnails.end()) return "";
-  const std::string number = std::to_string(frame);
-  return "<figure><img decoding=\"async\" alt=\"frame " + number +
-         "\" src=\"data:image/jpeg;base64," + base64(found->second) + "\"><figcaption>" + what +
-         "</figcaption></figure>";
+  return fmt::format(
+      R"(<figure><img decoding="async" alt="frame {}" src="data:image/jpeg;base64,{}">)"
+      R"(<figcaption>{}</figcaption></figure>)",
+      frame, base64(found->second), what);
 }
 
 // A frame that is more than one of them is shown once.
@@ -33,20 +34,19 @@ std::string eventRowHtml(const Page& page, size_t place) {
   const TimeSpan& span = page.events[place].span;
   const Event& event = *page.events[place].event;
   const Source& source = page.sources[page.events[place].source];
-  const std::string severity = severityName(event.severity);
-  const std::string rank = std::to_string(static_cast<int>(event.severity));
   const double duration = durationOf(event);
   std::string edges;
   if (event.isAtStart) edges += " <small>from the start</small>";
   if (event.isAtEnd) edges += " <small>to the end</small>";
 
-  std::string html = "<tr id=\"event-" + std::to_string(place) + "\" data-event=\"" +
-                     std::to_string(place) + "\">";
+  std::string html = fmt::format(R"(<tr id="event-{0}" data-event="{0}">)", place);
   if (isComparison(page)) html += "<td>" + keyHtml(source) + "</td>";
-  html += "<td>" + escapeHtml(words(event.type)) + edges + "</td><td data-v=\"" + rank +
-          "\"><span class=\"severity " + severity + "\">" + severity + "</span></td>";
-  html += numberCell(span.start,
-                     "<a href=\"#tracks\">" + timecode(event.firstFrame, source.fps) + "</a>");
+  html +=
+      fmt::format(R"(<td>{0}{1}</td><td data-v="{2}"><span class="severity {3}">{3}</span></td>)",
+                  escapeHtml(words(event.type)), edges, static_cast<int>(event.severity),
+                  severityName(event.severity));
+  html += numberCell(span.start, fmt::format(R"(<a href="#tracks">{}</a>)",
+                                             timecode(event.firstFrame, source.fps)));
   html += numberCell(duration, std::isnan(duration) ? DASH : roughText(duration) + " s");
   std::string frames = std::to_string(event.firstFrame);
   if (event.lastFrame != event.firstFrame) frames += DASH + std::to_string(event.lastFrame);
@@ -54,7 +54,8 @@ std::string eventRowHtml(const Page& page, size_t place) {
   html += numberCell(static_cast<double>(event.peakFrame), std::to_string(event.peakFrame));
   html += numberCell(event.peakValue, roughText(event.peakValue));
   html += numberCell(event.threshold, roughText(event.threshold));
-  return html + "<td class=\"pictures\">" + picturesHtml(*source.input, event) + "</td></tr>\n";
+  return html +
+         fmt::format("<td class=\"pictures\">{}</td></tr>\n", picturesHtml(*source.input, event));
 }
 
 }  // namespace

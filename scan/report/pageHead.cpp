@@ -1,5 +1,7 @@
 #include "scan/report/pageHead.h"
 
+#include <fmt/core.h>
+
 #include "scan/report/html.h"
 #include "scan/report/pagePieces.h"
 #include "scan/report/resultFacts.h"
@@ -8,7 +10,7 @@ namespace {
 
 std::string listHtml(const char* name, const std::vector<std::string>& texts) {
   if (texts.empty()) return "";
-  std::string html = std::string("<ul class=\"") + name + "\">";
+  std::string html = fmt::format(R"(<ul class="{}">)", name);
   for (const std::string& text : texts) html += "<li>" + escapeHtml(text) + "</li>";
   return html + "</ul>";
 }
@@ -28,17 +30,17 @@ std::string errorHtml(const std::string& error) {
 std::string verdictHtml(const Page& page, const Source& source) {
   const ResultRecord& record = source.input->record;
   const auto& [verdict, reasons] = record.judgement;
-  return std::string("<section class=\"verdict ") + verdictName(verdict) + "\"><h1>" +
-         (isComparison(page) ? keyHtml(source) : nameHtml(source)) + "</h1><p class=\"mark\">" +
-         verdictTitle(verdict) + "</p>" + listHtml("reasons", reasons) + errorHtml(record.error) +
-         listHtml("warnings", warningsOf(record)) + "</section>\n";
+  return fmt::format(
+      "<section class=\"verdict {}\"><h1>{}</h1><p class=\"mark\">{}</p>{}{}{}</section>\n",
+      verdictName(verdict), isComparison(page) ? keyHtml(source) : nameHtml(source),
+      verdictTitle(verdict), listHtml("reasons", reasons), errorHtml(record.error),
+      listHtml("warnings", warningsOf(record)));
 }
 
 std::string factListHtml(const Source& source) {
   std::string html = "<dl class=\"facts\">";
   for (const Fact& fact : factsOf(source.input->record)) {
-    html +=
-        std::string("<div><dt>") + fact.title + "</dt><dd>" + escapeHtml(fact.text) + "</dd></div>";
+    html += fmt::format("<div><dt>{}</dt><dd>{}</dd></div>", fact.title, escapeHtml(fact.text));
   }
   return html + "</dl>\n";
 }
@@ -60,8 +62,8 @@ std::string factRowHtml(const std::vector<std::vector<Fact>>& inputs, const char
     cells += "<td>" + escapeHtml(text) + "</td>";
     isSame = isSame && text == factNamed(inputs.front(), title);
   }
-  return std::string(isSame ? "<tr>" : "<tr class=\"differs\">") + "<th scope=\"row\">" + title +
-         "</th>" + cells + "</tr>";
+  return fmt::format(R"(<tr{}><th scope="row">{}</th>{}</tr>)", isSame ? "" : R"( class="differs")",
+                     title, cells);
 }
 
 std::string factTableHtml(const Page& page) {

@@ -1,5 +1,6 @@
 #include "scan/report/pageLanes.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 
 #include "scan/report/html.h"
@@ -13,14 +14,11 @@ constexpr double NEAR_END = 0.03;
 constexpr int AXIS_MARKS = 8;  // on the axis above the lanes
 
 std::string bandHtml(const Page& page, const PageEvent& event, const std::string& title) {
-  char width[32];
-  std::snprintf(width, sizeof width, "%.4f%%",
-                100.0 * (event.span.end - event.span.start) / (page.span.end - page.span.start));
-  const auto top = static_cast<int>(event.source) * LANE;
-  return std::string("<rect class=\"") + severityName(event.event->severity) + "\" x=\"" +
-         percentOf(event.span.start, page.span) + "\" y=\"" + std::to_string(top + 2) +
-         "\" width=\"" + width + "\" height=\"" + std::to_string(LANE - 4) + "\"><title>" + title +
-         "</title></rect>";
+  const double part = (event.span.end - event.span.start) / (page.span.end - page.span.start);
+  return fmt::format(
+      R"(<rect class="{}" x="{}" y="{}" width="{:.4f}%" height="{}"><title>{}</title></rect>)",
+      severityName(event.event->severity), percentOf(event.span.start, page.span),
+      static_cast<int>(event.source) * LANE + 2, 100.0 * part, LANE - 4, title);
 }
 
 std::string linkedBandHtml(const Page& page, size_t place) {
@@ -29,18 +27,17 @@ std::string linkedBandHtml(const Page& page, size_t place) {
                             severityName(event.event->severity) + ", " +
                             timecode(event.event->firstFrame, page.sources[event.source].fps);
   // The table is the keyboard's way to an event.
-  return "<a href=\"#event-" + std::to_string(place) + "\" tabindex=\"-1\" data-event=\"" +
-         std::to_string(place) + "\">" + bandHtml(page, event, title) + "</a>";
+  return fmt::format(R"(<a href="#event-{0}" tabindex="-1" data-event="{0}">{1}</a>)", place,
+                     bandHtml(page, event, title));
 }
 
 std::string markHtml(const TimeSpan& span, double mark, double step) {
   const std::string x = percentOf(mark, span);
   // Centred, it would reach beyond the page.
   const bool isLast = span.end - mark < NEAR_END * (span.end - span.start);
-  std::string html = "<line y1=\"12\" y2=\"16\" x1=\"";
-  html.append(x).append("\" x2=\"").append(x).append("\"/><text y=\"10\" x=\"").append(x);
-  html.append(isLast ? "\" class=\"last\">" : "\">").append(markText(mark, step));
-  return html + "</text>";
+  return fmt::format(
+      R"(<line y1="12" y2="16" x1="{0}" x2="{0}"/><text y="10" x="{0}"{1}>{2}</text>)", x,
+      isLast ? R"( class="last")" : "", markText(mark, step));
 }
 
 std::string laneAxisHtml(const Page& page) {
@@ -53,12 +50,12 @@ std::string laneAxisHtml(const Page& page) {
 }
 
 std::string laneHtml(const Page& page, const std::string& type, size_t count) {
-  std::string html = "<div class=\"lane\"><span>" + escapeHtml(words(type)) + " <small>" +
-                     std::to_string(count) + "</small></span><svg class=\"bands\" height=\"" +
-                     std::to_string(LANE * static_cast<int>(page.sources.size())) + "\">";
+  std::string html = fmt::format(
+      R"(<div class="lane"><span>{} <small>{}</small></span><svg class="bands" height="{}">)",
+      escapeHtml(words(type)), count, LANE * page.sources.size());
   for (size_t i = 0; isComparison(page) && i < page.sources.size(); ++i) {
-    html += "<rect class=\"row " + colourClass(i) + "\" x=\"0\" width=\"100%\" y=\"" +
-            std::to_string((static_cast<int>(i) + 1) * LANE - 1) + "\" height=\"1\"/>";
+    html += fmt::format(R"(<rect class="row {}" x="0" width="100%" y="{}" height="1"/>)",
+                        colourClass(i), (i + 1) * LANE - 1);
   }
   for (const PageEvent& event : page.others) {
     if (event.event->type == type) html += bandHtml(page, event, "events without a row");
@@ -84,7 +81,8 @@ std::string otherEventsHtml(const Page& page) {
   if (page.others.empty()) return "";
   size_t all = 0;
   for (const auto& [type, count] : page.counts) all += count;
-  return "<p class=\"quiet\">Rows are shown for the " + std::to_string(page.events.size()) +
-         " gravest of " + std::to_string(all) +
-         " events. All are in events.csv and result.json.</p>\n";
+  return fmt::format(
+      "<p class=\"quiet\">Rows are shown for the {} gravest of {} events. "
+      "All are in events.csv and result.json.</p>\n",
+      page.events.size(), all);
 }

@@ -1,5 +1,6 @@
 #include "scan/report/pagePieces.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 
 #include "scan/numbers/decimals.h"
@@ -14,20 +15,19 @@ std::string colourClass(size_t place) {
 std::string nameHtml(const Source& source) {
   std::string name = nameOf(source.input->record);
   if (name.empty()) name = "input " + std::to_string(source.place + 1);
-  return "<bdi class=\"name\">" + escapeHtml(name) + "</bdi>";
+  return fmt::format(R"(<bdi class="name">{}</bdi>)", escapeHtml(name));
 }
 
 std::string keyHtml(const Source& source) {
-  return "<span class=\"key " + colourClass(source.place) + "\"></span>" + nameHtml(source);
+  return fmt::format(R"(<span class="key {}"></span>{})", colourClass(source.place),
+                     nameHtml(source));
 }
 
 std::string percentOf(double time, const TimeSpan& span) {
-  char text[32];
   const double part = (time - span.start) / (span.end - span.start);
-  std::snprintf(text, sizeof text, "%.4f%%", 100.0 * std::clamp(part, 0.0, 1.0));
-  return text;
+  return fmt::format("{:.4f}%", 100.0 * std::clamp(part, 0.0, 1.0));
 }
 
 std::string numberCell(double value, const std::string& text) {
-  return "<td class=\"n\" data-v=\"" + shortestText(value) + "\">" + text + "</td>";
+  return fmt::format(R"(<td class="n" data-v="{}">{}</td>)", shortestText(value), text);
 }

@@ -1,5 +1,6 @@
 #include "scan/report/pageTracks.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <cmath>
 
@@ -30,60 +31,57 @@ ValueRange rangeOf(const Page& page, size_t indicator) {
 }
 
 std::string trackSvgHtml(const Page& page, size_t indicator, const ValueRange& range) {
-  std::string html = "<svg viewBox=\"0 0 " + std::to_string(SVG_COLUMNS) + " " +
-                     std::to_string(SVG_HEIGHT) + "\" preserveAspectRatio=\"none\" role=\"img\"" +
-                     " aria-label=\"" + INDICATOR_TABLE[indicator].title + " over time\">";
+  std::string html = fmt::format(
+      R"(<svg viewBox="0 0 {} {}" preserveAspectRatio="none" role="img" aria-label="{} over time">)",
+      SVG_COLUMNS, SVG_HEIGHT, INDICATOR_TABLE[indicator].title);
   for (const PageEvent& event : page.events) {
     if (event.track != indicator) continue;
     const double scale = SVG_COLUMNS / (page.span.end - page.span.start);
-    char place[96];
-    std::snprintf(place, sizeof place, "x=\"%.2f\" width=\"%.2f\"",
-                  (event.span.start - page.span.start) * scale,
-                  std::max(1.0, (event.span.end - event.span.start) * scale));
-    html += std::string("<rect class=\"") + severityName(event.event->severity) + "\" " + place +
-            " y=\"0\" height=\"100%\"/>";
+    html += fmt::format(R"(<rect class="{}" x="{:.2f}" width="{:.2f}" y="0" height="100%"/>)",
+                        severityName(event.event->severity),
+                        (event.span.start - page.span.start) * scale,
+                        std::max(1.0, (event.span.end - event.span.start) * scale));
   }
   for (const PageThreshold& threshold : page.thresholds[indicator]) {
     if (threshold.value < range.low || threshold.value > range.high) continue;
-    char path[64];
-    std::snprintf(path, sizeof path, "M0 %.1fH%d", svgHeightOf(threshold.value, range),
-                  SVG_COLUMNS);
-    html += "<path class=\"threshold " + std::string(severityName(threshold.severity)) + "\" d=\"" +
-            path + "\"/>";
+    html += fmt::format(R"(<path class="threshold {}" d="M0 {:.1f}H{}"/>)",
+                        severityName(threshold.severity), svgHeightOf(threshold.value, range),
+                        SVG_COLUMNS);
   }
   for (const Source& source : page.sources) {
-    html += "<path class=\"line " + colourClass(source.place) + "\" d=\"" +
-            envelopePath(source.times, source.input->frames.values[indicator], page.span, range,
-                         isSparse(indicator)) +
-            "\"/>";
+    html += fmt::format(R"(<path class="line {}" d="{}"/>)", colourClass(source.place),
+                        envelopePath(source.times, source.input->frames.values[indicator],
+                                     page.span, range, isSparse(indicator)));
   }
   return html + "</svg>";
 }
 
 std::string statisticsHtml(const Statistics& statistics) {
   if (statistics.n == 0) return "not measured";
-  return roughText(statistics.min) + " to " + roughText(statistics.max) + ", mean " +
-         roughText(statistics.mean);
+  return fmt::format("{} to {}, mean {}", roughText(statistics.min), roughText(statistics.max),
+                     roughText(statistics.mean));
 }
 
 std::string trackHtml(const Page& page, size_t indicator) {
   const IndicatorInfo& info = INDICATOR_TABLE[indicator];
   const ValueRange range = rangeOf(page, indicator);
-  std::string html = std::string("<div class=\"track\" data-track=\"") + info.name +
-                     "\">\n<div class=\"head\"><h4>" + info.title + " <small>" + info.unit +
-                     "</small></h4>";
+  std::string html = fmt::format(
+      "<div class=\"track\" data-track=\"{}\">\n<div class=\"head\"><h4>{} <small>{}</small></h4>",
+      info.name, info.title, info.unit);
   for (const Source& source : page.sources) {
-    html += "<p class=\"value " + colourClass(source.place) + "\"><output data-input=\"" +
-            std::to_string(source.place) + "\"></output><small>" +
-            statisticsHtml(source.input->record.indicators[indicator].statistics) + "</small></p>";
+    html +=
+        fmt::format(R"(<p class="value {}"><output data-input="{}"></output><small>{}</small></p>)",
+                    colourClass(source.place), source.place,
+                    statisticsHtml(source.input->record.indicators[indicator].statistics));
   }
   for (const PageThreshold& threshold : page.thresholds[indicator]) {
-    html += "<p class=\"threshold " + std::string(severityName(threshold.severity)) + "\">" +
-            escapeHtml(words(threshold.type)) + " at " + roughText(threshold.value) + "</p>";
+    html += fmt::format(R"(<p class="threshold {}">{} at {}</p>)", severityName(threshold.severity),
+                        escapeHtml(words(threshold.type)), roughText(threshold.value));
   }
-  html += "</div>\n<div class=\"plot\"><div class=\"static\"><span>" + roughText(range.high) +
-          "</span><span>" + roughText(range.low) + "</span>" +
-          trackSvgHtml(page, indicator, range) + "</div></div>\n</div>\n";
+  html += fmt::format(
+      "</div>\n<div class=\"plot\"><div class=\"static\"><span>{}</span><span>{}</span>{}</div>"
+      "</div>\n</div>\n",
+      roughText(range.high), roughText(range.low), trackSvgHtml(page, indicator, range));
   return html;
 }
 
@@ -103,14 +101,15 @@ std::string tracksHtml(const Page& page) {
       "All</button><button type=\"button\" id=\"help\" title=\"keys (?)\">Keys</button></div>"
       "<div class=\"readouts\">";
   for (const Source& source : page.sources) {
-    html += "<p class=\"readout\" data-input=\"" + std::to_string(source.place) + "\">" +
-            (isComparison(page) ? keyHtml(source) + " " : "") +
-            "<output class=\"timecode\"></output> <output class=\"frame\"></output> "
-            "<output class=\"time\"></output> <output class=\"flags\"></output></p>";
+    html +=
+        fmt::format(R"(<p class="readout" data-input="{}">{}<output class="timecode"></output> )"
+                    R"(<output class="frame"></output> <output class="time"></output> )"
+                    R"(<output class="flags"></output></p>)",
+                    source.place, isComparison(page) ? keyHtml(source) + " " : "");
   }
   html += "</div><div id=\"axis\" aria-hidden=\"true\"></div></div>\n<div id=\"plots\">\n";
   for (const char* const group : GROUPS) {
-    html += std::string("<h3>") + group + "</h3>\n";
+    html += fmt::format("<h3>{}</h3>\n", group);
     for (size_t i = 0; i < INDICATORS; ++i) {
       if (std::string_view(INDICATOR_TABLE[i].group) == group) html += trackHtml(page, i);
     }

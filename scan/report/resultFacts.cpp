@@ -1,7 +1,7 @@
 #include "scan/report/resultFacts.h"
 
+#include <fmt/core.h>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 #include "scan/report/timeline.h"
@@ -19,25 +19,19 @@ std::string sizeText(double bytes) {
     bytes /= 1000.0;
     ++unit;
   }
-  char text[48];
-  std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", bytes, UNITS[unit]);
-  return text;
+  return fmt::format(unit == 0 ? "{:.0f} {}" : "{:.1f} {}", bytes, UNITS[unit]);
 }
 
 std::string rateText(double rate) {
-  char text[48];
-  std::snprintf(text, sizeof text, "%.6g per second", rate);
-  return std::isnan(rate) ? "" : text;
+  return std::isnan(rate) ? "" : fmt::format("{:.6g} per second", rate);
 }
 
 std::string pictureText(const StreamFacts& stream) {
-  std::string text = std::to_string(stream.width) + " \xc3\x97 " + std::to_string(stream.height);
+  std::string text = fmt::format("{} \xc3\x97 {}", stream.width, stream.height);
   const std::string& aspect = stream.sampleAspectRatio;
   if (!aspect.empty() && aspect != "1:1" && aspect != "0:1") text += ", samples " + aspect;
-  if (stream.rotation == 0.0 || std::isnan(stream.rotation)) return text;
-  char rotation[32];
-  std::snprintf(rotation, sizeof rotation, ", rotated %.0f\xc2\xb0", stream.rotation);
-  return text + rotation;
+  const bool isTurned = stream.rotation != 0.0 && !std::isnan(stream.rotation);
+  return isTurned ? fmt::format("{}, rotated {:.0f}\xc2\xb0", text, stream.rotation) : text;
 }
 
 std::string joined(const std::vector<std::string>& parts, const char* separator) {
@@ -112,10 +106,7 @@ std::string words(std::string_view key) {
 }
 
 std::string roughText(double value) {
-  if (std::isnan(value)) return DASH;
-  char text[32];
-  std::snprintf(text, sizeof text, "%.4g", value);
-  return text;
+  return std::isnan(value) ? DASH : fmt::format("{:.4g}", value);
 }
 
 std::vector<Fact> factsOf(const ResultRecord& record) {

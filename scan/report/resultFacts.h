@@ -18,7 +18,8 @@ double frameRateOf(const ResultRecord& record);  // that of the analysis, else t
 // Seconds: what was analysed, else what the file says; NaN.
 double durationOf(const ResultRecord& record);
 
-// Whether it says something in some frames only, by its nature: flickering, once in eight.
+// Whether an indicator says something in some frames only, by its nature: flickering, once in
+// eight.
 bool isSparse(size_t indicator);
 
 // An event type or the like for readers: "block_loss" is "block loss".

@@ -1,8 +1,8 @@
 #include "scan/report/timeline.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace {
 
@@ -10,13 +10,6 @@ constexpr double DEFAULT_RATE = 25.0;
 constexpr int64_t MINUTE = 60;
 constexpr int64_t HOUR = 3600;
 constexpr double LONGEST = 1e12;  // seconds that are still written as hours
-
-template <typename... Parts>
-std::string formatted(const char* format, Parts... parts) {
-  char text[96];
-  std::snprintf(text, sizeof text, format, parts...);
-  return text;
-}
 
 }  // namespace
 
@@ -46,19 +39,16 @@ TimeSpan axisSpan(const FrameTable& frames, const Column<double>& times, double 
 std::string timecode(int64_t frame, double fps) {
   const int64_t rate = std::max<int64_t>(1, std::llround(usableRate(fps)));
   const int64_t seconds = frame / rate;
-  return formatted("%02lld:%02lld:%02lld:%02lld", static_cast<long long>(seconds / HOUR),
-                   static_cast<long long>(seconds / MINUTE % MINUTE),
-                   static_cast<long long>(seconds % MINUTE), static_cast<long long>(frame % rate));
+  return fmt::format("{:02}:{:02}:{:02}:{:02}", seconds / HOUR, seconds / MINUTE % MINUTE,
+                     seconds % MINUTE, frame % rate);
 }
 
 std::string durationText(double seconds) {
   if (!(std::fabs(seconds) < LONGEST)) return "\xe2\x80\x93";
   const int64_t milliseconds = std::llround(std::fabs(seconds) * 1000.0);
   const int64_t whole = milliseconds / 1000;
-  return formatted(
-      "%s%lld:%02lld:%02lld.%03lld", seconds < 0.0 ? "-" : "", static_cast<long long>(whole / HOUR),
-      static_cast<long long>(whole / MINUTE % MINUTE), static_cast<long long>(whole % MINUTE),
-      static_cast<long long>(milliseconds % 1000));
+  return fmt::format("{}{}:{:02}:{:02}.{:03}", seconds < 0.0 ? "-" : "", whole / HOUR,
+                     whole / MINUTE % MINUTE, whole % MINUTE, milliseconds % 1000);
 }
 
 std::vector<double> axisMarks(const TimeSpan& span, int count) {
@@ -81,14 +71,12 @@ std::vector<double> axisMarks(const TimeSpan& span, int count) {
 std::string markText(double seconds, double step) {
   if (!(seconds >= 0.0 && seconds < LONGEST)) return "";
   const auto whole = static_cast<int64_t>(std::floor(seconds + step * 1e-6));
-  const auto hours = static_cast<long long>(whole / HOUR);
-  const auto minutes = static_cast<long long>(whole / MINUTE % MINUTE);
-  const auto rest = static_cast<long long>(whole % MINUTE);
-  std::string text = hours > 0 ? formatted("%lld:%02lld:%02lld", hours, minutes, rest)
-                               : formatted("%lld:%02lld", minutes, rest);
+  std::string text = whole >= HOUR ? fmt::format("{}:{:02}:{:02}", whole / HOUR,
+                                                 whole / MINUTE % MINUTE, whole % MINUTE)
+                                   : fmt::format("{}:{:02}", whole / MINUTE, whole % MINUTE);
   if (step < 1.0) {
     const auto hundredths = std::llround((seconds - static_cast<double>(whole)) * 100.0);
-    text += formatted(".%02lld", hundredths);
+    text += fmt::format(".{:02}", hundredths);
   }
   return text;
 }

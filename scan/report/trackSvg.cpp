@@ -1,8 +1,8 @@
 #include "scan/report/trackSvg.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace {
 
@@ -15,9 +15,7 @@ struct Stroke {
 };
 
 void appendPoint(int column, double y, bool isStart, std::string* path) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%c%d %.1f", isStart ? 'M' : 'L', column, y);
-  *path += text;
+  *path += fmt::format("{}{} {:.1f}", isStart ? 'M' : 'L', column, y);
 }
 
 void appendStroke(const Stroke& stroke, const ValueRange& range, bool isStart, std::string* path) {
