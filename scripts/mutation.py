@@ -40,8 +40,7 @@ EQUIVALENT = ROOT / "tests" / "mutation" / "equivalent.tsv"
 LEAST_CAUGHT = 0.95
 TIMEOUT = 100  # seconds; a test program that takes longer is caught in an endless loop
 MEMORY = 6 << 10  # MiB; some tests map 2 GiB
-OPTIONS = ["-DCMAKE_CXX_COMPILER=g++", "-DLUMAPROBE_PORTABLE=ON",
-           "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"]
+OPTIONS = ["-DLUMAPROBE_PORTABLE=ON", "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"]
 PRESETS = {"release": ["-DCMAKE_CXX_FLAGS=-w"], "asan": []}
 GTEST = ["--gtest_fail_fast", "--gtest_brief=1"]
 # With which preset what is built, then run, in this order, for changes in which files: what catches most

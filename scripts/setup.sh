@@ -15,11 +15,11 @@ scan="$build pkg-config libavformat-dev libavcodec-dev libavutil-dev libswscale-
 scan+=' libcli11-dev libfmt-dev nlohmann-json3-dev zlib1g-dev'
 video='ffmpeg'
 bench="$build $video libbenchmark-dev valgrind"
-test="$bench $scan libgtest-dev clang clang-format clang-tidy cppcheck shellcheck locales"
+test="$bench $scan libgtest-dev clang libclang-rt-14-dev clang-format clang-tidy cppcheck shellcheck locales"
 test+=' g++-aarch64-linux-gnu qemu-user python3 python3-jsonschema chromium'
 test+=' python3-imageio python3-mecavideo planetblupi-common gem-doc'  # for their video clips
 # shellcheck disable=SC2034  # read by its name
-long="$test libclang-rt-14-dev gcovr opencv-doc mate-backgrounds googletest musl-tools"
+long="$test gcovr opencv-doc mate-backgrounds googletest musl-tools"
 # shellcheck disable=SC2034
 long+=' g++-arm-linux-gnueabihf g++-riscv64-linux-gnu g++-s390x-linux-gnu'
 
