@@ -51,7 +51,7 @@ TEST(ParseCommandLine, readsNoBinaryMasks_evenIfTheCLibraryDoes) {
 }
 
 TEST(ParseCommandLine, findsTheBaseOfAMask_behindBlanksAndASign) {
-  for (const char* text : {"17", "+17", " 17", "021", " +021", "0x11", "0X11", "\t+0x11"}) {
+  for (const char* text : {"17", "+17", " 17", "021", "0021", " +021", "0x11", "0X11", "\t+0x11"}) {
     EXPECT_EQ(maskOf(text), 17u) << text;
   }
   for (const char* text : {"-17", " -021", " -0x11"}) EXPECT_EQ(maskOf(text), 0u - 17) << text;
