@@ -34,7 +34,8 @@ const char* endName(AnalysisEnd end) {
 template <typename Enum, size_t N>
 Enum named(const std::string& name, const Enum (&all)[N], const char* (*nameOf)(Enum),
            Enum fallback) {
-  const auto found = std::find_if(all, all + N, [&](Enum each) { return name == nameOf(each); });
+  const Enum* const found =
+      std::find_if(all, all + N, [&](Enum each) { return name == nameOf(each); });
   return found == all + N ? fallback : *found;
 }
 
