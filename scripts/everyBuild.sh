@@ -41,8 +41,8 @@ ulimit -c 0 # one of the runs is meant to abort
 # that are anything but natural, and at the smallest sizes leaves indicators without anything to measure.
 GOLDEN_RUN='clip.yuv 352 288'
 # Narrow frames of many strips, some of which repeat neither sideways nor downwards.
-UNDEFINED_RUNS='short.yuv 18 160
-short.yuv 17 256'
+UNDEFINED_RUNS='short.yuv 18 160 0x2000
+short.yuv 17 256 0x2000'
 RUNS="$GOLDEN_RUN
 clip.yuv 700 599 0xffff 29.97
 clip.yuv 1025 300 0xffff 9 limit
