@@ -46,6 +46,7 @@ TEST(ResultJson, comesBack) {
   EXPECT_EQ(json["options"].dump(),
             R"({"indicators":["blockiness","blur","contrast"],"fps":12.5,"start":"f:5",)"
             R"("end":"00:00:09","raw":"64x48@25"})");
+  EXPECT_EQ(json["input"]["mtime_ns"], 1700000000123456789);
   EXPECT_EQ(json["analysis"]["ended_by"], "size_change");
   EXPECT_EQ(json["outputs"].dump(), R"({"formats":["csv"],"thumbs":"all"})");
 }
