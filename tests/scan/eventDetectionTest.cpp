@@ -558,6 +558,7 @@ TEST(Events, ofALongVideoAreFoundInTimeProportionalToItsLength) {
   column(&table, "freezing") = Values(ROWS, 1.0);
   const std::clock_t start = std::clock();
   EXPECT_FALSE(detectEvents(table, DEFAULT_THRESHOLDS, WHOLE).empty());
-  const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;  // of processor
+  const double seconds =
+      static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;  // of processor
   EXPECT_LT(seconds, 20.0);  // a quarter of a second in a release, more under sanitizers
 }

@@ -1,5 +1,6 @@
 // Totals of whole images, and integral images with the totals of blocks that they give.
 #include <algorithm>
+#include <cstring>
 
 #include "definitions/definitions.h"
 #include "definitions/kernels.h"
@@ -81,7 +82,8 @@ void integrate(const Image* src, Image32* dest) {
 }
 
 void onlyCopy(const Image* src, Image* dest) {
-  std::copy_n(src->data, src->w * src->h, dest->data);
+  const uint64_t n = src->w * src->h;
+  if (n != 0) std::memcpy(dest->data, src->data, static_cast<size_t>(n));
 }
 
 void blockSumsInteg(const Image32* integral, Image32* dest, uint64_t blockW, uint64_t blockH) {
