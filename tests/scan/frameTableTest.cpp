@@ -4,13 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "support/runProgram.h"
 
 namespace {
 
-constexpr double INF = std::numeric_limits<double>::infinity();
 
 constexpr char HEADER[] =
     "frame,pts,time_s,duration_s,keyframe,corrupt,blockiness,spatial_activity,letterbox,pillarbox,"
