@@ -1,3 +1,4 @@
+// The program's version.
 #ifndef LUMASCAN_VERSION_H
 #define LUMASCAN_VERSION_H
 

@@ -11,7 +11,8 @@
 
 // `text`, `module` and `line` name the assertion to the user. They are written out, rather than
 // taken from the code, so that they stay the same when the code moves and reports of different
-// versions can be compared. Only the two conversions in images.cpp give the line they stand in.
+// versions can be compared. Only the two conversions in plain/images.cpp give the line they stand
+// in.
 #define ASSERT_AT(condition, text, module, line) \
   ((condition) ? void(0) : assertionFailed(text, module, line, __func__))
 
