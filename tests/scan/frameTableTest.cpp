@@ -9,7 +9,6 @@
 
 namespace {
 
-
 constexpr char HEADER[] =
     "frame,pts,time_s,duration_s,keyframe,corrupt,blockiness,spatial_activity,letterbox,pillarbox,"
     "block_loss,blur,temporal_activity,blackout,freezing,exposure,contrast,interlace,noise,slice,"
