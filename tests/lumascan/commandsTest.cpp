@@ -74,7 +74,8 @@ TEST(Commands, printNothing_whenQuiet) {
 }
 
 // Takes more than a second, after which progress is told.
-constexpr const char* LONG_CLIP = isAddressSanitized || isThreadSanitized
+constexpr const char* LONG_CLIP = isThreadSanitized ? "testsrc=size=1280x720:rate=25:duration=1"
+                                  : isAddressSanitized
                                       ? "testsrc=size=1280x720:rate=25:duration=3"
                                       : "testsrc=size=1280x720:rate=25:duration=16";
 
