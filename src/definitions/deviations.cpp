@@ -106,6 +106,7 @@ void deviationsOfSmallBlocks(const int32_t* sums, const int32_t* squareSums, uin
 void calculateStdDevs(const Image* src, Image32* sums, Image32* squareSums, ImageDouble* stdDevs,
                       uint64_t blockW, uint64_t blockH) {
   const uint64_t blocks = sums->w;
+  if (blocks == 0) return;
   const bool isSmall = blockW == SIDE && blockH == SIDE;
   for (uint64_t by = 0; by < sums->h; ++by) {
     const uint8_t* rows = src->data + by * blockH * src->w;
