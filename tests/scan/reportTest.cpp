@@ -16,6 +16,7 @@ constexpr char HOSTILE[] = "<img src=x onerror=alert(1)>\n\"'&</script>\xff.mp4"
 
 std::string pageOf(const std::vector<VideoResult>& results) {
   std::vector<const VideoResult*> inputs;
+  inputs.reserve(results.size());
   for (const VideoResult& result : results) inputs.push_back(&result);
   return writtenText([&](FILE* out) { writeReport(inputs, out); });
 }
