@@ -17,8 +17,8 @@ constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
 constexpr char FIRST_COLUMNS[] = "frame,pts,time_s,duration_s,keyframe,corrupt";
 // What no video reaches, while all that is computed of frames and times stays a number.
 constexpr int64_t LAST_FRAME = int64_t{1} << 53;
-constexpr double LONGEST = 1e30;       // seconds
-constexpr size_t LONGEST_LINE = 1024;  // bytes; twenty-one numbers of at most 25
+constexpr double FARTHEST_TIME = 1e30;  // seconds
+constexpr size_t LONGEST_LINE = 1024;   // bytes; twenty-one numbers of at most 25
 
 std::string header() {
   std::string text = FIRST_COLUMNS;
@@ -68,8 +68,9 @@ bool parseRow(std::string_view line, int64_t* frame, FrameRow* row) {
     isGood = isGood && parse(nextField(&line), &value);
   }
   // Unknown ones are NaN.
-  const bool isInRange = *frame >= 0 && *frame <= LAST_FRAME && !(std::fabs(row->time) > LONGEST) &&
-                         !(std::fabs(row->duration) > LONGEST);
+  const bool isInRange = *frame >= 0 && *frame <= LAST_FRAME &&
+                         !(std::fabs(row->time) > FARTHEST_TIME) &&
+                         !(std::fabs(row->duration) > FARTHEST_TIME);
   return isGood && isInRange;
 }
 

@@ -3,22 +3,21 @@
 #include <algorithm>
 #include <cmath>
 #include <deque>
-#include <limits>
 #include <tuple>
 
 #include "scan/analysis/indicatorTable.h"
 #include "scan/numbers/decimals.h"
 #include "scan/numbers/sortedValues.h"
+#include "scan/numbers/unknown.h"
 
 namespace {
 
 using Values = Column<double>;
 
-constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
 constexpr double STILL_ACTIVITY = 1.0;  // levels; freezing's own limit
 constexpr size_t FLICKER_PERIOD = 8;    // comparisons that one value of flickering is the mean of
 constexpr size_t NEIGHBOURS = 4;        // frames to either side that a scene cut is compared with
-constexpr double ROUNDING = 1e-3;       // seconds; many containers round times to this
+constexpr double CONTAINER_ROUNDING = 1e-3;  // seconds; many containers round times to this
 // A threshold taken from the file's median: a stretch goes on for this share of the way to it.
 constexpr double RELATIVE_LEAVE = 0.75;
 
@@ -92,7 +91,7 @@ bool isLongEnough(const Scene& scene, size_t first, size_t last) {
   const Times& times = scene.times;
   const double seconds =
       times.elapsed[last] - times.elapsed[first] + (times.end[last] - times.start[last]);
-  return std::isnan(seconds) || seconds >= scene.threshold.minSeconds - ROUNDING;
+  return std::isnan(seconds) || seconds >= scene.threshold.minSeconds - CONTAINER_ROUNDING;
 }
 
 struct Levels {
@@ -168,7 +167,7 @@ void spreadOverPeriods(Values* values) {
 
 // The worst value of the last seconds that the threshold names, back to the last undefined one.
 Values worstOfLastSeconds(const Scene& scene, const Values& values) {
-  const double seconds = scene.threshold.holdSeconds - ROUNDING;
+  const double seconds = scene.threshold.holdSeconds - CONTAINER_ROUNDING;
   // Each value, and since when (seconds); each less bad than the one before.
   std::deque<std::pair<double, double>> worst;
   Values held;

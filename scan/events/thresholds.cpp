@@ -21,12 +21,12 @@ constexpr EventRule stretch(const char* type, const char* title, const char* ind
 }
 
 // A number that files may set, and where it is kept.
-struct NumberKey {
+struct ThresholdKey {
   const char* name;
   double Threshold::*field;
 };
 
-constexpr NumberKey NUMBER_KEYS[] = {
+constexpr ThresholdKey THRESHOLD_KEYS[] = {
     {"enter", &Threshold::enter},      {"leave", &Threshold::leave},
     {"min_s", &Threshold::minSeconds}, {"mad", &Threshold::mad},
     {"least", &Threshold::least},      {"ratio", &Threshold::ratio},
@@ -61,7 +61,7 @@ std::string setKey(const std::string& type, const std::string& key, const Json& 
   const std::string place = type + "." + key;
   if (key == "severity") return setSeverity(place, value, &threshold->severity);
   if (key == "enabled") return setEnabled(place, value, &threshold->isEnabled);
-  for (const NumberKey& known : NUMBER_KEYS) {
+  for (const ThresholdKey& known : THRESHOLD_KEYS) {
     if (key == known.name) return setNumber(place, value, &(threshold->*known.field));
   }
   return place + " does not exist";
@@ -70,7 +70,7 @@ std::string setKey(const std::string& type, const std::string& key, const Json& 
 // Comparisons with NaN, of what a type has not, are all false.
 std::string contradiction(const EventRule& rule, const Threshold& threshold) {
   const std::string type = rule.type;
-  for (const NumberKey& key : NUMBER_KEYS) {
+  for (const ThresholdKey& key : THRESHOLD_KEYS) {
     const bool isLevel = key.field == &Threshold::enter || key.field == &Threshold::leave ||
                          key.field == &Threshold::alone;
     const bool mayBeNegative = rule.kind == EventKind::STRETCH && isLevel;
@@ -185,7 +185,7 @@ Json thresholdsJson(const Thresholds& thresholds) {
   Json all = Json::object();
   for (size_t i = 0; i < EVENT_TYPES; ++i) {
     Json one = Json::object();
-    for (const NumberKey& key : NUMBER_KEYS) {
+    for (const ThresholdKey& key : THRESHOLD_KEYS) {
       const double number = thresholds[i].*key.field;
       if (!std::isnan(number)) one[key.name] = number;
     }
@@ -200,7 +200,8 @@ Thresholds thresholdsOf(const Json& json) {
   Thresholds thresholds;
   for (size_t i = 0; i < EVENT_TYPES; ++i) {
     const Json& one = memberOf(json, EVENT_RULES[i].type);
-    for (const NumberKey& key : NUMBER_KEYS) thresholds[i].*key.field = numberOf(one, key.name);
+    for (const ThresholdKey& key : THRESHOLD_KEYS)
+      thresholds[i].*key.field = numberOf(one, key.name);
     thresholds[i].severity = severityNamed(textOf(one, "severity"));
     thresholds[i].isEnabled = flagOf(one, "enabled");
   }

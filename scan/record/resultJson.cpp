@@ -95,12 +95,12 @@ Json analysisJson(const AnalysisFacts& analysis) {
 }
 
 // The numbers of a summary, and their names.
-struct NumberKey {
+struct StatisticKey {
   const char* name;
   double Statistics::*field;
 };
 
-constexpr NumberKey NUMBER_KEYS[] = {
+constexpr StatisticKey STATISTIC_KEYS[] = {
     {"min", &Statistics::min},     {"max", &Statistics::max}, {"mean", &Statistics::mean},
     {"stdev", &Statistics::stdev}, {"p1", &Statistics::p1},   {"p5", &Statistics::p5},
     {"p50", &Statistics::p50},     {"p95", &Statistics::p95}, {"p99", &Statistics::p99},
@@ -109,7 +109,7 @@ constexpr NumberKey NUMBER_KEYS[] = {
 Json summaryJson(const IndicatorSummary& summary) {
   Json json;
   json["n"] = summary.statistics.n;
-  for (const NumberKey& key : NUMBER_KEYS) {
+  for (const StatisticKey& key : STATISTIC_KEYS) {
     json[key.name] = numberOrNull(summary.statistics.*key.field);
   }
   Json& overview = json["overview"] = Json::array();
@@ -235,7 +235,7 @@ std::optional<AnalysisFacts> readAnalysis(const Json& json) {
 IndicatorSummary readSummary(const Json& json) {
   IndicatorSummary summary;
   summary.statistics.n = wholeNumberOf(json, "n");
-  for (const NumberKey& key : NUMBER_KEYS) {
+  for (const StatisticKey& key : STATISTIC_KEYS) {
     summary.statistics.*key.field = numberOf(json, key.name);
   }
   const Json& overview = memberOf(json, "overview");

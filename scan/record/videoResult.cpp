@@ -6,10 +6,9 @@
 #include "scan/events/eventDetection.h"
 #include "scan/files/names.h"
 #include "scan/numbers/decimals.h"
+#include "scan/numbers/unknown.h"
 
 namespace {
-
-constexpr double UNKNOWN = AnalysisFacts::UNKNOWN;
 
 // When the last frame goes. One that does not say how long it is shown stays for an average frame.
 double endOfLast(const FrameTable& frames, double frameRate) {

@@ -4,7 +4,6 @@
 #define LUMASCAN_VIDEO_RESULT_H
 
 #include <cstdint>
-#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -15,6 +14,7 @@
 #include "scan/events/event.h"
 #include "scan/events/thresholds.h"
 #include "scan/events/verdict.h"
+#include "scan/numbers/unknown.h"
 #include "scan/record/outputChoice.h"
 #include "scan/version.h"
 
@@ -35,8 +35,6 @@ struct AskedOptions {
 };
 
 struct AnalysisFacts {
-  static constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
-
   IndicatorMask indicators = 0;
   double fps = UNKNOWN;
   LumaPath lumaPath = LumaPath::NONE;

@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr size_t MOST_EVENTS = 2000;  // with a row of their own
-constexpr double FINEST_GAP = 0.001;  // of the whole, between bands of events without a row
+constexpr size_t MOST_EVENT_ROWS = 2000;  // with a row of their own
+constexpr double FINEST_GAP = 0.001;      // of the whole, between bands of events without a row
 
 TimeSpan wholeSpan(const std::vector<Source>& sources) {
   TimeSpan whole = {0.0, 0.0};
@@ -84,7 +84,7 @@ void shareEvents(std::vector<PageEvent> events, Page* page) {
     return a.event->severity > b.event->severity;
   });
   const auto end =
-      events.begin() + static_cast<std::ptrdiff_t>(std::min(events.size(), MOST_EVENTS));
+      events.begin() + static_cast<std::ptrdiff_t>(std::min(events.size(), MOST_EVENT_ROWS));
   page->events = {events.begin(), end};
   sortByTime(&page->events);
   page->others = joined({end, events.end()}, FINEST_GAP * (page->span.end - page->span.start));

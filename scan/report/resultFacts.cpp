@@ -2,15 +2,12 @@
 
 #include <fmt/core.h>
 #include <cmath>
-#include <limits>
 
+#include "scan/numbers/unknown.h"
+#include "scan/report/pagePieces.h"
 #include "scan/report/timeline.h"
 
 namespace {
-
-constexpr char DASH[] = "\xe2\x80\x93";
-
-constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
 
 std::string sizeText(double bytes) {
   constexpr const char* UNITS[] = {"bytes", "kB", "MB", "GB", "TB", "PB"};

@@ -9,7 +9,7 @@ namespace {
 constexpr double DEFAULT_RATE = 25.0;
 constexpr int64_t MINUTE = 60;
 constexpr int64_t HOUR = 3600;
-constexpr double LONGEST = 1e12;  // seconds that are still written as hours
+constexpr double LONGEST_SHOWN = 1e12;  // seconds that are still written as hours
 
 }  // namespace
 
@@ -44,7 +44,7 @@ std::string timecode(int64_t frame, double fps) {
 }
 
 std::string durationText(double seconds) {
-  if (!(std::fabs(seconds) < LONGEST)) return "\xe2\x80\x93";
+  if (!(std::fabs(seconds) < LONGEST_SHOWN)) return "\xe2\x80\x93";
   const int64_t milliseconds = std::llround(std::fabs(seconds) * 1000.0);
   const int64_t whole = milliseconds / 1000;
   return fmt::format("{}{}:{:02}:{:02}.{:03}", seconds < 0.0 ? "-" : "", whole / HOUR,
@@ -69,7 +69,7 @@ std::vector<double> axisMarks(const TimeSpan& span, int count) {
 }
 
 std::string markText(double seconds, double step) {
-  if (!(seconds >= 0.0 && seconds < LONGEST)) return "";
+  if (!(seconds >= 0.0 && seconds < LONGEST_SHOWN)) return "";
   const auto whole = static_cast<int64_t>(std::floor(seconds + step * 1e-6));
   std::string text = whole >= HOUR ? fmt::format("{}:{:02}:{:02}", whole / HOUR,
                                                  whole / MINUTE % MINUTE, whole % MINUTE)

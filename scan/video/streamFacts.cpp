@@ -91,7 +91,7 @@ StreamFacts streamFacts(const VideoReader& reader) {
   facts.pixelFormat = nameOr(av_get_pix_fmt_name(pixelFormat(stream)), "unknown");
   facts.width = video.width;
   facts.height = video.height;
-  facts.frameRate = isRateKnown ? av_q2d(stream.avg_frame_rate) : StreamFacts::UNKNOWN;
+  facts.frameRate = isRateKnown ? av_q2d(stream.avg_frame_rate) : UNKNOWN;
   facts.timeBase = ratio(stream.time_base, '/');
   facts.declaredDuration = declaredDuration(reader);
   facts.declaredFrames = std::max(int64_t{0}, stream.nb_frames);

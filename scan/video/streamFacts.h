@@ -3,16 +3,14 @@
 #define LUMASCAN_STREAM_FACTS_H
 
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
+#include "scan/numbers/unknown.h"
 #include "scan/video/videoReader.h"
 
 // Container, codec and what follows.
 struct StreamFacts {
-  static constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
-
   std::string container;  // as FFmpeg names it, like the codec and the pixel format
   std::string codec;
   std::string pixelFormat;

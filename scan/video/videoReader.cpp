@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <string_view>
 
+#include "scan/numbers/unknown.h"
 #include "scan/video/fileEnding.h"
 
 namespace {
 
-constexpr double UNKNOWN = std::numeric_limits<double>::quiet_NaN();
 constexpr double USUAL_FRAME_RATE = 25.0;  // frames per second
 // Errors in a row, once all packets are sent, at which the decoder is taken to be at its end. It
 // holds back fewer pictures than this.

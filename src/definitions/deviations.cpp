@@ -5,6 +5,7 @@
 
 #include "definitions/definitions.h"
 #include "definitions/kernels.h"
+#include "definitions/smallBlocks.h"
 
 namespace {
 
@@ -26,13 +27,8 @@ void addBlocks(const uint8_t* row, uint64_t w, uint64_t blocks, uint64_t blockW,
   }
 }
 
-// The block size of noise has a way of its own: the samples of each two columns are added in 16
-// bits, and then four neighbours. In place of a square it adds level * (255 - level), of which four
-// fit 16 bits together, and makes up for it in the block's total: the square is the rest of
-// 255 * level.
-constexpr uint64_t SIDE = BLOCKSIZE;
-constexpr uint64_t PAIRS = SIDE / 2;   // of columns in a block
-constexpr uint64_t CHUNK_BLOCKS = 64;  // at a time, so that the column totals stay close
+// In place of a square, blocks of the size of noise add level * (255 - level), of which four fit 16
+// bits together, and make up for it in the block's total: the square is the rest of 255 * level.
 
 inline int32_t restOfSquare(int16_t level) {
   const int16_t rest = static_cast<int16_t>(255 - level);

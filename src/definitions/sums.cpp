@@ -4,18 +4,13 @@
 
 #include "definitions/definitions.h"
 #include "definitions/kernels.h"
+#include "definitions/smallBlocks.h"
 
 namespace {
 
 int32_t asSigned(uint32_t value) {
   return static_cast<int32_t>(value);
 }
-
-// The block size that indicators use has a way of its own: the samples of each two columns are
-// added in 16 bits, and then four neighbours.
-constexpr uint64_t SIDE = BLOCKSIZE;
-constexpr uint64_t PAIRS = SIDE / 2;   // of columns in a block
-constexpr uint64_t CHUNK_BLOCKS = 64;  // at a time, so that the column totals stay close
 
 // Adds the totals of `blocks` blocks of SIDE x SIDE onto `dest`; rows stand w samples apart.
 MULTIVERSIONED

@@ -13,6 +13,7 @@
 
 #include "definitions/definitions.h"
 #include "definitions/kernels.h"
+#include "indicators/energy.h"
 #include "indicators/results.h"
 
 namespace {
@@ -22,11 +23,6 @@ constexpr int64_t REGION = 256;  // samples; edge of the square in which runs ar
 constexpr int64_t REGION_LINES = REGION / GRID;
 constexpr uint32_t MIN_RUN = 12;         // samples; most of one block's edge
 constexpr double STRENGTH_FACTOR = 6.0;  // strong edges, in mean energies of the frame
-
-// Samples whose squared differences, 65025 at most for every second one, are summed in 31 bits.
-constexpr int64_t CHUNK = 65536;
-// Rows that are summed as one sequence, so that there is a rest of less than a vector only once.
-constexpr int64_t STRIP = 16;
 
 // Squares of both diagonal differences of a sample; rows stand w samples apart.
 int32_t robertsSquare(const uint8_t* p, int64_t w) {
@@ -40,8 +36,8 @@ int32_t robertsSquare(const uint8_t* p, int64_t w) {
 MULTIVERSIONED
 int64_t robertsSquares(const uint8_t* first, int64_t w, int64_t n) {
   int64_t squares = n % 2 == 0 ? 0 : robertsSquare(first + n - 1, w);
-  for (int64_t begin = 0; begin < n; begin += CHUNK) {
-    const int64_t pairs = std::min(CHUNK, n - begin) / 2;
+  for (int64_t begin = 0; begin < n; begin += ENERGY_CHUNK) {
+    const int64_t pairs = std::min(ENERGY_CHUNK, n - begin) / 2;
     const uint8_t* const row = first + begin;
     const uint8_t* const up = row - w;
     int32_t main[2] = {0, 0};
@@ -65,17 +61,10 @@ int64_t robertsSquares(const uint8_t* first, int64_t w, int64_t n) {
   return squares;
 }
 
-// Their sum over the frame; row 0 and column 0 have none. Where a strip goes on from row to row,
-// what column 0 has added is taken away again.
 int64_t robertsEnergy(const uint8_t* data, int64_t w, int64_t h) {
-  int64_t energy = 0;
-  for (int64_t y = 1; y < h; y += STRIP) {
-    const uint8_t* const strip = data + y * w;
-    const int64_t rows = std::min(STRIP, h - y);
-    energy += robertsSquares(strip + 1, w, rows * w - 1);
-    for (int64_t r = 1; r < rows; ++r) energy -= robertsSquare(strip + r * w, w);
-  }
-  return energy;
+  return energyOf(
+      data, w, h, [w](const uint8_t* p) { return robertsSquare(p, w); },
+      [w](const uint8_t* first, int64_t n) { return robertsSquares(first, w, n); });
 }
 
 // Number of runs along the grid rows of the region at column x0, row y0 of the frame. A sample is

@@ -18,17 +18,13 @@
 
 #include "definitions/definitions.h"
 #include "definitions/kernels.h"
+#include "indicators/energy.h"
 #include "indicators/results.h"
 
 namespace {
 
 constexpr int64_t BLUR_BLOCKSIZE = 16;  // samples; what is left beyond whole blocks has no edges
 constexpr double GLOBAL_FACTOR = 16.0;  // edges, in mean squared gradients of the frame
-
-// Samples whose squared differences, 65025 at most for every second one, are summed in 31 bits.
-constexpr int64_t SQUARES_CHUNK = 65536;
-// Rows that are summed as one sequence, so that there is a rest of less than a vector only once.
-constexpr int64_t STRIP = 16;
 
 int32_t squaredGradient(const uint8_t* p) {
   const int32_t difference = p[0] - p[-1];
@@ -40,8 +36,8 @@ int32_t squaredGradient(const uint8_t* p) {
 MULTIVERSIONED
 int64_t squaredGradients(const uint8_t* first, int64_t n) {
   int64_t sum = n % 2 == 0 ? 0 : squaredGradient(first + n - 1);
-  for (int64_t begin = 0; begin < n; begin += SQUARES_CHUNK) {
-    const int64_t pairs = std::min(SQUARES_CHUNK, n - begin) / 2;
+  for (int64_t begin = 0; begin < n; begin += ENERGY_CHUNK) {
+    const int64_t pairs = std::min(ENERGY_CHUNK, n - begin) / 2;
     const uint8_t* const row = first + begin;
     int32_t squares[2] = {0, 0};
     for (int64_t k = 0; k < pairs; ++k) {  // vectorised
@@ -55,19 +51,6 @@ int64_t squaredGradients(const uint8_t* first, int64_t n) {
     sum += int64_t{squares[0]} + squares[1];
   }
   return sum;
-}
-
-// Sum of the squared horizontal differences; row 0 and column 0 have none. Where a strip goes on
-// from row to row, what column 0 has added is taken away again.
-int64_t gradientEnergy(const uint8_t* data, int64_t w, int64_t h) {
-  int64_t energy = 0;
-  for (int64_t y = 1; y < h; y += STRIP) {
-    const uint8_t* const strip = data + y * w;
-    const int64_t rows = std::min(STRIP, h - y);
-    energy += squaredGradients(strip + 1, rows * w - 1);
-    for (int64_t r = 1; r < rows; ++r) energy -= squaredGradient(strip + r * w);
-  }
-  return energy;
 }
 
 // Smallest magnitude whose square exceeds the threshold; 256 when no sample can.
@@ -145,8 +128,8 @@ void addEdgesOneByOne(Edges* edges, const uint8_t* row, int64_t w, int64_t y, in
 
 constexpr int64_t CELL_WIDTH = 16;
 constexpr int64_t CELL_HEIGHT = 4;
-constexpr int64_t CHUNK =
-    64 * CELL_WIDTH;  // columns at a time that are searched for strong samples
+// Columns at a time that are searched for strong samples.
+constexpr int64_t CELLS_WIDTH = 64 * CELL_WIDTH;
 
 // One bit for each of 16 flags, which are 0 or 1.
 inline uint64_t bitsOf(const uint8_t* flags) {
@@ -176,13 +159,13 @@ inline uint64_t crestsAt(const uint8_t* p, int64_t w, uint8_t least) {
 MULTIVERSIONED
 void addEdgesOfCells(Edges* edges, const uint8_t* data, int64_t w, int64_t y, int64_t end,
                      int64_t first, int64_t n, uint8_t least) {
-  for (int64_t begin = first; begin < first + n; begin += CHUNK) {
-    const int64_t columns = std::min(CHUNK, first + n - begin);
+  for (int64_t begin = first; begin < first + n; begin += CELLS_WIDTH) {
+    const int64_t columns = std::min(CELLS_WIDTH, first + n - begin);
     const uint8_t* const a = data + y * w + begin;
     const uint8_t* const b = a + w;
     const uint8_t* const c = b + w;
     const uint8_t* const d = c + w;
-    uint8_t strong[CHUNK];
+    uint8_t strong[CELLS_WIDTH];
     for (int64_t i = 0; i < columns; ++i) {  // vectorised
       const uint8_t ab =
           std::max(absoluteDifference(a[i], a[i - 1]), absoluteDifference(b[i], b[i - 1]));
@@ -210,8 +193,9 @@ void* blur(void* luma) {
   const Image* frame = static_cast<const Image*>(luma);
   const int64_t w = static_cast<int64_t>(frame->w);
   const int64_t h = static_cast<int64_t>(frame->h);
-  const double meanSquare = static_cast<double>(gradientEnergy(frame->data, w, h)) /
-                            (static_cast<double>(h) * static_cast<double>(w));
+  const double meanSquare =
+      static_cast<double>(energyOf(frame->data, w, h, squaredGradient, squaredGradients)) /
+      (static_cast<double>(h) * static_cast<double>(w));
   const int32_t least = leastStrong(meanSquare * GLOBAL_FACTOR);
   Edges edges = {0, 0};
   // The last row and column of the last whole blocks have no crests; without blocks there are none.

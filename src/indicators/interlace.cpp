@@ -17,14 +17,14 @@
 namespace {
 
 constexpr uint64_t INTERLACE_BLOCKSIZE = 4;
-constexpr uint64_t BLOCKS = 256;             // at a time
+constexpr uint64_t BLOCKS_AT_ONCE = 256;
 constexpr uint32_t ALL_COMBED = 0xffffffff;  // four columns, a byte each
 
-// Number of combed ones among `n` blocks side by side, up to BLOCKS, whose lines stand w samples
-// apart.
+// Number of combed ones among `n` blocks side by side, up to BLOCKS_AT_ONCE, whose lines stand w
+// samples apart.
 MULTIVERSIONED
 uint32_t combedBlocks(const uint8_t* top, uint64_t w, uint64_t n) {
-  uint8_t combed[BLOCKS * INTERLACE_BLOCKSIZE];
+  uint8_t combed[BLOCKS_AT_ONCE * INTERLACE_BLOCKSIZE];
   const uint8_t* const second = top + w;
   const uint8_t* const third = second + w;
   const uint8_t* const bottom = third + w;
@@ -62,9 +62,9 @@ void* interlace(void* luma) {
     // a block.
     const uint64_t left = w * (h - y - INTERLACE_BLOCKSIZE + 1);
     const uint64_t n = std::min(columns, left / INTERLACE_BLOCKSIZE);
-    for (uint64_t first = 0; first < n; first += BLOCKS) {
+    for (uint64_t first = 0; first < n; first += BLOCKS_AT_ONCE) {
       const uint8_t* top = frame->data + y * w + first * INTERLACE_BLOCKSIZE;
-      combed += combedBlocks(top, w, std::min(BLOCKS, n - first));
+      combed += combedBlocks(top, w, std::min(BLOCKS_AT_ONCE, n - first));
     }
   }
   Results.interlace = runTimeQuotient(combed, wholeBlocks);

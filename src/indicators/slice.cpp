@@ -13,16 +13,16 @@ namespace {
 
 constexpr uint64_t SLICE_BLOCKSIZE = 16;  // samples: height of a strip, and the distance compared
 constexpr uint64_t MIN_ROWS = 48;  // two strips of pairs, and the rows they are compared with
-constexpr uint64_t CHUNK = 1024;   // columns at a time
+constexpr uint64_t COLUMNS_AT_ONCE = 1024;
 
 // Number of samples in columns 0 to w - 1 of the strip at `rows` that equal the one `shift`
 // positions further; rows stand `stride` samples apart.
 MULTIVERSIONED
 int32_t equalPairs(const uint8_t* rows, uint64_t stride, uint64_t w, uint64_t shift) {
   uint32_t pairs = 0;
-  for (uint64_t left = 0; left < w; left += CHUNK) {
-    const uint64_t n = std::min(CHUNK, w - left);
-    uint8_t perColumn[CHUNK] = {};  // up to 16, one for each row
+  for (uint64_t left = 0; left < w; left += COLUMNS_AT_ONCE) {
+    const uint64_t n = std::min(COLUMNS_AT_ONCE, w - left);
+    uint8_t perColumn[COLUMNS_AT_ONCE] = {};  // up to 16, one for each row
     for (uint64_t y = 0; y < SLICE_BLOCKSIZE; y += 4) {
       const uint8_t* const a = rows + y * stride + left;
       const uint8_t* const b = a + stride;

@@ -10,13 +10,13 @@
 namespace {
 
 // Samples whose squared differences, 65025 at most each, are summed in 31 bits.
-constexpr uint64_t CHUNK = 32768;
+constexpr uint64_t SAMPLES_AT_ONCE = 32768;
 
 MULTIVERSIONED
 uint64_t squaredDifferences(const uint8_t* current, const uint8_t* previous, uint64_t n) {
   uint64_t squares = 0;
-  for (uint64_t begin = 0; begin < n; begin += CHUNK) {
-    const uint64_t end = std::min(begin + CHUNK, n);
+  for (uint64_t begin = 0; begin < n; begin += SAMPLES_AT_ONCE) {
+    const uint64_t end = std::min(begin + SAMPLES_AT_ONCE, n);
     int32_t chunk = 0;
     for (uint64_t i = begin; i < end; ++i) {  // vectorised
       const int16_t difference = static_cast<int16_t>(current[i] - previous[i]);

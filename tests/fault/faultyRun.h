@@ -9,6 +9,8 @@
 
 #include "../cli/analysis.h"
 
+constexpr int FRAMES = 100;  // of the usual clip
+
 // Runs the program while calls of the C library fail: `faults` are the variables that
 // preloaded/failingCalls.cpp describes, and their values. `prepare` is that of runProgram.
 ProgramRun analyseWithFaults(

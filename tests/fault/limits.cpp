@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int FRAMES = 100;
-
 void setLimit(__rlimit_resource resource, rlim_t most) {
   const rlimit limit = {most, most};
   require(setrlimit(resource, &limit) == 0, "setrlimit");

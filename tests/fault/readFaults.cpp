@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int FRAMES = 5;
+constexpr int FEW_FRAMES = 5;
 constexpr int FRAME_SIZE = 32 * 32 * 3 / 2;  // bytes
 
 std::string readErrorMessage(int frame, int bytesRead) {
@@ -25,11 +25,11 @@ void expectReadError(int failing, int frame, int bytesRead, const std::string& n
                      const std::string& description = "Input/output error") {
   SCOPED_TRACE(std::to_string(failing) + " " + description);
   const TemporaryDirectory directory;
-  writeRisingClip(directory, FRAMES);
+  writeRisingClip(directory, FEW_FRAMES);
   const ProgramRun run = analyseWithFaults(
       directory, risingArguments, {{"FAULTS_READ_ERROR", std::to_string(failing) + ":" + number}});
   expectRun(run, 255,
-            risingStart(FRAMES) + consoleRows(risingRows(frame)) +
+            risingStart(FEW_FRAMES) + consoleRows(risingRows(frame)) +
                 readErrorMessage(frame, bytesRead) + systemsReason(number, description),
             "");
   EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(frame)));
@@ -63,22 +63,22 @@ TEST(ReadFaults, endTheRun_whenReadingIsInterrupted) {
 
 TEST(ReadFaults, goUnnoticed_whenTheyLieInTheChromaOfTheLastFrame) {
   const TemporaryDirectory directory;
-  writeRisingClip(directory, FRAMES);
+  writeRisingClip(directory, FEW_FRAMES);
   const int firstChroma = 4 * FRAME_SIZE + 1024;
   const ProgramRun run = analyseWithFaults(
       directory, risingArguments, {{"FAULTS_READ_ERROR", std::to_string(firstChroma) + ":5"}});
-  expectRun(run, 0, risingStart(FRAMES) + consoleRows(risingRows(FRAMES)) + closing, "");
-  EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(FRAMES)));
+  expectRun(run, 0, risingStart(FEW_FRAMES) + consoleRows(risingRows(FEW_FRAMES)) + closing, "");
+  EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(FEW_FRAMES)));
 }
 
 TEST(ReadFaults, comeAfterTheRowAndWithoutReason_whenTheyAreKnownOnlyThen) {
   // Each frame asks the stream twice, before its row and after it: call 5 is the second of frame 2.
   const TemporaryDirectory directory;
-  writeRisingClip(directory, FRAMES);
+  writeRisingClip(directory, FEW_FRAMES);
   const ProgramRun run =
       analyseWithFaults(directory, risingArguments, {{"FAULTS_STREAM_ERROR", "5"}});
-  expectRun(run, 255, risingStart(FRAMES) + consoleRows(risingRows(3)) + readErrorMessage(2, 1024),
-            "");
+  expectRun(run, 255,
+            risingStart(FEW_FRAMES) + consoleRows(risingRows(3)) + readErrorMessage(2, 1024), "");
   EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(3)));
   EXPECT_EQ(faultsMade(directory), 1u);
 }
@@ -95,13 +95,13 @@ TEST(ReadFaults, areTheSystemsOwn_whenTheInputIsTheUnmappedMemoryOfTheProcess) {
 
 TEST(ShortReads, changeNoRow_whenTheyGiveOneByteOrOddPieces) {
   const TemporaryDirectory directory;
-  writeRisingClip(directory, FRAMES);
+  writeRisingClip(directory, FEW_FRAMES);
   for (const std::string piece : {"1", "7", "1000", "1025"}) {
     SCOPED_TRACE(piece);
     const ProgramRun run =
         analyseWithFaults(directory, risingArguments, {{"FAULTS_READ_PIECE", piece}});
-    expectRun(run, 0, risingStart(FRAMES) + consoleRows(risingRows(FRAMES)) + closing, "");
-    EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(FRAMES)));
+    expectRun(run, 0, risingStart(FEW_FRAMES) + consoleRows(risingRows(FEW_FRAMES)) + closing, "");
+    EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(FEW_FRAMES)));
     EXPECT_GE(faultsMade(directory), 4u);  // a stream asks for 4096 bytes or more
   }
 }

@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr int FRAMES = 100;
 const std::string noReport = "\n\n Could not create a log file\n\n";
 
 // What the screen shows of a run on `frames` frames.

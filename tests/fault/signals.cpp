@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int FRAMES = 200;
+constexpr int MANY_FRAMES = 200;
 constexpr int BEFORE = 150;  // rows before the signal, more than any stream's buffer holds
 constexpr size_t LARGEST_BUFFER = 8192;  // bytes; the C library's for files
 
@@ -28,7 +28,7 @@ void expectAllButABuffer(const std::string& written, const std::string& rowsSoFa
 ProgramRun analyseWithSignal(
     const TemporaryDirectory& directory, int number, int before = BEFORE,
     const std::function<void()>& prepare = [] {}) {
-  writeRisingClip(directory, FRAMES);
+  writeRisingClip(directory, MANY_FRAMES);
   ProgramRun run = analyseWithFaults(
       directory, risingArguments,
       {{"FAULTS_SIGNAL", std::to_string(before) + ":" + std::to_string(number)}}, prepare);
@@ -37,8 +37,8 @@ ProgramRun analyseWithSignal(
 }
 
 void expectWholeRun(const TemporaryDirectory& directory, const ProgramRun& run) {
-  expectRun(run, 0, risingStart(FRAMES) + consoleRows(risingRows(FRAMES)) + closing, "");
-  EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(FRAMES)));
+  expectRun(run, 0, risingStart(MANY_FRAMES) + consoleRows(risingRows(MANY_FRAMES)) + closing, "");
+  EXPECT_EQ(readReport(directory), reportHeader + reportRows(risingRows(MANY_FRAMES)));
 }
 
 // A terminal that changes no byte, and what was shown there once nobody has it open any more.
@@ -81,7 +81,7 @@ TEST(Signals, killTheRunAndLeaveAllRowsButThoseOfABuffer) {
     EXPECT_EQ(run.status, 128 + number);
     EXPECT_EQ(run.err, "");
     const std::vector<Row> rows = risingRows(BEFORE);
-    expectAllButABuffer(run.out, risingStart(FRAMES) + consoleRows(rows));
+    expectAllButABuffer(run.out, risingStart(MANY_FRAMES) + consoleRows(rows));
     expectAllButABuffer(readReport(directory), reportHeader + reportRows(rows));
   }
 }
@@ -96,7 +96,7 @@ TEST(Signals, leaveAllRowsSoFarOnATerminal) {
     require(dup2(open(terminal.path.c_str(), O_WRONLY | O_NOCTTY), 1) == 1, "terminal");
   });
   expectRun(run, 128 + SIGINT, "", "");
-  EXPECT_EQ(terminal.takeShown(), risingStart(FRAMES) + consoleRows(risingRows(SHOWN)));
+  EXPECT_EQ(terminal.takeShown(), risingStart(MANY_FRAMES) + consoleRows(risingRows(SHOWN)));
   EXPECT_EQ(readReport(directory), "");  // all of it was still in the buffer
 }
 

@@ -27,19 +27,27 @@ run() {
   }
 }
 
+# Without progress, which shows where a machine is slow.
+scan() {
+  expected=$1
+  name=$2
+  shift 2
+  run "$expected" "$name" scan --progress none "$@"
+}
+
 "$build/makeClip" whole.yuv 256 256 > /dev/null
 head -c 8000000 whole.yuv > cut.yuv
 head -c 1000 whole.yuv > tooShort.yuv
 echo 'no video' > text.mp4
 echo '{"freeze": {"min_s": 0.1, "severity": "warn"}, "blur": {"enabled": false}, "noise": {"enter": 4}}' > other.json
 
-run 3 scan scan --raw 256x256@25 --thumbs none --fail-on fail -j 1 whole.yuv cut.yuv tooShort.yuv
-run 0 range scan --raw 256x256@25 --thumbs none -o range --start f:20 --end 00:00:02:04 --fps 30 \
+scan 3 scan --raw 256x256@25 --thumbs none --fail-on fail -j 1 whole.yuv cut.yuv tooShort.yuv
+scan 0 range --raw 256x256@25 --thumbs none -o range --start f:20 --end 00:00:02:04 --fps 30 \
   --indicators blackout,blur,freezing,temporal_activity,exposure,slice whole.yuv
-run 3 failed scan -o failed --json text.mp4
-run 0 first scan --raw 256x256@25 --thumbs none -o judged whole.yuv
-run 1 judged scan --raw 256x256@25 --thumbs none -o judged --thresholds other.json --fail-on warn whole.yuv
-run 0 upToDate scan --raw 256x256@25 --thumbs none -o judged --thresholds other.json whole.yuv
+scan 3 failed -o failed --json text.mp4
+scan 0 first --raw 256x256@25 --thumbs none -o judged whole.yuv
+scan 1 judged --raw 256x256@25 --thumbs none -o judged --thresholds other.json --fail-on warn whole.yuv
+scan 0 upToDate --raw 256x256@25 --thumbs none -o judged --thresholds other.json whole.yuv
 run 1 events events --thresholds other.json --fail-on warn lumascan-results judged
 run 0 eventsJson events --json lumascan-results failed range
 run 0 report report lumascan-results/cut.yuv.lumascan -o one.html

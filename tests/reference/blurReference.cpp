@@ -24,27 +24,27 @@ int32_t changeY(const Luma& frame, uint32_t x, uint32_t y) {
   return x == 0 || y == 0 ? 0 : sample(frame, x, y) - sample(frame, x, y - 1);
 }
 
-int32_t strength(const Luma& frame, uint32_t x, uint32_t y) {
+int32_t gradient(const Luma& frame, uint32_t x, uint32_t y) {
   return changeX(frame, x, y) * changeX(frame, x, y);
 }
 
 // Sixteen times the mean strength of the whole frame.
-double strongAbove(const Luma& frame) {
+double edgeAbove(const Luma& frame) {
   int64_t total = 0;
   for (uint32_t y = 0; y < frame.h; ++y) {
-    for (uint32_t x = 0; x < frame.w; ++x) total += strength(frame, x, y);
+    for (uint32_t x = 0; x < frame.w; ++x) total += gradient(frame, x, y);
   }
   const double pixels = static_cast<double>(frame.h) * static_cast<double>(frame.w);
   return static_cast<double>(total) / pixels * 16.0;
 }
 
 bool edge(const Luma& frame, uint32_t x, uint32_t y, double threshold) {
-  const int32_t here = strength(frame, x, y);
+  const int32_t here = gradient(frame, x, y);
   if (!(here > threshold)) return false;
 
   const bool mostlyHorizontal = std::abs(changeX(frame, x, y)) >= std::abs(changeY(frame, x, y));
-  const bool peakInRow = strength(frame, x - 1, y) <= here && here > strength(frame, x + 1, y);
-  const bool peakInColumn = strength(frame, x, y - 1) <= here && here > strength(frame, x, y + 1);
+  const bool peakInRow = gradient(frame, x - 1, y) <= here && here > gradient(frame, x + 1, y);
+  const bool peakInColumn = gradient(frame, x, y - 1) <= here && here > gradient(frame, x, y + 1);
   return (mostlyHorizontal && peakInRow) || peakInColumn;
 }
 
@@ -88,7 +88,7 @@ uint32_t width(const Luma& frame, uint32_t x, uint32_t y) {
 double blur(const Luma& frame) {
   if (frame.w < BLOCK || frame.h < BLOCK) return 0.0;
 
-  const double threshold = strongAbove(frame);
+  const double threshold = edgeAbove(frame);
   uint32_t widths = 0;
   uint32_t edges = 0;
   for (uint32_t y = 1; y < frame.h / BLOCK * BLOCK - 1; ++y) {

@@ -5,7 +5,7 @@
 namespace reference {
 namespace {
 
-uint8_t at(const Luma& frame, uint32_t x, uint32_t y) {
+uint8_t sampleAt(const Luma& frame, uint32_t x, uint32_t y) {
   return frame.samples[uint64_t{y} * frame.w + x];
 }
 
@@ -13,7 +13,7 @@ uint8_t at(const Luma& frame, uint32_t x, uint32_t y) {
 bool equalsRightNeighbour(const Luma& frame, uint32_t x) {
   for (uint32_t y = 0; y < frame.h; ++y) {
     const bool isMiddle = y == frame.h - 1 - y;
-    if (!isMiddle && at(frame, x, y) != at(frame, x + 1, y)) return false;
+    if (!isMiddle && sampleAt(frame, x, y) != sampleAt(frame, x + 1, y)) return false;
   }
   return true;
 }

@@ -10,7 +10,7 @@ namespace {
 constexpr int horizontalKernel[3][3] = {{-1, 0, 1}, {-2, 0, 2}, {-1, 0, 1}};
 constexpr int verticalKernel[3][3] = {{-1, -2, -1}, {0, 0, 0}, {1, 2, 1}};
 
-int at(const Luma& frame, uint32_t x, uint32_t y) {
+int levelAt(const Luma& frame, uint32_t x, uint32_t y) {
   return frame.samples[uint64_t{y} * frame.w + x];
 }
 
@@ -18,7 +18,7 @@ int correlate(const int (&kernel)[3][3], const Luma& frame, uint32_t x, uint32_t
   int sum = 0;
   for (uint32_t row = 0; row < 3; ++row) {
     for (uint32_t column = 0; column < 3; ++column) {
-      sum += kernel[row][column] * at(frame, x - 1 + column, y - 1 + row);
+      sum += kernel[row][column] * levelAt(frame, x - 1 + column, y - 1 + row);
     }
   }
   return sum;

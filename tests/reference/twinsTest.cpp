@@ -77,8 +77,8 @@ uint32_t anySide(uint32_t limit, uint64_t* random) {
   }
 }
 
-// Rounds of frames of random sizes, each with all contents. Where a processor is emulated, it may
-// be compiled with fewer.
+// Rounds of frames of random sizes, each with all contents. Fewer where that takes long: in
+// sanitized programs, and on emulated processors.
 #ifndef TWIN_ROUNDS
 #define TWIN_ROUNDS 40
 #endif

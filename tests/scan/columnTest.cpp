@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr size_t ROWS = PieceFile::PIECE / sizeof(double);  // of a piece
+constexpr size_t PIECE_VALUES = PieceFile::PIECE / sizeof(double);
 
 Column<double> countingTo(size_t count) {
   std::vector<double> values(count);
@@ -82,23 +82,23 @@ TEST(Column, behavesAsAVector_whateverItHolds) {
 }
 
 TEST(Column, isReadForwardsBackwardsAndAcrossPieces) {
-  const Column<double> column = countingTo(2 * ROWS + 1);
+  const Column<double> column = countingTo(2 * PIECE_VALUES + 1);
   EXPECT_EQ(column.front(), 0.0);
-  EXPECT_EQ(column.back(), 2.0 * ROWS);
+  EXPECT_EQ(column.back(), 2.0 * PIECE_VALUES);
   for (size_t row = column.size(); row-- > 0;) ASSERT_EQ(column[row], static_cast<double>(row));
   for (size_t row = 1; row < column.size(); ++row) ASSERT_EQ(column[row] - column[row - 1], 1.0);
 }
 
 TEST(Column, growsOnAfterItWasReadAtItsStart) {
-  Column<double> column = countingTo(ROWS);  // its last piece is full
+  Column<double> column = countingTo(PIECE_VALUES);  // its last piece is full
   EXPECT_EQ(column[0], 0.0);
   column.push_back(-1.0);
-  EXPECT_EQ(column[ROWS - 1], ROWS - 1.0);
+  EXPECT_EQ(column[PIECE_VALUES - 1], PIECE_VALUES - 1.0);
   EXPECT_EQ(column.front(), 0.0);
   column.push_back(-2.0);
-  EXPECT_EQ(column[ROWS], -1.0);
+  EXPECT_EQ(column[PIECE_VALUES], -1.0);
   EXPECT_EQ(column.back(), -2.0);
-  EXPECT_EQ(column.size(), ROWS + 2);
+  EXPECT_EQ(column.size(), PIECE_VALUES + 2);
 }
 
 TEST(Column, mayBeEmpty) {
@@ -110,7 +110,7 @@ TEST(Column, mayBeEmpty) {
 }
 
 TEST(Column, isCopiedWhole) {
-  Column<double> column = countingTo(2 * ROWS);
+  Column<double> column = countingTo(2 * PIECE_VALUES);
   const Column<double> copy = column;
   column.set(3, -1.0);
   EXPECT_EQ(copy[3], 3.0);
@@ -120,26 +120,26 @@ TEST(Column, isCopiedWhole) {
 }
 
 TEST(Column, isMovedWithItsFile) {
-  Column<double> column = countingTo(2 * ROWS);
+  Column<double> column = countingTo(2 * PIECE_VALUES);
   Column<double> other = {7.0};
   other = std::move(column);
-  EXPECT_TRUE(other == countingTo(2 * ROWS));
+  EXPECT_TRUE(other == countingTo(2 * PIECE_VALUES));
   const Column<double> last(std::move(other));
-  EXPECT_TRUE(last == countingTo(2 * ROWS));
+  EXPECT_TRUE(last == countingTo(2 * PIECE_VALUES));
 }
 
 TEST(Column, leavesNothingInTheFolderOfItsFile) {
   const TemporaryDirectory directory;
   const TemporaryFolder folder(directory.path);
-  const Column<double> column = countingTo(3 * ROWS);
+  const Column<double> column = countingTo(3 * PIECE_VALUES);
   EXPECT_EQ(column[1], 1.0);
   EXPECT_TRUE(std::filesystem::is_empty(directory.path));
 }
 
 TEST(Column, needsNoFile_whenItIsShort) {
   const TemporaryFolder folder("/nowhere");
-  EXPECT_EQ(countingTo(ROWS).back(), ROWS - 1.0);
-  EXPECT_THROW(countingTo(ROWS + 1), std::system_error);
+  EXPECT_EQ(countingTo(PIECE_VALUES).back(), PIECE_VALUES - 1.0);
+  EXPECT_THROW(countingTo(PIECE_VALUES + 1), std::system_error);
 }
 
 TEST(Column, saysSoWhenItsFileCannotGrow) {
@@ -151,7 +151,7 @@ TEST(Column, saysSoWhenItsFileCannotGrow) {
   const rlimit small = {PieceFile::PIECE + 1000, before.rlim_max};  // a piece and some of the next
   setrlimit(RLIMIT_FSIZE, &small);
   try {
-    countingTo(2 * ROWS + 1);
+    countingTo(2 * PIECE_VALUES + 1);
     ADD_FAILURE() << "no exception";
   } catch (const std::system_error& error) {
     EXPECT_EQ(error.code().value(), EFBIG);

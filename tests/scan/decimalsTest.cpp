@@ -4,7 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
+
+#include "support/specialValues.h"
 
 TEST(ShortestText, hasNoMoreDigitsThanItTakes) {
   EXPECT_EQ(shortestText(0.1), "0.1");
@@ -21,7 +22,7 @@ TEST(ShortestText, hasNoMoreDigitsThanItTakes) {
 TEST(ShortestText, isEmptyOfNaNAlone) {
   EXPECT_EQ(shortestText(std::nan("")), "");
   EXPECT_EQ(shortestText(-std::nan("")), "");
-  EXPECT_EQ(shortestText(std::numeric_limits<double>::infinity()), "inf");
+  EXPECT_EQ(shortestText(INF), "inf");
 }
 
 TEST(WholeNanoseconds, takeAwayWhatFloatingPointAdds) {

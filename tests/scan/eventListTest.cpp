@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "pageParts.h"
 #include "scan/files/json.h"
+#include "support/specialValues.h"
 
 namespace {
 
@@ -44,7 +44,7 @@ TEST(EventsJson, hasNullForWhatIsNotFinite) {
             R"("last_frame":124,"start_s":null,"end_s":null,"duration_s":null,"peak_frame":124,)"
             R"("peak_value":null,"threshold":null,"at_start":true,"at_end":false}])");
   Event infinite = freeze;
-  infinite.peakValue = std::numeric_limits<double>::infinity();
+  infinite.peakValue = INF;
   EXPECT_TRUE(eventsJson({infinite})[0]["peak_value"].is_null());
 }
 

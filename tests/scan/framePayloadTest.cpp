@@ -6,15 +6,13 @@
 #include <cfloat>
 #include <cmath>
 #include <cstring>
-#include <limits>
 
 #include "pageParts.h"
 #include "sample.h"
 #include "scan/files/json.h"
+#include "support/specialValues.h"
 
 namespace {
-
-constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
 
 // A table whose first indicator has these values; all others are 0.
 FrameTable tableOf(const std::vector<double>& values) {

@@ -4,16 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <sstream>
 #include <vector>
 
 #include "driver/reportOutput.h"
 #include "support/runProgram.h"
+#include "support/specialValues.h"
 
 namespace {
 
-constexpr double INF = std::numeric_limits<double>::infinity();
 constexpr IndicatorMask ALL = 0x7fff;
 constexpr uint64_t LARGE = 256;  // a frame of this size and square has every indicator
 

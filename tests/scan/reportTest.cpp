@@ -14,7 +14,7 @@ namespace {
 
 constexpr char HOSTILE[] = "<img src=x onerror=alert(1)>\n\"'&</script>\xff.mp4";
 
-std::string pageOf(const std::vector<VideoResult>& results) {
+std::string reportOf(const std::vector<VideoResult>& results) {
   std::vector<const VideoResult*> inputs;
   inputs.reserve(results.size());
   for (const VideoResult& result : results) inputs.push_back(&result);
@@ -22,7 +22,7 @@ std::string pageOf(const std::vector<VideoResult>& results) {
 }
 
 std::string samplePage() {
-  return pageOf({sampleInput("clips/a b.mp4", 300, 25.0, 1)});
+  return reportOf({sampleInput("clips/a b.mp4", 300, 25.0, 1)});
 }
 
 // What is left of the page when scripts and styles are gone.
@@ -101,7 +101,7 @@ TEST(Report, showsPicturesOfEventsOnce) {
   event.lastFrame = 170;
   input.events = {event};
   input.thumbnails = {{150, "first"}, {170, "last"}, {151, "of no event"}};
-  const std::string body = readable(pageOf({input}));
+  const std::string body = readable(reportOf({input}));
   EXPECT_EQ(allBetween(body, "data:image/jpeg;base64,", "\""),
             (std::vector<std::string>{base64("first"), base64("last")}));
   EXPECT_TRUE(contains(body, "<figcaption>start, peak</figcaption>"));
@@ -134,7 +134,7 @@ TEST(Report, takesHostileTextAsText) {
   }
   input.record.judgement.reasons = {HOSTILE};
   input.record.warnings = {HOSTILE};
-  for (const std::string& page : {pageOf({input}), pageOf({input, input})}) {
+  for (const std::string& page : {reportOf({input}), reportOf({input, input})}) {
     EXPECT_FALSE(contains(page, "<img"));
     EXPECT_FALSE(contains(page, "\xff"));
     // Scripts of the page, its model and the frames of every input.
@@ -147,7 +147,7 @@ TEST(Report, showsSeveralInputsSideBySide) {
   VideoResult second = sampleInput("b.mp4", 600, 50.0, 2);
   second.record.judgement.verdict = Verdict::PASS;
   const std::string body =
-      readable(pageOf({sampleInput("a.mp4", 300, 25.0, 1), second, failedInput("c.mp4")}));
+      readable(reportOf({sampleInput("a.mp4", 300, 25.0, 1), second, failedInput("c.mp4")}));
   EXPECT_EQ(allBetween(body, "<p class=\"mark\">", "</p>"),
             (std::vector<std::string>{"Fail", "Pass", "Incomplete"}));
   EXPECT_TRUE(contains(body, "<th scope=\"col\">Input</th>"));
@@ -160,10 +160,10 @@ TEST(Report, showsSeveralInputsSideBySide) {
 }
 
 TEST(Report, ofNothingIsStillAPage) {
-  EXPECT_TRUE(contains(pageOf({failedInput("c.mp4")}), "No frame was analysed."));
-  EXPECT_TRUE(contains(pageOf({failedInput("c.mp4")}), "there is no video in it"));
-  EXPECT_TRUE(contains(pageOf({}), "</html>"));
-  EXPECT_TRUE(contains(pageOf({VideoResult{}}), "Incomplete"));
+  EXPECT_TRUE(contains(reportOf({failedInput("c.mp4")}), "No frame was analysed."));
+  EXPECT_TRUE(contains(reportOf({failedInput("c.mp4")}), "there is no video in it"));
+  EXPECT_TRUE(contains(reportOf({}), "</html>"));
+  EXPECT_TRUE(contains(reportOf({VideoResult{}}), "Incomplete"));
 }
 
 TEST(Report, bearsEventsOutsideOfItsFrames) {
@@ -172,7 +172,7 @@ TEST(Report, bearsEventsOutsideOfItsFrames) {
   event.firstFrame = -5;
   event.lastFrame = 1000000000000;
   event.startTime = event.endTime = event.peakValue = std::nan("");
-  EXPECT_FALSE(contains(readable(pageOf({input})), "nan"));
+  EXPECT_FALSE(contains(readable(reportOf({input})), "nan"));
 }
 
 TEST(Report, showsTheGravestOfVeryManyEvents) {
@@ -187,7 +187,7 @@ TEST(Report, showsTheGravestOfVeryManyEvents) {
     event.endTime = event.startTime + 0.04;
     input.events.push_back(event);
   }
-  const std::string body = readable(pageOf({input}));
+  const std::string body = readable(reportOf({input}));
   EXPECT_TRUE(contains(body, "Rows are shown for the 2000 gravest of 2500 events."));
   // All that fail or warn, and the first of the others; in order of time.
   std::vector<std::string> expected;
@@ -207,5 +207,5 @@ TEST(Report, showsTheGravestOfVeryManyEvents) {
             "class=\"info\" x=\"2.0000%\" y=\"2\" width=\"10.0000%\" height=\"10\"");
   EXPECT_EQ(allBetween(lane, "<rect ", ">").size(), 1U);
   input.events.resize(2000);
-  EXPECT_FALSE(contains(pageOf({input}), "gravest"));
+  EXPECT_FALSE(contains(reportOf({input}), "gravest"));
 }

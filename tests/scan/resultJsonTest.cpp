@@ -62,7 +62,7 @@ TEST(ResultJson, comesBack_ofWhatCouldNotBeOpened) {
 TEST(ResultJson, hasNullForWhatIsUnknown) {
   ResultRecord record = fullRecord();
   record.input.fingerprint.reset();
-  record.input.stream->frameRate = StreamFacts::UNKNOWN;
+  record.input.stream->frameRate = UNKNOWN;
   record.input.stream->declaredFrames = 0;
   record.options = {0x7fff, 0.0, "", "", ""};
   record.error = "";

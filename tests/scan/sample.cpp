@@ -1,12 +1,12 @@
 #include "sample.h"
 
 #include <cmath>
-#include <limits>
 #include <random>
+
+#include "support/specialValues.h"
 
 namespace {
 
-constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
 constexpr int64_t WITHOUT_TIME = 40;
 
 // One wave per indicator: its level, how far it swings, in how many seconds, and its noise.

@@ -6,13 +6,12 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <limits>
 #include <random>
+
+#include "support/specialValues.h"
 
 namespace {
 
-constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
-constexpr double INF = std::numeric_limits<double>::infinity();
 constexpr size_t LONG = 100'000;  // more than are sorted at once
 constexpr int64_t STEP = 9'973;   // between places of a long column that are looked at
 

@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <numeric>
+
+#include "support/specialValues.h"
 
 TEST(Statistics, ofTheNumbersUpToAHundred) {
   std::vector<double> values(101);
@@ -45,7 +46,6 @@ TEST(Statistics, ofOneValueAreThatValue) {
 }
 
 TEST(Statistics, leaveOutWhatIsNotFinite) {
-  constexpr double INF = std::numeric_limits<double>::infinity();
   const Statistics statistics = statisticsOf({std::nan(""), 1.0, INF, 3.0, -INF, -std::nan("")});
   EXPECT_EQ(statistics.n, 2);
   EXPECT_EQ(statistics.min, 1.0);

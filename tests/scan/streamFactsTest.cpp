@@ -123,7 +123,7 @@ TEST(StreamFacts, doNotKnowTheOrderOfFields_whereTheCodecDoesNotSay) {
 
 TEST(StreamFacts, haveTheTurnInDegreesClockwise_andWarnOfIt) {
   const TemporaryDirectory directory;
-  constexpr size_t SIDE = 64;
+  constexpr size_t WIDTH = 64;
   makeClip(directory, "clip.mp4", plainH264,
            "color=black:size=64x64:duration=0.2,drawbox=0:0:32:32:white:fill");
   for (const char* const turn : {"90", "180", "270"}) {
@@ -132,7 +132,7 @@ TEST(StreamFacts, haveTheTurnInDegreesClockwise_andWarnOfIt) {
     // Where a player, the ffmpeg program, shows the corner that was on the upper left.
     ffmpeg(directory, {"-i", "turned.mp4", "-pix_fmt", "gray", "-f", "rawvideo", "turned.gray"});
     const std::string shown = readFile(directory.path + "/turned.gray");
-    const auto isWhite = [&](size_t x, size_t y) { return shown[y * SIDE + x] < 0; };
+    const auto isWhite = [&](size_t x, size_t y) { return shown[y * WIDTH + x] < 0; };
     const double expected = isWhite(48, 16) ? 90 : isWhite(48, 48) ? 180 : 270;
     ASSERT_EQ(isWhite(16, 48), expected == 270);
     const Said said = saidBy({directory.path + "/turned.mp4", 0, 0, ""});

@@ -4,11 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
+
+#include "support/specialValues.h"
 
 namespace {
-
-constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
 
 FrameTable tableOf(int64_t firstFrame, const std::vector<double>& times, double duration) {
   FrameTable table;
@@ -46,7 +45,7 @@ TEST(AxisSpan, endsWithTheLastFrame) {
 
 TEST(UsableRate, isTheGivenOneWhenItIsARate) {
   EXPECT_EQ(usableRate(50.0), 50.0);
-  for (const double none : {0.0, -1.0, UNDEFINED, std::numeric_limits<double>::infinity()}) {
+  for (const double none : {0.0, -1.0, UNDEFINED, INF}) {
     EXPECT_EQ(usableRate(none), 25.0);
   }
 }

@@ -5,12 +5,11 @@
 
 #include <cfloat>
 #include <cmath>
-#include <limits>
 #include <numeric>
 
-namespace {
+#include "support/specialValues.h"
 
-constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
+namespace {
 
 // One frame per column: column k at time k.
 std::string pathOf(const std::vector<double>& values, bool isBridged = false) {

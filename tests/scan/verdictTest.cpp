@@ -21,34 +21,35 @@ Event eventOf(const std::string& type, Severity severity, int64_t first, int64_t
   return event;
 }
 
-constexpr double LONG = 1000.0;  // seconds
+constexpr double LONG_VIDEO = 1000.0;  // seconds
 
 }  // namespace
 
 TEST(Verdict, isPass_whenNothingIsToBeSaid) {
-  const Judgement judgement = judge(Status::COMPLETE, "", {}, LONG);
+  const Judgement judgement = judge(Status::COMPLETE, "", {}, LONG_VIDEO);
   EXPECT_EQ(judgement.verdict, Verdict::PASS);
   EXPECT_TRUE(judgement.reasons.empty());
 }
 
 TEST(Verdict, isPass_whenEventsOnlyInform) {
   const Judgement judgement =
-      judge(Status::COMPLETE, "", {eventOf("scene_cut", Severity::INFO, 5, 5)}, LONG);
+      judge(Status::COMPLETE, "", {eventOf("scene_cut", Severity::INFO, 5, 5)}, LONG_VIDEO);
   EXPECT_EQ(judgement.verdict, Verdict::PASS);
   EXPECT_TRUE(judgement.reasons.empty());
 }
 
 TEST(Verdict, isAttention_whenAnEventWarns) {
   const Judgement judgement =
-      judge(Status::COMPLETE, "", {eventOf("blur", Severity::WARN, 75, 124)}, LONG);
+      judge(Status::COMPLETE, "", {eventOf("blur", Severity::WARN, 75, 124)}, LONG_VIDEO);
   EXPECT_EQ(judgement.verdict, Verdict::ATTENTION);
   EXPECT_EQ(judgement.reasons, Reasons{"Blurred picture: once, 2.0 s, at 00:00:03.000"});
 }
 
 TEST(Verdict, isFail_whenAnEventFails) {
-  const Judgement judgement = judge(
-      Status::COMPLETE, "",
-      {eventOf("blur", Severity::WARN, 0, 200), eventOf("freeze", Severity::FAIL, 75, 124)}, LONG);
+  const Judgement judgement =
+      judge(Status::COMPLETE, "",
+            {eventOf("blur", Severity::WARN, 0, 200), eventOf("freeze", Severity::FAIL, 75, 124)},
+            LONG_VIDEO);
   EXPECT_EQ(judgement.verdict, Verdict::FAIL);
   // What fails comes first, though it is shorter.
   EXPECT_EQ(judgement.reasons, (Reasons{"Frozen picture: once, 2.0 s, at 00:00:03.000",
@@ -57,14 +58,14 @@ TEST(Verdict, isFail_whenAnEventFails) {
 
 TEST(Verdict, isIncomplete_whateverTheEventsSay) {
   const std::vector<Event> events = {eventOf("freeze", Severity::FAIL, 75, 124)};
-  const Judgement partial = judge(Status::PARTIAL, "the file is cut off", events, LONG);
+  const Judgement partial = judge(Status::PARTIAL, "the file is cut off", events, LONG_VIDEO);
   EXPECT_EQ(partial.verdict, Verdict::INCOMPLETE);
   EXPECT_EQ(partial.reasons, (Reasons{"Only analysed in part: the file is cut off",
                                       "Frozen picture: once, 2.0 s, at 00:00:03.000"}));
   const Judgement failed = judge(Status::FAILED, "no video stream", {}, std::nan(""));
   EXPECT_EQ(failed.verdict, Verdict::INCOMPLETE);
   EXPECT_EQ(failed.reasons, Reasons{"Not analysed: no video stream"});
-  EXPECT_EQ(judge(Status::FAILED, "", {}, LONG).reasons, Reasons{"Not analysed"});
+  EXPECT_EQ(judge(Status::FAILED, "", {}, LONG_VIDEO).reasons, Reasons{"Not analysed"});
 }
 
 TEST(Reasons, groupEventsOfOneType) {
@@ -72,7 +73,7 @@ TEST(Reasons, groupEventsOfOneType) {
   const Judgement judgement = judge(
       Status::COMPLETE, "",
       {eventOf("freeze", Severity::FAIL, 75, 129), eventOf("freeze", Severity::FAIL, 200, 249)},
-      LONG);
+      LONG_VIDEO);
   EXPECT_EQ(judgement.reasons,
             Reasons{"Frozen picture: 2 times, 4.2 s in all, first at 00:00:03.000"});
 }
@@ -82,7 +83,7 @@ TEST(Reasons, areOrderedByTheirFrames_withinASeverity) {
       judge(Status::COMPLETE, "",
             {eventOf("blur", Severity::WARN, 0, 0), eventOf("noise", Severity::WARN, 25, 50),
              eventOf("combing", Severity::WARN, 75, 76)},
-            LONG);
+            LONG_VIDEO);
   EXPECT_EQ(judgement.reasons, (Reasons{"Noisy picture: once, 1.0 s, at 00:00:01.000",
                                         "Combed fields: once, 0.080 s, at 00:00:03.000",
                                         "Blurred picture: once, 0.040 s, at 00:00:00.000"}));
@@ -93,7 +94,7 @@ TEST(Reasons, haveNoLength_whereOneMomentIsMeant) {
                                     {eventOf("timestamp_gap", Severity::WARN, 25, 25),
                                      eventOf("timestamp_gap", Severity::WARN, 50, 50),
                                      eventOf("truncation", Severity::FAIL, 99, 99)},
-                                    LONG);
+                                    LONG_VIDEO);
   EXPECT_EQ(judgement.reasons, (Reasons{"File cut off: once, at 00:00:03.960",
                                         "Gap between timestamps: 2 times, first at 00:00:01.000"}));
 }
@@ -112,7 +113,8 @@ TEST(Reasons, leaveOutTimesThatAreUnknown) {
   Event event = eventOf("blur", Severity::WARN, 0, 249);
   event.startTime = std::nan("");
   event.endTime = std::nan("");
-  EXPECT_EQ(judge(Status::COMPLETE, "", {event}, LONG).reasons, Reasons{"Blurred picture: once"});
+  EXPECT_EQ(judge(Status::COMPLETE, "", {event}, LONG_VIDEO).reasons,
+            Reasons{"Blurred picture: once"});
 }
 
 TEST(Reasons, cutMilliseconds_andKnowHours) {
@@ -120,7 +122,7 @@ TEST(Reasons, cutMilliseconds_andKnowHours) {
   const auto reasonAt = [&](double start) {
     event.startTime = start;
     event.endTime = start + 2.0;
-    return judge(Status::COMPLETE, "", {event}, LONG * LONG).reasons.at(0);
+    return judge(Status::COMPLETE, "", {event}, LONG_VIDEO * LONG_VIDEO).reasons.at(0);
   };
   EXPECT_EQ(reasonAt(0.3), "Blurred picture: once, 2.0 s, at 00:00:00.300");
   EXPECT_EQ(reasonAt(59.9999), "Blurred picture: once, 2.0 s, at 00:00:59.999");
@@ -131,8 +133,8 @@ TEST(Reasons, cutMilliseconds_andKnowHours) {
 }
 
 TEST(Reasons, takeTheHighestSeverityOfAType) {
-  const Judgement judgement =
-      judge(Status::COMPLETE, "",
-            {eventOf("blur", Severity::WARN, 0, 1), eventOf("blur", Severity::FAIL, 5, 6)}, LONG);
+  const Judgement judgement = judge(
+      Status::COMPLETE, "",
+      {eventOf("blur", Severity::WARN, 0, 1), eventOf("blur", Severity::FAIL, 5, 6)}, LONG_VIDEO);
   EXPECT_EQ(judgement.verdict, Verdict::FAIL);
 }

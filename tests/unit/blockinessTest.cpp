@@ -4,13 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "support/lumaFrames.h"
+#include "support/specialValues.h"
 
 namespace {
-
-const double INF = std::numeric_limits<double>::infinity();
 
 double blockinessOf(const LumaFrame& frame) {
   return measure(blockiness, frame, &FrameResults::blockiness);

@@ -12,10 +12,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include "support/lumaFrames.h"
+#include "support/specialValues.h"
 
 namespace {
 
@@ -265,7 +265,7 @@ TEST(BlurToMOS, isAbout0point915_onBlurOf10) {
 TEST(BlurToMOS, isZero_onVeryLargeBlur) {
   // e^(-1500 + 2.87) is 0 in double precision.
   EXPECT_EQ(blurToMOS(1000.0), 0.0);
-  EXPECT_EQ(blurToMOS(std::numeric_limits<double>::infinity()), 0.0);
+  EXPECT_EQ(blurToMOS(INF), 0.0);
 }
 
 TEST(BlurToMOS, isZero_whereTheScoreIsNaN) {

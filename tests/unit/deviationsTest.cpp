@@ -8,6 +8,7 @@
 #include "definitions/definitions.h"
 #include "support/frames.h"
 #include "support/guardedBuffer.h"
+#include "support/specialValues.h"
 
 // The three outputs of one call, over one block grid.
 struct Deviations {
@@ -21,8 +22,6 @@ struct DoubleDeviations {
   std::vector<double> squareSums;
   std::vector<double> stdDevs;
 };
-
-static const double SENTINEL = -77.0;
 
 static Deviations cleared(uint64_t blocks) {
   return {std::vector<int32_t>(blocks), std::vector<int32_t>(blocks),

@@ -9,8 +9,7 @@
 #include "definitions/definitions.h"
 #include "support/frames.h"
 #include "support/guardedBuffer.h"
-
-static const double SENTINEL = -77.0;
+#include "support/specialValues.h"
 
 struct Kernel {
   uint64_t w;

@@ -7,9 +7,9 @@
 #include <limits>
 #include <vector>
 
-namespace {
+#include "support/specialValues.h"
 
-const double INF = std::numeric_limits<double>::infinity();
+namespace {
 
 // Flags of a stream of frames without blackout, after a run of length 0.
 std::vector<bool> flagsOf(const std::vector<double>& activities, double fps) {

@@ -12,7 +12,7 @@
 #include "support/frames.h"
 #include "support/guardedBuffer.h"
 
-static const int32_t SENTINEL = -7777;
+static const int32_t UNTOUCHED = -7777;
 
 // The two outputs of one call, or what they should be.
 struct Gradients {
@@ -21,7 +21,7 @@ struct Gradients {
 };
 
 static Gradients filled(uint64_t count) {
-  return {std::vector<int32_t>(count, SENTINEL), std::vector<int32_t>(count, SENTINEL)};
+  return {std::vector<int32_t>(count, UNTOUCHED), std::vector<int32_t>(count, UNTOUCHED)};
 }
 
 template <typename Operator>
@@ -163,13 +163,13 @@ TEST(GradientOperators, areZero_onSourceOfWidthOrHeightOne) {
 TEST(GradientOperators, writeNothing_whenASideIsZero) {
   for (const auto op : {gradient, absGradient, roberts}) {
     for (const FrameSize& size : {FrameSize{0, 5}, FrameSize{5, 0}, FrameSize{0, 0}}) {
-      std::vector<int32_t> x(5, SENTINEL);
-      std::vector<int32_t> y(5, SENTINEL);
+      std::vector<int32_t> x(5, UNTOUCHED);
+      std::vector<int32_t> y(5, UNTOUCHED);
       const Image src = {size.w, size.h, nullptr};
       Image32 destX = imageOver(x, size.w, size.h);
       Image32 destY = imageOver(y, size.w, size.h);
       op(&src, &destX, &destY);
-      EXPECT_EQ(x, std::vector<int32_t>(5, SENTINEL)) << size.w << " x " << size.h;
+      EXPECT_EQ(x, std::vector<int32_t>(5, UNTOUCHED)) << size.w << " x " << size.h;
       EXPECT_EQ(y, x) << size.w << " x " << size.h;
     }
   }
@@ -224,8 +224,8 @@ TEST(RobertsSkip, isRobertsAtTheLatticePoints_andReadsNothingBeyondTheLast) {
           expected.x.push_back(whole.x[y * skipY * w + x * skipX]);
           expected.y.push_back(whole.y[y * skipY * w + x * skipX]);
         }
-      expected.x.push_back(SENTINEL);
-      expected.y.push_back(SENTINEL);
+      expected.x.push_back(UNTOUCHED);
+      expected.y.push_back(UNTOUCHED);
 
       const uint64_t read = (pointsY - 1) * skipY * w + (pointsX - 1) * skipX + 1;
       GuardedBuffer buffer = allocBeforeGuard(read);

@@ -6,13 +6,11 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
 #include "support/lumaFrames.h"
+#include "support/specialValues.h"
 
 namespace {
-
-const double INF = std::numeric_limits<double>::infinity();
 
 double interlaceOf(const LumaFrame& frame) {
   return measure(interlace, frame, &FrameResults::interlace);

@@ -38,12 +38,13 @@ void expectNoGrowth(Action action) {
 }  // namespace
 
 TEST(Memory, isGivenBackByEveryIndicatorAfterEveryFrame) {
-  constexpr uint32_t W = 320;
-  constexpr uint32_t H = 272;  // block loss, too, has a region to measure
-  FrameImages images = makeFrameImages(W, H);
+  constexpr uint32_t WIDTH = 320;
+  constexpr uint32_t HEIGHT = 272;  // block loss, too, has a region to measure
+  FrameImages images = makeFrameImages(WIDTH, HEIGHT);
   TemporalResults temporal = {};
   // On a flat frame some indicators give up.
-  for (const std::vector<uint8_t>& samples : {noiseFrame(W, H, 1), flatFrame(W, H, 9)}) {
+  for (const std::vector<uint8_t>& samples :
+       {noiseFrame(WIDTH, HEIGHT, 1), flatFrame(WIDTH, HEIGHT, 9)}) {
     std::copy(samples.begin(), samples.end(), images.current.data);
     for (IndicatorMask mask = 1; mask <= FLICKERING; mask *= 2) {
       SCOPED_TRACE(mask);

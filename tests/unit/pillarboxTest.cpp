@@ -13,7 +13,7 @@ double pillarboxOf(const LumaFrame& frame) {
   return measure(pillarbox, frame, &FrameResults::pillarbox);
 }
 
-int isBar(LumaFrame frame, int column) {
+int isPillar(LumaFrame frame, int column) {
   return checkPillarBar(frame.samples.data(), frame.w, static_cast<uint32_t>(frame.h),
                         static_cast<uint32_t>(column));
 }
@@ -101,7 +101,7 @@ TEST(CheckPillarBar, comparesColumnWithTheNext) {
   LumaFrame frame = frameOf(16, 8, [](int, int y) { return 20 * y; });
   fill(frame, 10, 7, 6, 1, 0);
   for (int column = 0; column < 15; ++column) {
-    EXPECT_EQ(isBar(frame, column), column == 9 ? 0 : 1) << column;
+    EXPECT_EQ(isPillar(frame, column), column == 9 ? 0 : 1) << column;
   }
 }
 
@@ -110,7 +110,8 @@ TEST(CheckPillarBar, looksAtEveryRowOfBothHalves) {
     LumaFrame frame = frameOf(16, 8, [](int, int y) { return 20 * y; });
     frame.at(5, row) = 255;
     for (int column = 0; column < 15; ++column) {
-      EXPECT_EQ(isBar(frame, column), column == 4 || column == 5 ? 0 : 1) << column << " " << row;
+      EXPECT_EQ(isPillar(frame, column), column == 4 || column == 5 ? 0 : 1)
+          << column << " " << row;
     }
   }
 }
@@ -118,11 +119,11 @@ TEST(CheckPillarBar, looksAtEveryRowOfBothHalves) {
 TEST(CheckPillarBar, leavesOutMiddleRow_ofOddHeight) {
   LumaFrame frame(4, 5, 50);
   frame.at(1, 2) = 0;
-  EXPECT_EQ(isBar(frame, 0), 1);
+  EXPECT_EQ(isPillar(frame, 0), 1);
   frame.at(1, 3) = 0;
-  EXPECT_EQ(isBar(frame, 0), 0);
+  EXPECT_EQ(isPillar(frame, 0), 0);
 }
 
 TEST(CheckPillarBar, isOne_onSingleRow) {
-  EXPECT_EQ(isBar(texture(16, 1), 3), 1);
+  EXPECT_EQ(isPillar(texture(16, 1), 3), 1);
 }

@@ -6,16 +6,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <random>
 #include <vector>
 
 #include "support/lumaFrames.h"
+#include "support/specialValues.h"
 
 namespace {
 
-const double INF = std::numeric_limits<double>::infinity();
-const double QUIET_NAN = std::numeric_limits<double>::quiet_NaN();
+const double QUIET_NAN = UNDEFINED;
 
 double sliceOf(const LumaFrame& frame) {
   return measure(slice, frame, &FrameResults::slice);
