@@ -164,14 +164,14 @@ setMachine() {
 
 # $1: build, $2: preset, $3: flags in place of the preset's -O3, $4: targets, then further options of CMake.
 # Leaves the build in $folder. Builds that were all made with the same -O would agree as well, so it is
-# looked up what they are made with.
+# looked up what the program is made with.
 makeBuild() {
   folder=$build/everyBuild/${1// /_}
   local targets
   read -ra targets <<< "$4"
   if ! { cmake -S "$root" --preset "$2" -B "$folder" -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_FLAGS="$3" \
     -DLUMAPROBE_TESTS=OFF -DLUMAPROBE_WERROR=ON "${@:5}" &&
-    [[ $(grep -o -e ' -O[^ ]*' "$folder/compile_commands.json" | sort -u) == " ${3%% *}" ]] &&
+    [[ $(grep -e " -c $root/src/" "$folder/compile_commands.json" | grep -o -e ' -O[^ ]*' | sort -u) == " ${3%% *}" ]] &&
     cmake --build "$folder" --target "${targets[@]}"; } > log 2>&1; then
     cat log >&2
     echo "everyBuild.sh: could not build $1 with $3" >&2
