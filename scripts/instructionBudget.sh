@@ -45,10 +45,12 @@ if [[ $(stat -c %s clip.yuv) != "$bytes" ]]; then
   exit 1
 fi
 
-# $1: mask, $2: number of frames. Instructions and mispredictions, each the fewest of three runs: the
+# $1: mask, $2: number of frames. Instructions and mispredictions, each the fewest of some runs: the
 # order in which threads ask for memory decides how much of it is used again and has to be cleared.
+runs=3
 count() {
-  for _ in 1 2 3; do
+  local i
+  for ((i = 0; i < runs; ++i)); do
     valgrind --tool=callgrind --branch-sim=yes --callgrind-out-file=/dev/null \
       "$build/lumaprobe" clip.yuv "$width" "$height" "$1" "$2" limit 2> log.txt > rows.txt ||
       { cat log.txt >&2; exit 1; }
@@ -89,29 +91,44 @@ if [[ $mode == full ]]; then
   exit
 fi
 
-while IFS=$'\t' read -r mask name allowed; do
-  if [[ $mask == 0x* ]]; then allowed=$(perPixel "$mask")$'\t'$allowed; fi
-  printf '%s\t%s\t%s\n' "$mask" "$name" "$allowed"
-done < "$budget" > measured.tsv
+measure() {
+  local mask name allowed
+  while IFS=$'\t' read -r mask name allowed; do
+    if [[ $mask == 0x* ]]; then allowed=$(perPixel "$mask")$'\t'$allowed; fi
+    printf '%s\t%s\t%s\n' "$mask" "$name" "$allowed"
+  done < "$budget" > measured.tsv
+}
 
-# Below a hundredth of an instruction per pixel, or half a misprediction per thousand, there is nothing
-# but a thread's start in the figure.
-awk -F '\t' '
-  $1 !~ /^0x/ {
-    printf "%-7s %-19s %12s %10s %14s %10s\n", "mask", "indicator", "instructions", "budget",
-      "mispredictions", "budget"
-    next
-  }
-  {
-    isOver = ($3 > $5 * 1.02 && $3 > $5 + 0.01) || ($4 > $6 * 1.1 && $4 > $6 + 0.5)
-    printf "%-7s %-19s %12.4f %10.4f %14.3f %10.3f%s\n", $1, $2, $3, $5, $4, $6,
-      isOver ? "  OVER BUDGET" : ""
-    over += isOver
-  }
-  END { exit over > 0 }' measured.tsv && status=0 || status=1
+# Shows what was measured beside its budget. Below a hundredth of an instruction per pixel, or half a
+# misprediction per thousand, there is nothing but a thread's start in the figure.
+isWithinBudget() {
+  awk -F '\t' '
+    $1 !~ /^0x/ {
+      printf "%-7s %-19s %12s %10s %14s %10s\n", "mask", "indicator", "instructions", "budget",
+        "mispredictions", "budget"
+      next
+    }
+    {
+      isOver = ($3 > $5 * 1.02 && $3 > $5 + 0.01) || ($4 > $6 * 1.1 && $4 > $6 + 0.5)
+      printf "%-7s %-19s %12.4f %10.4f %14.3f %10.3f%s\n", $1, $2, $3, $5, $4, $6,
+        isOver ? "  OVER BUDGET" : ""
+      over += isOver
+    }
+    END { exit over > 0 }' measured.tsv
+}
 
-if [[ $mode == update ]]; then
-  awk -F '\t' -v OFS='\t' '$1 ~ /^0x/ { NF = 4 } 1' measured.tsv > "$budget"
-  status=0
+if [[ $mode == check ]]; then
+  # Mostly one run is within the budgets already.
+  runs=1
+  measure
+  if isWithinBudget; then exit; fi
+  echo 'Once more, now the fewest of three runs:'
+  runs=3
 fi
-exit "$status"
+measure
+if [[ $mode == update ]]; then
+  isWithinBudget || true
+  awk -F '\t' -v OFS='\t' '$1 ~ /^0x/ { NF = 4 } 1' measured.tsv > "$budget"
+else
+  isWithinBudget
+fi
