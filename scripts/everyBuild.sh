@@ -199,8 +199,8 @@ checkTests() {
   local folder triple emulator program
   setMachine "$1"
   # The tests take sizes to fit 64 bits: compilers for 32 warn. A tenth of the twins' frames of random
-  # size and a third of the others take long enough.
-  makeBuild "$1 tests" "$1" '-O2 -DTWIN_ROUNDS=4 -DTWIN_CONTENTS=3' 'unitTests twinTests fuzzCommandLine' \
+  # size and a quarter of the others take long enough.
+  makeBuild "$1 tests" "$1" '-O2 -DTWIN_ROUNDS=4 -DTWIN_CONTENTS=4' 'unitTests twinTests fuzzCommandLine' \
     -DLUMAPROBE_TESTS=ON -DLUMAPROBE_WERROR=OFF
   # Two tests start their own program once more, which the system cannot do with one for another machine.
   for program in unitTests twinTests; do
