@@ -8,10 +8,11 @@
 // Samples whose squared differences, 65025 at most for every second one, are summed in 31 bits.
 constexpr int64_t ENERGY_CHUNK = 65536;
 
-// Sum of the squares of all samples but those of row 0 and column 0, which have none. `squareOf(p)`
-// is that of one sample, `squaresOf(first, n)` the sum of n samples from `first` on, whatever row
-// they are in: rows are summed in strips, so that there is a rest of less than a vector only once
-// in a strip, and what column 0 has added on the way is taken away again.
+// Sum of the squares of all samples of a plane of w x h, both at least 1, but those of row 0 and
+// column 0, which have none. `squareOf(p)` is that of one sample, `squaresOf(first, n)` the sum of
+// n samples from `first` on, whatever row they are in: rows are summed in strips, so that there is
+// a rest of less than a vector only once in a strip, and what column 0 has added on the way is
+// taken away again.
 template <typename Square, typename Squares>
 int64_t energyOf(const uint8_t* data, int64_t w, int64_t h, Square squareOf, Squares squaresOf) {
   constexpr int64_t STRIP = 16;  // rows

@@ -1,16 +1,16 @@
 #!/bin/bash
 # clang-tidy finds nothing, with the checks of the nearest .clang-tidy above each source.
 #
-# Nearly all of its time goes into the headers of libraries, once more for every text it is given. So
-# sources are put one behind the other, of which the analyser then looks at every function, as it does
-# of a single one. What they call their own must have names of its own, therefore.
+# Nearly all of its time goes into the headers of libraries, again for every text it is given. So many
+# sources are joined into one text; the analyser looks at every function in it, which it would not do if
+# the text included them. Names in unnamed namespaces must therefore differ from source to source.
 set -euo pipefail
 cd "$1"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work
 
-# A source must not include another one, nor a header twice. (Of the sources put together, many do.)
+# A source must not include another one, nor a header twice, which is not to be seen in the joined text.
 if grep -rnE '#include ["<].*\.(c|cc|cpp|cxx)[">]' --include='*.cpp' --include='*.h' src scan/*/*.* tools bench tests; then
   echo 'a source must not include another one'
   exit 1
@@ -18,7 +18,7 @@ fi
 find src scan/*/*.cpp tools bench tests -name '*.cpp' -print0 |
   xargs -0 awk '/^#include/ && seen[FILENAME $0]++ { print FILENAME ": included twice: " $0; found = 1 } END { exit found }'
 
-# Sources with the same checks.
+# Sources of one folder, or of several with the same checks, as one text.
 check() {
   local text config=${1%%/*}/.clang-tidy found
   [[ -f $config ]] || config=.clang-tidy
@@ -31,7 +31,7 @@ check() {
     return
   fi
   # Lines of the text, as those of its sources.
-  awk -v text="$text" 'function flush() { if (++part <= ARGC - 2) name = ARGV[part] }
+  awk -v text="$text" '
     FILENAME != "-" { source[++lines] = FILENAME ":" FNR; next }
     index($0, text ":") == 1 { split(substr($0, length(text) + 2), rest, ":")
       print source[rest[1]] substr($0, length(text) + 2 + length(rest[1])); next }
