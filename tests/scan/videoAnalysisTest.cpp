@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "clips.h"
@@ -17,8 +19,8 @@ struct Analysis {
   std::vector<FrameRecord> frames;
 };
 
-// From a fresh start, as in a new process.
-Analysis analyse(const std::string& path, const AnalysisOptions& options = {}) {
+// From a fresh start, as in a new process. The first frame that is analysed is to be frame `first`.
+Analysis analyse(const std::string& path, const AnalysisOptions& options = {}, int64_t first = 0) {
   av_log_set_level(AV_LOG_QUIET);
   Results = {};
   restartTemporalIndicators();
@@ -29,9 +31,20 @@ Analysis analyse(const std::string& path, const AnalysisOptions& options = {}) {
       analyseVideo(options, &reader, [&](const FrameRecord& record) { frames.push_back(record); });
   EXPECT_EQ(outcome.frames, static_cast<int64_t>(frames.size()));
   for (size_t k = 0; k < frames.size(); ++k) {
-    EXPECT_EQ(frames[k].frame, static_cast<int64_t>(k));
+    EXPECT_EQ(frames[k].frame, first + static_cast<int64_t>(k));
   }
   return {outcome, frames};
+}
+
+AnalysisOptions between(const std::string& start, const std::string& end) {
+  AnalysisOptions options;
+  EXPECT_TRUE(start.empty() || parsePosition(start, &options.start)) << start;
+  EXPECT_TRUE(end.empty() || parsePosition(end, &options.end)) << end;
+  return options;
+}
+
+double valueOf(const FrameRecord& record, const char* indicator) {
+  return record.row.values.at(indicatorNamed(indicator));
 }
 
 std::string reportOf(const TemporaryDirectory& directory, const std::vector<FrameRecord>& frames) {
@@ -106,6 +119,71 @@ TEST(VideoAnalysis, knowsWhenAFrameIsShownAndHow) {
   }
 }
 
+TEST(VideoAnalysis, placesFramesWithoutTimesByTheirRate) {
+  const TemporaryDirectory directory;
+  // A bare stream of H.264 holds no times; of 50 frames a second it says so itself.
+  makeClip(directory, "clip.h264", {"-c:v", "libx264", "-bf", "2", "-pix_fmt", "yuv420p"},
+           "testsrc2=size=128x80:rate=50:duration=0.5");
+  const std::string path = directory.path + "/clip.h264";
+  for (const auto& [start, first] :
+       std::vector<std::pair<std::string, int64_t>>{{"", 0}, {"f:10", 10}, {"0.3", 15}}) {
+    SCOPED_TRACE(start);
+    const Analysis analysis = analyse(path, between(start, ""), first);
+    ASSERT_EQ(analysis.frames.size(), static_cast<size_t>(25 - first));
+    for (const FrameRecord& record : analysis.frames) {
+      EXPECT_EQ(record.row.pts, NO_TIMESTAMP);
+      EXPECT_NEAR(record.row.time, static_cast<double>(record.frame) / 50.0, 1e-9);
+    }
+  }
+}
+
+TEST(VideoAnalysis, comparesNothingWithWhatLiesBeforeItsRange) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-vf", "noise=alls=10", "-c:v", "mpeg4"}, LIVELY_PICTURE);
+  const std::string path = directory.path + "/clip.avi";
+  const Analysis all = analyse(path);
+  const Analysis part = analyse(path, between("f:5", "f:8"), 5);
+  ASSERT_EQ(part.frames.size(), 3u);
+  for (const char* const temporal : {"temporal_activity", "freezing", "flickering"}) {
+    EXPECT_TRUE(std::isnan(valueOf(part.frames[0], temporal))) << temporal;
+    EXPECT_TRUE(std::isnan(valueOf(all.frames[0], temporal))) << temporal;
+  }
+  EXPECT_EQ(part.frames[0].temporal.temporalActivity, 0.0);
+  EXPECT_GT(valueOf(part.frames[1], "temporal_activity"), 0.0);
+  EXPECT_EQ(valueOf(part.frames[1], "temporal_activity"),
+            valueOf(all.frames[6], "temporal_activity"));
+  EXPECT_EQ(valueOf(part.frames[1], "freezing"), 0.0);
+}
+
+TEST(VideoAnalysis, countsTimecodesInTheFrameRateThatIsGiven) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mpeg4"});
+  // At ten frames a second the third is at 0.3 s and the seventh at 0.7 s. Of the clip's own 25 a
+  // second, frame 8 (0.32 s) is the first behind the one, frame 18 (0.72 s) that behind the other.
+  AnalysisOptions options = between("00:00:00:03", "00:00:00:07");
+  options.fps = 10.0;
+  EXPECT_EQ(analyse(directory.path + "/clip.avi", options, 8).frames.size(), 10u);
+  // In the clip's own rate they are frames 3 and 7.
+  options.fps = 0.0;
+  EXPECT_EQ(analyse(directory.path + "/clip.avi", options, 3).frames.size(), 4u);
+}
+
+TEST(VideoAnalysis, asksForTheEndOfTheFile_whereItIsReached) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mpeg4"});
+  const std::string bytes = readFile(directory.path + "/clip.avi");
+  writeFile(directory.path + "/cut.avi", bytes.substr(0, bytes.size() * 7 / 10));
+  const auto isCut = [&](const char* name, const std::string& start, const std::string& end) {
+    const int64_t first = start.empty() ? 0 : 5;
+    return analyse(directory.path + "/" + name, between(start, end), first).outcome.isTruncated;
+  };
+  EXPECT_TRUE(isCut("cut.avi", "", ""));
+  EXPECT_TRUE(isCut("cut.avi", "f:5", ""));
+  EXPECT_TRUE(isCut("cut.avi", "0.2", "f:100"));
+  EXPECT_FALSE(isCut("cut.avi", "f:5", "f:7"));
+  EXPECT_FALSE(isCut("clip.avi", "f:5", ""));
+}
+
 TEST(VideoAnalysis, countsDamagedFramesAndErrors) {
   const TemporaryDirectory directory;
   makeClipWithoutItsStart(directory, "cut.ts");
@@ -118,14 +196,17 @@ TEST(VideoAnalysis, countsDamagedFramesAndErrors) {
 
 TEST(VideoAnalysis, endsWhereTheSizeChanges) {
   const TemporaryDirectory directory;
-  makeClip(directory, "small.ts", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
-  makeClip(directory, "large.ts", {"-c:v", "libx264", "-pix_fmt", "yuv420p"},
-           "testsrc2=size=160x96:duration=1");
-  writeFile(directory.path + "/both.ts",
-            readFile(directory.path + "/small.ts") + readFile(directory.path + "/large.ts"));
-  const Analysis analysis = analyse(directory.path + "/both.ts");
-  EXPECT_EQ(analysis.outcome.end, AnalysisEnd::SIZE_CHANGE);
-  EXPECT_EQ(analysis.frames.size(), 25u);
+  const Arguments encoding = {"-c:v", "libx264", "-pix_fmt", "yuv420p"};
+  makeClip(directory, "first.ts", encoding);
+  for (const char* const size : {"160x96", "128x64", "128x96", "112x80", "144x80"}) {
+    SCOPED_TRACE(size);
+    makeClip(directory, "second.ts", encoding, std::string("testsrc2=duration=0.2:size=") + size);
+    writeFile(directory.path + "/both.ts",
+              readFile(directory.path + "/first.ts") + readFile(directory.path + "/second.ts"));
+    const Analysis analysis = analyse(directory.path + "/both.ts");
+    EXPECT_EQ(analysis.outcome.end, AnalysisEnd::SIZE_CHANGE);
+    EXPECT_EQ(analysis.frames.size(), 25u);
+  }
 }
 
 TEST(VideoAnalysis, leavesBlackoutOut_whereNoBlockFits) {
