@@ -59,6 +59,8 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
   for (int64_t frame = 0;; ++frame) {
     const DecodedFrame decoded = next();
     outcome->error = decoded.error;
+    // The reader may be ahead by now, and its count that of frames behind the last one.
+    outcome->decodeErrors = decoded.decodeErrors;
     if (decoded.result == ReadResult::END) {
       outcome->isTruncated = isTruncated(reader);
       return AnalysisEnd::COMPLETE;
@@ -113,6 +115,5 @@ AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader
         options, *reader, [&] { return decodeNext(reader); }, &images, &outcome, onFrame);
   }
   freeFrameImages(&images);
-  outcome.decodeErrors = reader->decodeErrors;
   return outcome;
 }

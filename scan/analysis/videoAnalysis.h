@@ -44,7 +44,7 @@ struct AnalysisOutcome {
   LumaPath lumaPath;
   int64_t frames;
   int64_t corruptFrames;
-  int64_t decodeErrors;
+  int64_t decodeErrors;  // packets refused up to where it ended
 };
 
 // Analyses an opened video from where it stands and hands over each frame when it is done. The

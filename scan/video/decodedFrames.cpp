@@ -21,9 +21,10 @@ void decodeAll(VideoReader* reader, DecodeAhead* ahead) {
 }  // namespace
 
 DecodedFrame decodeNext(VideoReader* reader) {
-  DecodedFrame frame = {ReadResult::END, "", FfmpegOwner<AVFrame>(av_frame_alloc()), 0.0};
+  DecodedFrame frame = {ReadResult::END, "", FfmpegOwner<AVFrame>(av_frame_alloc()), 0.0, 0};
   frame.result = readFrame(reader, frame.picture.get(), &frame.error);
   frame.position = positionInFile(*reader);
+  frame.decodeErrors = reader->decodeErrors;
   return frame;
 }
 

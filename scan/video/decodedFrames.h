@@ -15,6 +15,7 @@ struct DecodedFrame {
   std::string error;             // of a failure
   FfmpegOwner<AVFrame> picture;  // of a frame
   double position;               // in the file, 0 to 1, as positionInFile() has it
+  int64_t decodeErrors;          // packets refused up to here, as the reader counts them
 };
 
 DecodedFrame decodeNext(VideoReader* reader);

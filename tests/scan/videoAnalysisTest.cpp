@@ -209,6 +209,39 @@ TEST(VideoAnalysis, endsWhereTheSizeChanges) {
   }
 }
 
+TEST(VideoAnalysis, countsWhatWasRefused_whereverItEnds) {
+  const TemporaryDirectory directory;
+  // Pictures that do not need each other: 25, and 5 of another size.
+  makeClip(directory, "first.mkv", {"-c:v", "png"});
+  makeClip(directory, "second.mkv", {"-c:v", "png"}, "testsrc2=size=160x96:rate=25:duration=0.2");
+  writeFile(directory.path + "/list", "file first.mkv\nfile second.mkv\n");
+  ffmpeg(directory, {"-f", "concat", "-i", "list", "-c", "copy", "both.mkv"});
+  std::string bytes = readFile(directory.path + "/both.mkv");
+  // Without its header chunk a picture is refused: 4 and 8 of the first size, 27 of the second.
+  int picture = 0;
+  for (size_t at = 0; (at = bytes.find("IHDR", at)) != std::string::npos; ++at, ++picture) {
+    if (picture == 4 || picture == 8 || picture == 27) bytes[at] = 'x';
+  }
+  ASSERT_EQ(picture, 30);
+  writeFile(directory.path + "/both.mkv", bytes);
+  for (const bool isThreaded : {false, true}) {
+    SCOPED_TRACE(isThreaded);
+    AnalysisOptions options;
+    options.isThreaded = isThreaded;
+    const AnalysisOutcome all = analyse(directory.path + "/both.mkv", options).outcome;
+    EXPECT_EQ(all.end, AnalysisEnd::SIZE_CHANGE);
+    EXPECT_EQ(all.frames, 23);
+    EXPECT_EQ(all.decodeErrors, 2);
+    // Frame 6 is picture 7: that the one behind it is refused is not to be known, however far ahead
+    // the decoder is.
+    options.end = between("", "f:6").end;
+    const AnalysisOutcome some = analyse(directory.path + "/both.mkv", options).outcome;
+    EXPECT_EQ(some.end, AnalysisEnd::COMPLETE);
+    EXPECT_EQ(some.frames, 6);
+    EXPECT_EQ(some.decodeErrors, 1);
+  }
+}
+
 TEST(VideoAnalysis, leavesBlackoutOut_whereNoBlockFits) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.mkv", {"-c:v", "ffv1"}, "testsrc=size=20x6:duration=0.4");
