@@ -25,6 +25,18 @@ const std::vector<Kind> KINDS = {
     {"a.ogv", "ogg", {"-c:v", "libtheora"}},
 };
 
+// A RIFF chunk with so many bytes in it, without the one that makes an odd length even.
+std::string chunkWith(uint8_t bytes) {
+  return "RIFF" + std::string(1, static_cast<char>(bytes)) + std::string(3, '\0') +
+         std::string(bytes, 'x');
+}
+
+bool lacksEndingAsAVI(const std::string& bytes) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/a.avi", bytes);
+  return lacksEnding(directory.path + "/a.avi", "avi");
+}
+
 }  // namespace
 
 TEST(LacksEnding, isFalseOfWholeFilesAndTrueOfThoseCutAnywhere) {
@@ -75,6 +87,23 @@ TEST(LacksEnding, isFalseOfWhatSaysNothingAboutItsLength) {
   EXPECT_TRUE(lacksEnding(directory.path + "/long.mp4", "mov,mp4,m4a,3gp,3g2,mj2"));
   writeFile(directory.path + "/long.mp4", box);
   EXPECT_FALSE(lacksEnding(directory.path + "/long.mp4", "mov,mp4,m4a,3gp,3g2,mj2"));
+}
+
+TEST(LacksEnding, isFalseOfAVI_whetherAnOddLengthIsMadeEvenAtItsEndOrNot) {
+  const std::string odd = chunkWith(5);
+  EXPECT_FALSE(lacksEndingAsAVI(odd));
+  EXPECT_FALSE(lacksEndingAsAVI(odd + '\0'));
+  EXPECT_TRUE(lacksEndingAsAVI(odd.substr(0, odd.size() - 1)));
+  // One more is the beginning of something else.
+  EXPECT_FALSE(lacksEndingAsAVI(odd + std::string(2, '\0')));
+}
+
+TEST(LacksEnding, findsTheChunkBehindOneOfOddLength_atAnEvenPlace) {
+  for (const uint8_t length : {uint8_t{4}, uint8_t{5}}) {
+    const std::string chunks = chunkWith(5) + '\0' + chunkWith(length);
+    EXPECT_FALSE(lacksEndingAsAVI(chunks)) << int{length};
+    EXPECT_TRUE(lacksEndingAsAVI(chunks.substr(0, chunks.size() - 2))) << int{length};
+  }
 }
 
 TEST(LacksEnding, isFalseOfOtherContainersAndOfWhatIsNotThere) {

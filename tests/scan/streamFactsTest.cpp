@@ -149,6 +149,22 @@ TEST(StreamFacts, haveTheShapeOfSamples) {
   EXPECT_EQ(said.warnings, Warnings());
 }
 
+TEST(StreamFacts, haveTheContainersShapeOfSamples_andTheCodecsWhereItSaysNone) {
+  const TemporaryDirectory directory;
+  const auto shapeOf = [&](const std::string& name) {
+    return saidBy({directory.path + "/" + name, 0, 0, ""}).facts.sampleAspectRatio;
+  };
+  makeClip(directory, "clip.mp4", h264With({"-vf", "setsar=16/11"}));
+  for (const char* const name : {"shown.mp4", "shown.mkv"}) {
+    // Shown at 4:3, samples of 128 x 80 are (4 / 3) / (128 / 80) = 5 / 6 as wide as high. The codec
+    // goes on to say 16:11.
+    ffmpeg(directory, {"-i", "clip.mp4", "-c", "copy", "-aspect", "4:3", name});
+    EXPECT_EQ(shapeOf(name), "5:6") << name;
+  }
+  ffmpeg(directory, {"-i", "shown.mp4", "-c", "copy", "clip.h264"});
+  EXPECT_EQ(shapeOf("clip.h264"), "16:11");
+}
+
 TEST(StreamFacts, warnOfFormatsWithoutLuma) {
   for (const char* const format : {"bgr0", "gray"}) {
     const Said said = saidByClip("clip.mkv", {"-c:v", "ffv1", "-pix_fmt", format});

@@ -5,7 +5,9 @@
 
 #include <cmath>
 #include <filesystem>
+#include <iterator>
 #include <optional>
+#include <sstream>
 #include <vector>
 
 #include "clips.h"
@@ -56,6 +58,33 @@ void expectFrames(const TemporaryDirectory& directory, const std::string& name, 
     EXPECT_EQ(reading.corrupt, 0);
     ASSERT_EQ(reading.times.size(), frames);
     EXPECT_TRUE(reading.luma == expected);
+  }
+}
+
+// What the ffprobe program says of a clip, a value in each line.
+std::vector<double> numbersByProgram(const TemporaryDirectory& directory, const std::string& name,
+                                     const std::string& entries) {
+  const ProgramRun run = runProgram("/usr/bin/ffprobe",
+                                    {"-v", "error", "-select_streams", "v:0", "-show_entries",
+                                     entries, "-of", "default=noprint_wrappers=1:nokey=1", name},
+                                    directory.path);
+  EXPECT_EQ(run.status, 0) << run.err;
+  std::istringstream lines(run.out);
+  return {std::istream_iterator<double>(lines), {}};
+}
+
+// Expects times that begin with the file, as those of the ffprobe program do when its start is
+// taken away. They are printed with six decimals.
+void expectTimesFromTheStart(const TemporaryDirectory& directory, const std::string& name) {
+  const std::vector<double> start = numbersByProgram(directory, name, "format=start_time");
+  const std::vector<double> times = numbersByProgram(directory, name, "frame=pts_time");
+  ASSERT_EQ(start.size(), 1u);
+  ASSERT_EQ(times.size(), 25u);
+  EXPECT_GT(start[0], 1.0);
+  const Reading reading = readAll(directory.path + "/" + name);
+  ASSERT_EQ(reading.times.size(), times.size());
+  for (size_t k = 0; k < times.size(); ++k) {
+    EXPECT_NEAR(reading.times[k], times[k] - start[0], 2e-6) << name << " " << k;
   }
 }
 
@@ -170,6 +199,18 @@ TEST(VideoReader, takesTheTimesOfVariableFrameRate) {
   }
 }
 
+TEST(VideoReader, takesTimesFromTheStartOfTheFile_whateverTheirZeroIs) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.ts", {"-c:v", "libx264", "-bf", "2", "-pix_fmt", "yuv420p"});
+  expectTimesFromTheStart(directory, "clip.ts");
+  EXPECT_NEAR(readAll(directory.path + "/clip.ts").times[10], 10 / 25.0, 1e-5);
+  // The file begins with its sound, half a second before its pictures.
+  ffmpeg(directory, {"-f", "lavfi", "-i", "sine=duration=1", "-itsoffset", "0.5", "-i", "clip.ts",
+                     "-c:v", "copy", "-c:a", "mp2", "sound.ts"});
+  expectTimesFromTheStart(directory, "sound.ts");
+  EXPECT_NEAR(readAll(directory.path + "/sound.ts").times[0], 0.5, 0.1);
+}
+
 TEST(VideoReader, knowsTheAverageFrameRate) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.mkv", {"-c:v", "ffv1"},
@@ -248,6 +289,19 @@ TEST(VideoReader, givesWhatIsLeftOfATruncatedFile) {
     frames = reading.times.size();
   }
   EXPECT_EQ(frames, 25u);
+}
+
+TEST(VideoReader, fails_whereTheContainerCannotBeReadAnyFurther) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.y4m", {"-pix_fmt", "yuv420p"});
+  std::string bytes = readFile(directory.path + "/clip.y4m");
+  size_t at = 0;
+  for (int frame = 0; frame <= 10; ++frame) at = bytes.find("FRAME\n", at + 1);
+  bytes.replace(at, 5, "frame");
+  writeFile(directory.path + "/clip.y4m", bytes);
+  const Reading reading = readAll(directory.path + "/clip.y4m");
+  EXPECT_EQ(reading.times.size(), 10u);
+  EXPECT_EQ(reading.readError, "Invalid data found when processing input");
 }
 
 TEST(VideoReader, goesOnBehindDamage) {
@@ -372,6 +426,33 @@ TEST(IsTruncated, isFalseOfWholeFiles_whoseFrameRateVaries) {
               "-enc_time_base", "1:1000", "-c:v", "libx264", "-bf", "2", "-pix_fmt", "yuv420p"},
              "testsrc2=size=64x64:rate=25:duration=1");
     expectWhole(directory, name);
+  }
+}
+
+TEST(IsTruncated, isFalseOfWholeFiles_whichEndWithASubtitle) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "video.mkv", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+  // Shown from 5 to 8 s, four seconds behind the last picture, and a moment without a duration.
+  writeFile(directory.path + "/late.srt", "1\n00:00:05,000 --> 00:00:08,000\nlate\n");
+  ffmpeg(directory, {"-i", "video.mkv", "-i", "late.srt", "-c", "copy", "long.mkv"});
+  ffmpeg(directory, {"-i", "video.mkv", "-i", "late.srt", "-c", "copy", "-bsf:s",
+                     "setts=duration=0", "moment.mkv"});
+  EXPECT_EQ(numbersByProgram(directory, "long.mkv", "format=duration"), std::vector<double>{8.0});
+  EXPECT_EQ(numbersByProgram(directory, "moment.mkv", "format=duration"), std::vector<double>{5.0});
+  expectWhole(directory, "long.mkv");
+  expectWhole(directory, "moment.mkv");
+}
+
+TEST(IsTruncated, isTrue_whereTheLastPacketIsNotWhole) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.yuv", {"-f", "rawvideo", "-pix_fmt", "yuv420p"});
+  // Frames of 128 * 80 * 3 / 2 bytes, without anything else that says where the file ends.
+  constexpr size_t FRAME_BYTES = 15360;
+  const std::string bytes = readFile(directory.path + "/clip.yuv");
+  ASSERT_EQ(bytes.size(), 25 * FRAME_BYTES);
+  for (const size_t last : {size_t{1}, FRAME_BYTES - 1, FRAME_BYTES}) {
+    writeFile(directory.path + "/part.yuv", bytes.substr(0, 10 * FRAME_BYTES + last));
+    EXPECT_EQ(truncationOf({directory.path + "/part.yuv", 128, 80, "25"}), last < FRAME_BYTES);
   }
 }
 
