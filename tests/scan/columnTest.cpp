@@ -13,6 +13,7 @@
 #include <random>
 #include <system_error>
 
+#include "openFiles.h"
 #include "support/runProgram.h"
 
 namespace {
@@ -134,6 +135,22 @@ TEST(Column, leavesNothingInTheFolderOfItsFile) {
   const Column<double> column = countingTo(3 * PIECE_VALUES);
   EXPECT_EQ(column[1], 1.0);
   EXPECT_TRUE(std::filesystem::is_empty(directory.path));
+}
+
+TEST(Column, closesItsFile_howeverItIsGivenUp) {
+  const size_t before = openFiles();
+  {
+    Column<double> column = countingTo(2 * PIECE_VALUES);
+    Column<double> other = countingTo(2 * PIECE_VALUES);
+    EXPECT_EQ(openFiles(), before + 2);
+    other = column;  // a copy in place of what it was
+    EXPECT_EQ(openFiles(), before + 2);
+    column = std::move(other);
+    EXPECT_EQ(openFiles(), before + 1);
+    const Column<double> last(std::move(column));
+    EXPECT_EQ(openFiles(), before + 1);
+  }
+  EXPECT_EQ(openFiles(), before);
 }
 
 TEST(Column, needsNoFile_whenItIsShort) {

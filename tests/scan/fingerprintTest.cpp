@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <string>
 
+#include "openFiles.h"
 #include "support/runProgram.h"
 
 namespace {
@@ -103,4 +104,14 @@ TEST(Fingerprint, doesNotWaitForAPipe) {
   // Nobody writes to it: a call that waited would never return.
   EXPECT_FALSE(takeFingerprint(path, &fingerprint));
   EXPECT_EQ(errno, ESPIPE);
+}
+
+TEST(Fingerprint, leavesNoFileOpen_whetherItIsTakenOrNot) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/file", "any bytes");
+  const size_t before = openFiles();
+  fingerprintOf(directory.path + "/file");
+  Fingerprint fingerprint;
+  EXPECT_FALSE(takeFingerprint(directory.path, &fingerprint));  // can be opened, but not read
+  EXPECT_EQ(openFiles(), before);
 }

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "openFiles.h"
 #include "support/runProgram.h"
 
 namespace {
@@ -18,6 +19,13 @@ namespace {
 int filesIn(const TemporaryDirectory& directory) {
   const std::filesystem::directory_iterator files(directory.path);
   return static_cast<int>(std::distance(begin(files), end(files)));
+}
+
+// Puts an open descriptor in the place of a stream's own.
+void redirect(FILE* stream, int descriptor) {
+  ASSERT_GE(descriptor, 0);
+  ASSERT_GE(dup2(descriptor, fileno(stream)), 0);
+  close(descriptor);
 }
 
 }  // namespace
@@ -121,14 +129,47 @@ TEST(WriteOutput, saysWhyAndLeavesNothing_whenAWriteFails) {
   const std::string path = directory.path + "/page.html";
   // The device that is always full, in the place of the file's own descriptor.
   const auto write = [](FILE* out) {
-    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
-    ASSERT_GE(full, 0);
-    ASSERT_GE(dup2(full, fileno(out)), 0);
-    close(full);
+    redirect(out, open("/dev/full", O_WRONLY | O_CLOEXEC));
     std::fputs("new", out);
   };
   EXPECT_EQ(writeOutput(path, write), "cannot write \"" + path + "\": No space left on device");
   EXPECT_EQ(filesIn(directory), 0);
+}
+
+TEST(WriteOutput, saysWhyAndLeavesTheOldOne_whenTheDiskDoesNotTakeIt) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.path + "/page.html";
+  writeFile(path, "old");
+  // A pipe takes all bytes, but has no disk that they could be brought to.
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const auto write = [&](FILE* out) {
+    redirect(out, ends[1]);
+    std::fputs("new", out);
+  };
+  EXPECT_EQ(writeOutput(path, write), "cannot write \"" + path + "\": Invalid argument");
+  close(ends[0]);
+  EXPECT_EQ(readFile(path), "old");
+  EXPECT_EQ(filesIn(directory), 1);
+}
+
+TEST(WriteOutput, leavesNoFileOpen_whateverComesOfIt) {
+  const TemporaryDirectory directory;
+  std::filesystem::create_directory(directory.path + "/folder");
+  const size_t before = openFiles();
+  const auto write = [](FILE* out) { std::fputs("new", out); };
+  const auto fill = [](FILE* out) {
+    redirect(out, open("/dev/full", O_WRONLY | O_CLOEXEC));
+    for (int i = 0; i < 100000; ++i) std::fputc('x', out);  // more than the stream holds back
+  };
+  EXPECT_EQ(writeOutput(directory.path + "/page.html", write), "");
+  EXPECT_NE(writeOutput(directory.path + "/folder", write), "");
+  EXPECT_NE(writeOutput(directory.path + "/page.html", fill), "");
+  EXPECT_NE(writeOutput(directory.path + "/missing/page.html", write), "");
+  OutputFile file;
+  ASSERT_TRUE(openOutput(directory.path + "/page.html", &file));
+  discardOutput(&file);
+  EXPECT_EQ(openFiles(), before);
 }
 
 TEST(RemoveLeftovers, removesWhatHasTheFormOfATemporaryFile) {
