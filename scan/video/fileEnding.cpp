@@ -53,11 +53,11 @@ uint64_t boxLength(std::ifstream* file, std::streamoff place) {
   return length == LENGTH_FOLLOWS ? bigEndian(bytesAt(file, place + 8, 8)) : length;
 }
 
-// The same of a RIFF chunk, which has an even length; one of length 0 was never finished.
+// The same of a RIFF chunk; one of length 0 was never finished.
 uint64_t chunkLength(std::ifstream* file, std::streamoff place) {
   constexpr uint64_t HEADER = 8;
   const uint64_t length = littleEndian(bytesAt(file, place + 4, 4));
-  return length == 0 ? 0 : HEADER + length + length % 2;
+  return length == 0 ? 0 : HEADER + length;
 }
 
 // The same of an EBML element (RFC 8794): its identifier and its length say by their first bits how
@@ -78,17 +78,18 @@ uint64_t elementLength(std::ifstream* file, std::streamoff place) {
   return length == ones ? 0 : identifier + width + length;
 }
 
-// Whether an element of the file's top level reaches past its end. What is behind the last whole
-// one and too short for a header is nobody's.
-bool hasLongElement(std::ifstream* file, std::streamoff size,
+// Whether an element of the file's top level reaches past its end. Each begins at a multiple of
+// `unit`; what fills one up to there may be missing at the end. What is behind the last whole one
+// and too short for a header is nobody's.
+bool hasLongElement(std::ifstream* file, std::streamoff size, uint64_t unit,
                     uint64_t (*lengthAt)(std::ifstream*, std::streamoff)) {
   constexpr uint64_t SHORTEST_HEADER = 8;
   uint64_t left = static_cast<uint64_t>(size);
   while (left >= SHORTEST_HEADER) {
     const uint64_t length = lengthAt(file, size - static_cast<std::streamoff>(left));
     if (length == 0) return false;
-    if (length > left + 1) return true;  // the byte that makes a length even may be missing
-    left -= std::min(length, left);
+    if (length > left) return true;
+    left -= std::min(length + length % unit, left);
   }
   return false;
 }
@@ -122,9 +123,9 @@ bool lacksEnding(const std::string& path, const std::string& container) {
   std::ifstream file(path, std::ios::binary | std::ios::ate);
   const std::streamoff size = file.tellg();
   if (size <= 0) return false;
-  if (container == "mov,mp4,m4a,3gp,3g2,mj2") return hasLongElement(&file, size, boxLength);
-  if (container == "avi") return hasLongElement(&file, size, chunkLength);
-  if (container == "matroska,webm") return hasLongElement(&file, size, elementLength);
+  if (container == "mov,mp4,m4a,3gp,3g2,mj2") return hasLongElement(&file, size, 1, boxLength);
+  if (container == "avi") return hasLongElement(&file, size, 2, chunkLength);
+  if (container == "matroska,webm") return hasLongElement(&file, size, 1, elementLength);
   if (container == "flv") return !endsBehindTag(&file, size);
   if (container == "gif") return tailOf(&file, size, 2) != GIF_ENDING;
   if (container == "ogg") return !closesStream(tailOf(&file, size, OGG_LONGEST_PAGE));
