@@ -19,9 +19,11 @@ void watchDisk(const char* variable, const std::string& value) {
   setenv(variable, value.c_str(), 1);
 }
 
+using Fields = std::vector<std::string>;
+
 // What lies between the tabs of a line.
-std::vector<std::string> fieldsOf(const std::string& line) {
-  std::vector<std::string> fields(1);
+Fields fieldsOf(const std::string& line) {
+  Fields fields(1);
   for (const char character : line) {
     if (character == '\n') break;
     if (character == '\t') {
@@ -52,7 +54,7 @@ TEST(Disk, hasEachFileBeforeItsName_andTheNameBeforeTheNextFile) {
   ASSERT_EQ(steps.size() % 3, 0u);
   std::vector<std::string> named;
   for (size_t i = 0; i < steps.size(); i += 3) {
-    const std::vector<std::string> renamed = fieldsOf(steps[i + 1]);
+    const Fields renamed = fieldsOf(steps[i + 1]);
     ASSERT_EQ(renamed.size(), 4u) << steps[i + 1];
     const std::string& bytes = renamed[1];
     const std::string& temporary = renamed[2];
@@ -60,8 +62,8 @@ TEST(Disk, hasEachFileBeforeItsName_andTheNameBeforeTheNextFile) {
     EXPECT_EQ(renamed[0], "rename");
     EXPECT_EQ(temporary.substr(0, path.size() + 5), path + ".part");
     EXPECT_EQ(bytes, std::to_string(fs::file_size(path))) << path;
-    EXPECT_EQ(steps[i], "fsync\t" + bytes + '\t' + temporary + '\n');
-    EXPECT_EQ(steps[i + 2], "fsync\t0\t" + fs::path(path).parent_path().string() + '\n');
+    EXPECT_EQ(fieldsOf(steps[i]), (Fields{"fsync", bytes, temporary}));
+    EXPECT_EQ(fieldsOf(steps[i + 2]), (Fields{"fsync", "0", fs::path(path).parent_path()}));
     named.push_back(path);
   }
   // The result is said to be there when all that belongs to it is, and the index after it.
