@@ -14,9 +14,9 @@ root=$(realpath "$(dirname "$0")/..")
 build=$root/build/release
 if [[ ${1:-} == --smoke && $# -le 2 ]]; then
   build=$(realpath "${2:-$build}")
-  frames=6000 pause=0.02 width=256 height=256 borders=(4) gib=5
+  frames=6000 width=256 height=256 borders=(4) gib=5
 elif [[ $# == 0 ]]; then
-  frames=200000 pause=0.5 width=1920 height=1080 borders=(2 4 10) gib=11
+  frames=200000 width=1920 height=1080 borders=(2 4 10) gib=11
   cd "$root"
   scripts/setup.sh build
   cmake --preset release > /dev/null
@@ -34,6 +34,7 @@ MOST_GROWTH=512  # KiB of resident memory, from the first quarter of the run to 
 MOST_THREADS=13  # the main one and one per spatial indicator
 LEAST_SAMPLES=8  # two per quarter
 PERIOD=8         # comparisons, of flickering
+STEP=16384       # bytes of output from one sample to the next
 
 fail() { echo "endurance.sh: $*" >&2; exit 1; }
 
@@ -55,22 +56,26 @@ takeRows() {
   [[ $(grep -cE '^[0-9]{5,} ' console.txt) == $(wc -l < "$1.rows") ]] || fail "$1: report and output differ"
 }
 
-# The same with $1.rows, for a long run: fails when it does not stay level, and says what was seen.
+# The same with $1.rows, for a long run: fails when it does not stay level, and says what was seen. The program goes no
+# further than its output is read: samples are of equally distant moments, however fast the machine is.
 watchedRows() {
-  local name=$1 pid program files
+  local name=$1 pid files output
   shift
   : > samples
-  "$lumaprobe" "$@" > console.txt < /dev/null &
+  : > console.txt
+  mkfifo output
+  "$lumaprobe" "$@" > output < /dev/null &
   pid=$!
-  # Until it becomes the program, the process is a shell; when it has ended, it is nothing.
-  while program=$(readlink "/proc/$pid/exe"); do
+  exec {output}< output
+  rm output
+  while dd bs=$STEP count=1 iflag=fullblock status=none <&"$output" > piece && [[ -s piece ]]; do
+    cat piece >> console.txt
     files=("/proc/$pid/fd/"*)
-    [[ $program != "$lumaprobe" ]] ||
-      awk -v files="${#files[@]}" '/^Rss:/ { rss = $2 } /^Threads:/ { threads = $2 }
-        END { if (rss) print rss, threads, files }' "/proc/$pid/smaps_rollup" "/proc/$pid/status" \
-        >> samples 2> /dev/null || true
-    sleep "$pause"
+    awk -v files="${#files[@]}" '/^Rss:/ { rss = $2 } /^Threads:/ { threads = $2 }
+      END { if (rss) print rss, threads, files }' "/proc/$pid/smaps_rollup" "/proc/$pid/status" \
+      >> samples 2> /dev/null || true
   done
+  exec {output}<&-
   wait "$pid"
   takeRows "$name"
   awk -v growth="$MOST_GROWTH" -v most="$MOST_THREADS" -v least="$LEAST_SAMPLES" '

@@ -1,7 +1,10 @@
 // Inputs that change while they are read, that are no files, and that may not be read.
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -50,10 +53,22 @@ ProgramRun analyseFifo(const TemporaryDirectory& directory,
     const pid_t writer = fork();
     require(writer >= 0, "fork");
     if (writer > 0) return;
-    alarm(60);  // in case that the program never opens the pipe
+    alarm(600);  // in case that the program never opens the pipe
     std::ofstream("fifo", std::ios::binary) << bytes;
     _exit(0);
   });
+}
+
+// Waits until the kernel keeps a process waiting in the call that opens files, or it has ended.
+void waitUntilItOpensAFile(pid_t process) {
+  siginfo_t ended = {};
+  long call = -1;
+  while (call != SYS_openat && ended.si_pid == 0) {
+    sched_yield();
+    // "running", or the number of the call and its arguments.
+    std::ifstream("/proc/" + std::to_string(process) + "/syscall") >> call;
+    waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT);
+  }
 }
 
 }  // namespace
@@ -145,10 +160,11 @@ TEST(Fifos, areWaitedForWithTheOldReportInPlace_whileNobodyWrites) {
   const TemporaryDirectory directory;
   makeFifo(directory);
   writeFile(directory.path + "/metricsResultsCSV.csv", "of the run before\n");
-  const ProgramRun run = analyse(directory, {"fifo", "32", "32", "0", "2", "0"}, "/dev/null", [] {
-    alarm(1);  // outlives the start of the program
-  });
-  expectRun(run, 128 + SIGALRM, "", "");
+  const StartedProgram program =
+      startProgram(LUMAPROBE_BINARY, {"fifo", "32", "32", "0", "2", "0"}, directory.path);
+  waitUntilItOpensAFile(program.process);
+  kill(program.process, SIGTERM);
+  expectRun(waitFor(program), 128 + SIGTERM, "", "");
   EXPECT_EQ(readReport(directory), "of the run before\n");
 }
 

@@ -6,7 +6,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <thread>
 
 #include "scanRun.h"
@@ -15,10 +14,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-StartedProgram start(const TemporaryDirectory& directory, const Arguments& arguments) {
-  return startProgram(LUMASCAN_BINARY, arguments, directory.path);
-}
-
 // What the plan of a scan says about its only file.
 std::string planOf(const TemporaryDirectory& directory, Arguments arguments) {
   arguments.insert(arguments.end(), {"a.mp4", "-n"});
@@ -26,11 +21,17 @@ std::string planOf(const TemporaryDirectory& directory, Arguments arguments) {
   return plan.substr(0, plan.find("  "));
 }
 
+// For a process that the system ends by itself once another one is gone.
 void waitUntilGone(pid_t process) {
-  for (int i = 0; i < 200 && isAlive(process); ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  while (isAlive(process)) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+}
+
+bool hasNameWith(const std::string& folder, const std::string& part) {
+  std::error_code ignored;
+  for (const auto& entry : fs::directory_iterator(folder, ignored)) {
+    if (entry.path().filename().string().find(part) != std::string::npos) return true;
   }
-  EXPECT_FALSE(isAlive(process));
+  return false;
 }
 
 }  // namespace
@@ -99,16 +100,13 @@ TEST(Resuming, triesWhatFailedAgain) {
 
 TEST(Resuming, startsACrashedWorkerOnceMore) {
   const TemporaryDirectory directory;
-  makeVideo(directory, "a.mp4");
   makeFifo(directory, "stuck.mp4");
-  const StartedProgram scan = start(directory, {"stuck.mp4", "-j", "1"});
-  const pid_t first = waitForChildren(scan.process, 1).at(0);
+  RunningScan scan(directory, {"stuck.mp4", "-j", "1"});
+  const pid_t first = waitForWorkers(scan, 1).at(0);
   kill(first, SIGABRT);
-  waitUntilGone(first);
-  const pid_t second = waitForChildren(scan.process, 1).at(0);
-  EXPECT_NE(second, first);
+  const pid_t second = waitForNextWorker(scan, first);
   kill(second, SIGKILL);
-  const ProgramRun run = waitFor(scan);
+  const ProgramRun run = endOf(&scan);
   EXPECT_EQ(run.status, 3);
   EXPECT_NE(run.err.find("\"stuck.mp4\" ended by signal 6 (Aborted): trying once more"),
             std::string::npos)
@@ -124,12 +122,16 @@ TEST(Resuming, finishesTheOthers_whenAWorkerCrashes) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a-stuck.mp4");
   makeVideo(directory, "b.mp4");
-  const ProgramRun run =
-      lumascan(directory, {"a-stuck.mp4", "b.mp4", "-j", "1", "--stall-timeout", "0.5"});
-  EXPECT_EQ(run.status, 3);
-  EXPECT_NE(run.err.find("ended by having no new frame for 0.5 seconds: given up"),
-            std::string::npos)
-      << run.err;
+  RunningScan scan(directory, {"a-stuck.mp4", "b.mp4", "-j", "1"});
+  const pid_t first = waitForWorkers(scan, 1).at(0);
+  kill(first, SIGKILL);
+  // What waits for the first time comes before what is tried again.
+  const pid_t ofTheOther = waitForNextWorker(scan, first);
+  waitUntil(scan, "the result of b.mp4", [&] {
+    return fs::exists(directory.path + "/lumascan-results/b.mp4.lumascan/result.json");
+  });
+  kill(waitForNextWorker(scan, ofTheOther), SIGKILL);
+  EXPECT_EQ(endOf(&scan).status, 3);
   EXPECT_EQ(resultOf(directory, "b.mp4")["status"], "complete");
   EXPECT_EQ(resultOf(directory, "a-stuck.mp4")["status"], "failed");
 }
@@ -138,10 +140,10 @@ TEST(Resuming, leavesNoWorkerBehind) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a.mp4");
   makeFifo(directory, "b.mp4");
-  const StartedProgram scan = start(directory, {"a.mp4", "b.mp4", "-j", "2"});
-  const std::vector<pid_t> workers = waitForChildren(scan.process, 2);
-  kill(scan.process, SIGKILL);
-  EXPECT_EQ(waitFor(scan).status, 128 + SIGKILL);
+  RunningScan scan(directory, {"a.mp4", "b.mp4", "-j", "2"});
+  const std::vector<pid_t> workers = waitForWorkers(scan, 2);
+  kill(scan.program.process, SIGKILL);
+  EXPECT_EQ(endOf(&scan).status, 128 + SIGKILL);
   for (const pid_t worker : workers) waitUntilGone(worker);
 }
 
@@ -149,17 +151,20 @@ TEST(Resuming, finishesRunningFilesAtTheFirstInterrupt_andStopsAtTheSecond) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a.mp4");
   makeVideo(directory, "b.mp4");
-  const StartedProgram scan = start(directory, {"a.mp4", "b.mp4", "-j", "1"});
-  const pid_t worker = waitForChildren(scan.process, 1).at(0);
-  kill(scan.process, SIGINT);
-  std::this_thread::sleep_for(std::chrono::milliseconds(700));
+  RunningScan scan(directory, {"a.mp4", "b.mp4", "-j", "1", "--progress", "bar"});
+  const pid_t worker = waitForWorkers(scan, 1).at(0);
+  kill(scan.program.process, SIGINT);
+  waitForError(scan, "finishing 1 running file(s); press Ctrl-C again to stop at once\n");
+  // The bar that is drawn again tells that the scan has gone on.
+  waitUntil(scan, "the bar", [&] {
+    const std::string said = errorsOf(scan);
+    return said.find("0 of 2 files", said.find("at once\n")) != std::string::npos;
+  });
   EXPECT_TRUE(isAlive(worker));
-  kill(scan.process, SIGINT);
-  const ProgramRun run = waitFor(scan);
+  kill(scan.program.process, SIGINT);
+  const ProgramRun run = endOf(&scan);
   EXPECT_EQ(run.status, 130);
   EXPECT_FALSE(isAlive(worker));
-  EXPECT_NE(run.err.find("finishing 1 running file(s); press Ctrl-C again to stop at once"),
-            std::string::npos);
   EXPECT_NE(run.err.find("stopped; the same command goes on from here"), std::string::npos);
   EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/b.mp4.lumascan"));
   // Nothing half-written is left.
@@ -173,10 +178,10 @@ TEST(Resuming, stopsAtOnce_whenTerminated) {
   makeVideo(directory, "a.mp4");
   makeFifo(directory, "b.mp4");
   EXPECT_EQ(lumascan(directory, {"a.mp4"}).status, 0);
-  const StartedProgram scan = start(directory, {"a.mp4", "b.mp4"});
-  const pid_t worker = waitForChildren(scan.process, 1).at(0);
-  kill(scan.process, SIGTERM);
-  EXPECT_EQ(waitFor(scan).status, 143);
+  RunningScan scan(directory, {"a.mp4", "b.mp4"});
+  const pid_t worker = waitForWorkers(scan, 1).at(0);
+  kill(scan.program.process, SIGTERM);
+  EXPECT_EQ(endOf(&scan).status, 143);
   EXPECT_FALSE(isAlive(worker));
   EXPECT_EQ(planOf(directory, {}), "up to date");
 }
@@ -185,13 +190,13 @@ TEST(Resuming, keepsASecondScanOut) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a.mp4");
   makeVideo(directory, "b.mp4");
-  const StartedProgram scan = start(directory, {"a.mp4"});
-  waitForChildren(scan.process, 1);
+  RunningScan scan(directory, {"a.mp4"});
+  waitForWorkers(scan, 1);
   const ProgramRun second = lumascan(directory, {"b.mp4"});
   EXPECT_EQ(second.status, 4);
   EXPECT_EQ(second.err, "lumascan: another scan is writing to \"lumascan-results\"\n");
-  kill(scan.process, SIGTERM);
-  waitFor(scan);
+  kill(scan.program.process, SIGTERM);
+  endOf(&scan);
   EXPECT_EQ(lumascan(directory, {"b.mp4"}).status, 0);
 }
 
@@ -243,19 +248,36 @@ TEST(Resuming, comesToTheSameEnd_whateverIsKilledOnTheWay) {
   Arguments calm = scan;
   calm.insert(calm.end(), {"-o", "calm"});
   ASSERT_EQ(lumascan(directory, calm).status, 0);
-  std::mt19937 random(1);
-  for (int round = 0; round < 12; ++round) {
-    SCOPED_TRACE(round);
-    const StartedProgram disturbed = start(directory, scan);
-    std::this_thread::sleep_for(std::chrono::milliseconds(random() % 250));
-    const std::vector<pid_t> workers = childrenOf(disturbed.process);
-    kill(round % 2 == 0 || workers.empty() ? disturbed.process : workers[0], SIGKILL);
-    waitFor(disturbed);
+  const std::string results = directory.path + "/lumascan-results";
+  // What has just appeared when something is killed: a part of a name in a folder.
+  const std::vector<std::pair<std::string, std::string>> moments = {
+      {"", ""},
+      {"a.mp4.lumascan", "rows.tsv.part"},
+      {"b.mp4.lumascan", "rows.tsv.part"},
+      {"a.mp4.lumascan", "frames.csv"},
+      {"b.mp4.lumascan", "thumbs"},
+      {"a.mp4.lumascan", "report.html.part"},
+      {"a.mp4.lumascan", "result.json"},
+      {"c.mp4.lumascan", "rows.tsv.part"},
+      {"c.mp4.lumascan", "events.csv"},
+      {"d.mp4.lumascan", "report.html"},
+      {"d.mp4.lumascan", "result.json"},
+      {"", "index.html.part"}};
+  for (size_t round = 0; round < moments.size(); ++round) {
+    const auto& [folder, part] = moments[round];
+    SCOPED_TRACE(folder + " " + part);
+    RunningScan disturbed(directory, scan);
+    // A moment may be over before it was seen; the scan goes on to its end then.
+    while (isAlive(disturbed.program.process) && !hasNameWith(results + "/" + folder, part)) {
+      std::this_thread::yield();
+    }
+    const std::vector<pid_t> workers = workersOf(disturbed);
+    kill(round % 2 == 0 || workers.empty() ? disturbed.program.process : workers[0], SIGKILL);
+    endOf(&disturbed);
     if (round % 3 == 2) {
       EXPECT_EQ(lumascan(directory, scan).status, 0);
-      EXPECT_EQ(filesBelow(directory.path + "/lumascan-results"),
-                filesBelow(directory.path + "/calm"));
-      fs::remove_all(directory.path + "/lumascan-results");
+      EXPECT_EQ(filesBelow(results), filesBelow(directory.path + "/calm"));
+      fs::remove_all(results);
     }
   }
 }

@@ -79,8 +79,9 @@ for name in 'sp ace' "q\"uo'te" $'new\nline' $'in\xff\xfevalid' '<img src=x oner
   cp odd/one.mp4 "odd/$name.mp4"
 done
 
+# What hangs meets the time limit of the whole test.
 status=0
-"$lumascan" whole odd none cut flipped --stall-timeout 60 > out.txt 2> err.txt || status=$?
+"$lumascan" whole odd none cut flipped --stall-timeout 0 > out.txt 2> err.txt || status=$?
 if [[ $status != 3 ]] || grep -aE 'trying once more|given up|signal' err.txt; then
   cat err.txt
   echo "robustness: status $status"

@@ -1,14 +1,29 @@
 #include "scanRun.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <thread>
 
 namespace fs = std::filesystem;
+
+namespace {
+
+bool isReady(pid_t worker) {
+  // Its own standard error is the last thing that it sets up.
+  std::error_code ignored;
+  const std::string log = fs::read_symlink("/proc/" + std::to_string(worker) + "/fd/2", ignored);
+  return log.rfind("pipe:", 0) == 0;
+}
+
+}  // namespace
 
 ProgramRun lumascan(const TemporaryDirectory& directory, const Arguments& arguments,
                     const std::string& standardInput, const std::function<void()>& prepare) {
@@ -46,22 +61,101 @@ void makeFifo(const TemporaryDirectory& directory, const std::string& name) {
   ASSERT_EQ(mkfifo((directory.path + "/" + name).c_str(), 0600), 0);
 }
 
-std::vector<pid_t> childrenOf(pid_t process) {
-  const std::string number = std::to_string(process);
+std::string streamedVideo(const TemporaryDirectory& directory) {
+  makeClip(directory, "streamed.y4m", {"-pix_fmt", "yuv420p"});
+  return readFile(directory.path + "/streamed.y4m");
+}
+
+RunningScan::RunningScan(const TemporaryDirectory& directory, const Arguments& arguments,
+                         const std::function<void()>& prepare)
+    : program(startProgram(LUMASCAN_BINARY, arguments, directory.path, "/dev/null", prepare)) {}
+
+RunningScan::~RunningScan() {
+  if (isOver) return;
+  kill(program.process, SIGKILL);
+  waitFor(program);
+}
+
+ProgramRun endOf(RunningScan* scan) {
+  scan->isOver = true;
+  return waitFor(scan->program);
+}
+
+std::string errorsOf(const RunningScan& scan) {
+  std::string text;
+  char bytes[4096];
+  // The program goes on writing where it is: its place in the file is not moved.
+  for (ssize_t count; (count = pread(fileno(scan.program.err), bytes, sizeof bytes,
+                                     static_cast<off_t>(text.size()))) > 0;) {
+    text.append(bytes, static_cast<size_t>(count));
+  }
+  return text;
+}
+
+void waitUntil(const RunningScan& scan, const std::string& what,
+               const std::function<bool()>& isSo) {
+  constexpr auto PAUSE = std::chrono::milliseconds(2);
+  constexpr auto NEVER = std::chrono::minutes(3);
+  for (const auto start = std::chrono::steady_clock::now();;) {
+    const bool isLast =
+        !isAlive(scan.program.process) || std::chrono::steady_clock::now() - start > NEVER;
+    if (isSo()) return;
+    if (isLast) break;
+    std::this_thread::sleep_for(PAUSE);
+  }
+  throw std::runtime_error("waited in vain for " + what + "; lumascan said: " + errorsOf(scan));
+}
+
+void waitForError(const RunningScan& scan, const std::string& text) {
+  waitUntil(scan, text, [&] { return errorsOf(scan).find(text) != std::string::npos; });
+}
+
+std::vector<pid_t> workersOf(const RunningScan& scan) {
+  const std::string number = std::to_string(scan.program.process);
   std::ifstream list("/proc/" + number + "/task/" + number + "/children");
   std::vector<pid_t> children;
   for (pid_t child = 0; list >> child;) children.push_back(child);
   return children;
 }
 
-std::vector<pid_t> waitForChildren(pid_t process, size_t count) {
-  std::vector<pid_t> children;
-  for (int i = 0; i < 200 && children.size() != count; ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    children = childrenOf(process);
+std::vector<pid_t> waitForWorkers(const RunningScan& scan, size_t count) {
+  std::vector<pid_t> workers;
+  waitUntil(scan, std::to_string(count) + " workers", [&] {
+    workers = workersOf(scan);
+    return workers.size() == count && std::all_of(workers.begin(), workers.end(), isReady);
+  });
+  return workers;
+}
+
+pid_t waitForNextWorker(const RunningScan& scan, pid_t last) {
+  pid_t next = -1;
+  waitUntil(scan, "the next worker", [&] {
+    for (const pid_t worker : workersOf(scan)) {
+      if (worker != last && isReady(worker)) next = worker;
+    }
+    return next > 0;
+  });
+  return next;
+}
+
+Feed::Feed(const RunningScan& scan, const std::string& path) {
+  waitUntil(scan, "a reader of " + path, [&] {
+    descriptor = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    return descriptor >= 0;
+  });
+  fcntl(descriptor, F_SETFL, 0);
+}
+
+Feed::~Feed() {
+  close(descriptor);
+}
+
+void feed(const Feed& to, const std::string& bytes) {
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t count = write(to.descriptor, bytes.data() + done, bytes.size() - done);
+    ASSERT_GT(count, 0);
+    done += static_cast<size_t>(count);
   }
-  EXPECT_EQ(children.size(), count);
-  return children;
 }
 
 bool isAlive(pid_t process) {

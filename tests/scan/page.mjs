@@ -22,11 +22,16 @@ function readCsv(name) {
   });
 }
 
-const browser = await chromium.launch({executablePath: '/usr/bin/chromium', args: ['--no-sandbox']});
+// A machine may take its time, but not for ever.
+const PATIENCE = 180000;  // milliseconds
+
+const browser = await chromium.launch(
+  {executablePath: '/usr/bin/chromium', args: ['--no-sandbox'], timeout: PATIENCE});
 
 // Opens a page of the folder. Whatever it complains of, or asks for beyond itself, fails the test.
 async function open(name, options = {}) {
   const context = await browser.newContext({viewport: {width: 1400, height: 900}, ...options});
+  context.setDefaultTimeout(PATIENCE);
   const page = await context.newPage();
   const complaints = [];
   const url = pathToFileURL(path.join(folder, name)).href;
@@ -63,6 +68,14 @@ function readCursor(page, input = 0) {
         `[data-track="${name}"] output[data-input="${place}"]`).textContent),
     };
   }, [TRACKS, input]);
+}
+
+// Looks at the page, once in every frame that it draws, until a state has come.
+async function until(page, what, isSo) {
+  for (const start = Date.now(); !await isSo();) {
+    assert.ok(Date.now() - start < PATIENCE, `waited in vain for ${what}`);
+    await page.evaluate(() => new Promise(requestAnimationFrame));
+  }
 }
 
 function assertValues(cursor, rows) {
@@ -343,18 +356,18 @@ const tests = {
       view.colours.i0, view.plots[0].series[1].stroke()]);
     const light = await colours();
     await page.emulateMedia({colorScheme: 'dark'});
-    await page.waitForTimeout(100);
-    const dark = await colours();
-    light.forEach((colour, i) => assert.notEqual(colour, dark[i]));
+    await until(page, 'other colours', async () => {
+      const dark = await colours();
+      return light.every((colour, i) => colour !== dark[i]);
+    });
     await close();
   },
 
   async tracksFollowTheWidthOfTheWindow() {
     const {page, close} = await openLive('report.html');
     await page.setViewportSize({width: 400, height: 800});
-    await page.waitForTimeout(200);
-    const width = await page.evaluate(() => document.documentElement.scrollWidth);
-    assert.ok(width <= 400, `${width} pixels`);
+    await until(page, 'tracks of the new width', () => page.evaluate(() =>
+      document.documentElement.scrollWidth <= 400 && view.area.width === measureArea().width));
     assert.equal(await page.evaluate(() => styleValue('axis')), '44px');
     await page.mouse.move(...await placeOn(page, 0.5));
     assertValues(await readCursor(page), readCsv('report.csv'));
