@@ -1,18 +1,24 @@
 #include "scan/processes/scanJob.h"
 
+#include <filesystem>
 #include <system_error>
 
 #include "scan/results/thumbnails.h"
 
 namespace {
 
+// What came through a pipe is gone.
+bool isPipe(const VideoSource& source) {
+  std::error_code ignored;
+  return source.path == "-" || std::filesystem::is_fifo(source.path, ignored);
+}
+
 std::string judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFile* rows,
                           VideoResult* result) {
   judgeResult(settings.thresholds, result);
   result->record.outputs = settings.outputs;
-  // What came through a pipe is gone.
-  const Thumbs thumbs =
-      job.source.path == "-" || !settings.outputs.hasHtml ? Thumbs::NONE : settings.outputs.thumbs;
+  const bool hasPictures = settings.outputs.hasHtml && !isPipe(job.source);
+  const Thumbs thumbs = hasPictures ? settings.outputs.thumbs : Thumbs::NONE;
   result->thumbnails = makeThumbnails(job.source, result->frames,
                                       framesToShow(result->events, thumbs, result->frames));
   return storeResult(job.folder, *result, rows);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <string_view>
 
@@ -120,6 +121,9 @@ bool closesStream(const std::string& tail) {
 }  // namespace
 
 bool lacksEnding(const std::string& path, const std::string& container) {
+  // What came through a pipe is gone, and to open it again would be to wait for more.
+  std::error_code ignored;
+  if (std::filesystem::is_fifo(path, ignored)) return false;
   std::ifstream file(path, std::ios::binary | std::ios::ate);
   const std::streamoff size = file.tellg();
   if (size <= 0) return false;

@@ -7,7 +7,7 @@
 // Whether a file of this container, as FFmpeg names it, lacks its end: the last element of an MP4,
 // Matroska or AVI file is longer than what is left for it, an FLV file does not end behind a tag, a
 // GIF has no trailer, an Ogg file no page that closes a stream, a transport stream a part of a
-// packet. False for all other containers and for what cannot be read.
+// packet. False for all other containers, for pipes and for what cannot be read.
 bool lacksEnding(const std::string& path, const std::string& container);
 
 #endif

@@ -164,6 +164,24 @@ TEST(Results, areOfThePipe) {
             lumaprobeReport(directory, "a.y4m", {"128", "80", "0x7fff", "25"}));
 }
 
+TEST(Results, areOfAPipeWithAName) {
+  const TemporaryDirectory directory;
+  // Black for a second, which is an event: there would be pictures of it.
+  makeClip(directory, "black.y4m", {"-pix_fmt", "yuv420p"}, "color=black:size=64x64:rate=25:d=1");
+  makeFifo(directory, "a.y4m");
+  RunningScan scan(directory, {"a.y4m"});
+  {
+    const Feed source(scan, directory.path + "/a.y4m");
+    feed(source, readFile(directory.path + "/black.y4m"));
+  }
+  EXPECT_EQ(endOf(&scan).status, 0);
+  const Json result = resultOf(directory, "a.y4m");
+  EXPECT_EQ(result["status"], "complete");
+  EXPECT_EQ(result["analysis"]["frames"], 25);
+  EXPECT_EQ(result["events"][0]["type"], "black");
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/a.y4m.lumascan/thumbs"));
+}
+
 TEST(Results, areOfRawFiles) {
   const TemporaryDirectory directory;
   makeVideo(directory, "a.mp4");

@@ -2,6 +2,7 @@
 #include "scan/video/fileEnding.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "clips.h"
 #include "scan/video/videoReader.h"
@@ -111,6 +112,9 @@ TEST(LacksEnding, isFalseOfOtherContainersAndOfWhatIsNotThere) {
   writeFile(directory.path + "/a.nut", "anything");
   EXPECT_FALSE(lacksEnding(directory.path + "/a.nut", "nut"));
   EXPECT_FALSE(lacksEnding(directory.path + "/missing.gif", "gif"));
+  // A pipe is not waited for.
+  ASSERT_EQ(mkfifo((directory.path + "/fifo.gif").c_str(), 0600), 0);
+  EXPECT_FALSE(lacksEnding(directory.path + "/fifo.gif", "gif"));
   writeFile(directory.path + "/empty.gif", "");
   EXPECT_FALSE(lacksEnding(directory.path + "/empty.gif", "gif"));
 }
