@@ -30,7 +30,8 @@ bool syncFolder(const std::string& path) {
 // Whether everything that was written has reached the disk. Closes the stream.
 bool finish(FILE* stream) {
   bool isWritten = std::ferror(stream) == 0;
-  if (!isWritten) errno = EIO;
+  // The stream does not keep the reason: as a rule another byte fails for the same.
+  if (!isWritten && write(fileno(stream), "", 1) >= 0) errno = EIO;
   isWritten = isWritten && std::fflush(stream) == 0 && fsync(fileno(stream)) == 0;
   const int error = errno;
   const bool isClosed = std::fclose(stream) == 0;

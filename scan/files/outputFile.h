@@ -18,8 +18,8 @@ struct OutputFile {
 bool openOutput(const std::string& path, OutputFile* file);
 
 // Sees that all is on the disk, then gives the file its name, in place of what had it before.
-// False, with errno set, when a write to the stream (EIO) or a step here has failed: there is no
-// trace of the file then, and what had its name is still there. The folder is seen to last; when
+// False, with errno set, when a write to the stream or a step here has failed: there is no trace of
+// the file then, and what had its name is still there. The folder is seen to last; when
 // that fails, the file is in place but may not outlive a loss of power.
 bool commitOutput(OutputFile* file);
 
