@@ -7,7 +7,7 @@ enum ExitStatus : int {
   FOUND = 1,           // a finding at or above --fail-on
   USAGE = 2,           // a mistake on the command line
   INPUT_PROBLEM = 3,   // some input could not be read, or only in part
-  OUTPUT_PROBLEM = 4,  // results could not be written, or the system refused something else
+  OUTPUT_PROBLEM = 4,  // something could not be written, or the system refused something else
   INTERRUPTED = 130,   // stopped by Ctrl-C; the same command goes on from there
   TERMINATED = 143,    // by SIGTERM
 };

@@ -10,6 +10,7 @@
 #include <map>
 
 #include "scan/commandLine/exitStatus.h"
+#include "scan/commandLine/messages.h"
 #include "scan/version.h"
 
 namespace {
@@ -235,7 +236,7 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   try {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error) == 0 ? DONE : USAGE;
+    if (error.get_exit_code() == 0) return finishOutput(app.exit(error));
     std::fprintf(stderr, "lumascan: %s\nTry 'lumascan --help'.\n", error.what());
     return USAGE;
   }

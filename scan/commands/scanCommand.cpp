@@ -154,7 +154,7 @@ int runScan(const Options& options) {
   tasks.reserve(paths.size());
   for (const std::string& path : paths) tasks.push_back(makeTask(options, settings, path));
   if (options.isDryRun)
-    return std::max<int>(printPlan(tasks), problems.empty() ? DONE : INPUT_PROBLEM);
+    return finishOutput(std::max<int>(printPlan(tasks), problems.empty() ? DONE : INPUT_PROBLEM));
   if (tasks.empty()) return INPUT_PROBLEM;
 
   const int lock = lockFolder(options.output);

@@ -1,9 +1,48 @@
 // The command line: what is printed, and how the program ends.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <filesystem>
 
 #include "scanRun.h"
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// Three frames of black: little to analyse, and a warning at least (black for 0.2 s or more).
+void makeBlack(const TemporaryDirectory& directory, const std::string& name) {
+  makeClip(directory, name, {"-c:v", "ffv1", "-f", "matroska"},
+           "color=black:size=64x64:rate=10:duration=0.3");
+}
+
+// Ends a process that is being prepared for lumascan when a step has failed.
+void require(bool isDone) {
+  if (!isDone) _exit(126);
+}
+
+void fillStandardOutput() {
+  require(dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO) == STDOUT_FILENO);
+}
+
+void closeStandardOutput() {
+  require(close(STDOUT_FILENO) == 0);
+}
+
+// A pipe that nobody reads any more, with the signal for it as a shell leaves it.
+void breakStandardOutput() {
+  int ends[2];
+  require(pipe(ends) == 0 && dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO);
+  require(close(ends[0]) == 0 && close(ends[1]) == 0);
+  std::signal(SIGPIPE, SIG_DFL);
+}
+
+std::string notPrinted(const std::string& reason) {
+  return "lumascan: cannot write to standard output: " + reason + "\n";
+}
+
+}  // namespace
 
 TEST(Commands, explainMistakes) {
   const TemporaryDirectory directory;
@@ -54,6 +93,130 @@ TEST(Commands, endWithOne_atAFindingThatIsGraveEnough) {
   // What could not be read counts for more than what was found.
   writeFile(directory.path + "/text.mp4", "no video");
   EXPECT_EQ(lumascan(directory, {"black.mkv", "text.mp4", "--fail-on", "info"}).status, 3);
+  EXPECT_EQ(lumascan(directory, {"text.mp4", "black.mkv", "--fail-on", "info"}).status, 3);
+  EXPECT_EQ(lumascan(directory, {"none.mp4", "black.mkv", "--fail-on", "info"}).status, 3);
+  const std::string results = "lumascan-results/black.mkv.lumascan";
+  EXPECT_EQ(lumascan(directory, {"events", results, "--fail-on", "info"}).status, 1);
+  EXPECT_EQ(lumascan(directory, {"events", results, "none", "--fail-on", "info"}).status, 3);
+  EXPECT_EQ(lumascan(directory, {"events", "none", results, "--fail-on", "info"}).status, 3);
+}
+
+TEST(Commands, endWithThree_atABadInputAmongGoodOnes) {
+  const TemporaryDirectory directory;
+  makeBlack(directory, "a.mkv");
+  makeBlack(directory, "b.mkv");
+  ASSERT_EQ(lumascan(directory, {"a.mkv", "b.mkv", "-q"}).status, 0);
+  const std::string good = "lumascan-results/a.mkv.lumascan";
+  const std::string bad = "lumascan-results/b.mkv.lumascan";
+  writeFile(directory.path + "/" + bad + "/result.json", "{}");
+  const std::string isMissing = "lumascan: there is no result in \"none\"\n";
+  const std::string isDamaged =
+      "lumascan: cannot read \"" + bad + "/result.json\": it is not a result of lumascan\n";
+
+  ProgramRun run = lumascan(directory, {"-n", "a.mkv", "none.mkv"});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.out, "up to date  a.mkv -> " + good + "\n");
+  EXPECT_EQ(run.err, "lumascan: cannot open \"none.mkv\": No such file or directory\n");
+  EXPECT_EQ(lumascan(directory, {"-n", "none.mkv"}).status, 3);
+  EXPECT_EQ(lumascan(directory, {"-n", "a.mkv"}).status, 0);
+
+  const std::string events = lumascan(directory, {"events", good}).out;
+  for (const auto& [input, error] : {std::pair(std::string("none"), isMissing), {bad, isDamaged}}) {
+    SCOPED_TRACE(input);
+    run = lumascan(directory, {"events", input, good});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.out, events);
+    EXPECT_EQ(run.err, error);
+    run = lumascan(directory, {"report", input, good, "-o", "page.html"});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.out, "page.html\n");
+    EXPECT_EQ(run.err, error);
+    EXPECT_NE(readFile(directory.path + "/page.html").find("a.mkv"), std::string::npos);
+    fs::remove(directory.path + "/page.html");
+    // Of bad ones alone there is no page.
+    run = lumascan(directory, {"report", input, "-o", "page.html"});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.out, "");
+    EXPECT_FALSE(fs::exists(directory.path + "/page.html"));
+  }
+}
+
+TEST(Commands, endWithFour_whenStandardOutputCannotBeWritten) {
+  const TemporaryDirectory directory;
+  makeBlack(directory, "a.mkv");
+  const std::string results = "lumascan-results/a.mkv.lumascan";
+  const std::vector<Arguments> commands = {{"a.mkv", "--progress", "none"},
+                                           {"a.mkv", "--json", "--progress", "none"},
+                                           {"a.mkv", "-n"},
+                                           {"events", results},
+                                           {"events", results, "--json"},
+                                           {"report", results},
+                                           {"probe", "a.mkv"},
+                                           {"probe", "a.mkv", "--json"},
+                                           {"--version"},
+                                           {"scan", "--help"}};
+  for (const Arguments& command : commands) {
+    SCOPED_TRACE(testing::PrintToString(command));
+    const ProgramRun full = lumascan(directory, command, "/dev/null", fillStandardOutput);
+    EXPECT_EQ(full.status, 4);
+    EXPECT_EQ(full.err, notPrinted("No space left on device"));
+    const ProgramRun closed = lumascan(directory, command, "/dev/null", closeStandardOutput);
+    EXPECT_EQ(closed.status, 4);
+    EXPECT_EQ(closed.err, notPrinted("Bad file descriptor"));
+  }
+  // What it was run for is done, and who asks for no words can do without.
+  EXPECT_EQ(resultOf(directory, "a.mkv")["status"], "complete");
+  for (const auto& prepare : {fillStandardOutput, closeStandardOutput}) {
+    EXPECT_EQ(lumascan(directory, {"a.mkv", "-q"}, "/dev/null", prepare).status, 0);
+    EXPECT_EQ(lumascan(directory, {"report", results, "-q"}, "/dev/null", prepare).status, 0);
+  }
+}
+
+TEST(Commands, leaveAnOutputThatNobodyReads_butAScanGoesOnToItsEnd) {
+  const TemporaryDirectory directory;
+  makeBlack(directory, "a.mkv");
+  makeBlack(directory, "b.mkv");
+  const ProgramRun scan = lumascan(directory, {"a.mkv", "b.mkv", "-j", "1", "--progress", "none"},
+                                   "/dev/null", breakStandardOutput);
+  EXPECT_EQ(scan.status, 4);
+  EXPECT_EQ(scan.err, notPrinted("Broken pipe"));
+  EXPECT_EQ(resultOf(directory, "b.mkv")["status"], "complete");
+  EXPECT_TRUE(fs::exists(directory.path + "/lumascan-results/index.html"));
+  const std::string results = "lumascan-results";
+  for (const Arguments& command : {Arguments{"events", results}, {"probe", "a.mkv"}}) {
+    const ProgramRun run = lumascan(directory, command, "/dev/null", breakStandardOutput);
+    EXPECT_EQ(run.status, 128 + SIGPIPE);
+    EXPECT_EQ(run.err, "");
+  }
+}
+
+TEST(Commands, writeTheSameFiles_whicheverStandardStreamsAreClosed) {
+  const TemporaryDirectory directory;
+  makeBlack(directory, "a.mkv");
+  writeFile(directory.path + "/text.mp4", "no video");
+  const Arguments scan = {"a.mkv", "text.mp4", "-j", "2", "--progress", "none"};
+  const ProgramRun usual = lumascan(directory, scan);
+  ASSERT_EQ(usual.status, 3);
+  const auto files = filesBelow(directory.path + "/lumascan-results");
+  for (unsigned closed = 1; closed < 8; ++closed) {
+    SCOPED_TRACE("closed streams: " + std::to_string(closed));
+    fs::remove_all(directory.path + "/lumascan-results");
+    const ProgramRun run = lumascan(directory, scan, "/dev/null", [=] {
+      for (int stream = 0; stream < 3; ++stream) {
+        if ((closed >> stream & 1U) != 0) require(close(stream) == 0);
+      }
+    });
+    const bool isOutClosed = (closed & 2U) != 0;
+    const bool isErrorClosed = (closed & 4U) != 0;
+    EXPECT_EQ(run.status, isOutClosed ? 4 : 3);
+    if (!isOutClosed) {
+      EXPECT_EQ(linesOf(run.out).size(), linesOf(usual.out).size());
+    }
+    EXPECT_EQ(run.err, isErrorClosed ? ""
+                       : isOutClosed ? usual.err + notPrinted("Bad file descriptor")
+                                     : usual.err);
+    EXPECT_EQ(filesBelow(directory.path + "/lumascan-results"), files);
+  }
 }
 
 TEST(Commands, printJsonAndNothingElse) {

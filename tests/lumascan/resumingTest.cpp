@@ -207,14 +207,17 @@ TEST(Resuming, endsWithFour_whereResultsCannotBeWritten) {
   writeFile(directory.path + "/file", "");
   EXPECT_EQ(lumascan(directory, {"a.mp4", "-o", "file"}).status, 4);
   EXPECT_EQ(lumascan(directory, {"a.mp4", "-o", "file/below"}).status, 4);
-  // Files of more than 1000 bytes cannot be written, as on a full disk.
-  const ProgramRun run = lumascan(directory, {"a.mp4", "b.mp4", "-j", "1"}, "/dev/null", [] {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit = {1000, 1000};
+  // Files of more than 2000 bytes cannot be written, as on a full disk. No further file is begun.
+  const Arguments scan = {"a.mp4", "b.mp4", "-j", "1", "--progress", "none"};
+  const ProgramRun run = lumascan(directory, scan, "/dev/null", [] {
+    const rlimit limit = {2000, 2000};
     setrlimit(RLIMIT_FSIZE, &limit);
   });
   EXPECT_EQ(run.status, 4);
-  EXPECT_NE(run.err.find("rows.tsv\": File too large\n"), std::string::npos) << run.err;
+  EXPECT_EQ(run.err,
+            "lumascan: cannot write \"lumascan-results/a.mp4.lumascan/rows.tsv\": File too large\n"
+            "lumascan: cannot write \"lumascan-results/index.html\": File too large\n");
+  EXPECT_EQ(run.out, "");
   for (const auto& file : filesBelow(directory.path + "/lumascan-results")) {
     EXPECT_EQ(file.first.find("a.mp4.lumascan/"), std::string::npos) << file.first;
   }
