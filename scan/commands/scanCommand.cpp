@@ -139,6 +139,24 @@ int runTasks(const Options& options, const ScanSettings& settings, std::vector<T
   return stopSignal;
 }
 
+// Writes the tables over all results and run.json, whose text becomes `run`. False, after messages
+// and with the exit status for it, when something could not be written.
+bool writeSummaries(const Options& options, const std::vector<RunEntry>& entries,
+                    std::chrono::system_clock::time_point start, int* status, std::string* run) {
+  const auto isGood = [&](const std::string& error) {
+    if (error.empty()) return true;
+    complain(error);
+    *status = std::max<int>(*status, OUTPUT_PROBLEM);
+    return false;
+  };
+  const bool hasTables = isGood(writeCollection(options.output, options.choice));
+  *run = runText(entries, start, *status);
+  const std::string path = (fs::path(options.output) / "run.json").string();
+  const bool hasRun = isGood(writeOutput(path, [&](FILE* out) { writeText(*run, out); }));
+  if (!hasRun) *run = runText(entries, start, *status);
+  return hasTables && hasRun;
+}
+
 }  // namespace
 
 int runScan(const Options& options) {
@@ -169,19 +187,11 @@ int runScan(const Options& options) {
     entries.push_back(entryOf(task, options, wasUpToDate));
   }
   int status = statusOf(entries, options.failOn, !problems.empty(), stopSignal);
-  const std::string run = runText(entries, start, status);
-  std::string error = writeCollection(options.output, options.choice);
-  if (error.empty()) {
-    error = writeOutput((fs::path(options.output) / "run.json").string(),
-                        [&](FILE* out) { writeText(run, out); });
-  }
-  if (!error.empty()) {
-    complain(error);
-    status = std::max<int>(status, OUTPUT_PROBLEM);
-  }
+  std::string run;
+  const bool isWritten = writeSummaries(options, entries, start, &status, &run);
   if (options.printsJson) writeText(run, stdout);
   if (stopSignal != 0) complain("stopped; the same command goes on from here");
-  if (stopSignal == 0 && error.empty() && !options.isQuiet && !options.printsJson) {
+  if (stopSignal == 0 && isWritten && !options.isQuiet && !options.printsJson) {
     const char* const page = options.choice.hasHtml ? "index.html" : "run.json";
     std::printf("Results: %s\n", printableName((fs::path(options.output) / page).string()).c_str());
   }

@@ -221,6 +221,10 @@ TEST(Resuming, endsWithFour_whereResultsCannotBeWritten) {
   for (const auto& file : filesBelow(directory.path + "/lumascan-results")) {
     EXPECT_EQ(file.first.find("a.mp4.lumascan/"), std::string::npos) << file.first;
   }
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/b.mp4.lumascan"));
+  const Json summary = readJson(directory, "lumascan-results/run.json");
+  EXPECT_EQ(summary["exit_status"], 4);
+  for (const Json& file : summary["files"]) EXPECT_EQ(file["status"], "unfinished");
   EXPECT_EQ(lumascan(directory, {"a.mp4", "b.mp4"}).status, 0);
 }
 
