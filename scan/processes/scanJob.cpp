@@ -26,6 +26,7 @@ std::string judgeAndStore(const ScanJob& job, const ScanSettings& settings, Outp
 
 std::string analyseAndStore(const ScanJob& job, const ScanSettings& settings,
                             const ProgressListener& onProgress) {
+  removeLeftovers(job.folder);
   VideoResult stored;
   if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
     return judgeAndStore(job, settings, nullptr, &stored);

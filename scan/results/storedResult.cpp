@@ -138,7 +138,6 @@ Thumbnails readThumbnails(const std::string& folder) {
 std::string beginRows(const std::string& folder, OutputFile* rows) {
   std::string error = makeFolder(folder);
   if (!error.empty()) return error;
-  removeLeftovers(folder);
   const std::string path = (fs::path(folder) / "rows.tsv").string();
   if (openOutput(path, rows)) return "";
   return "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);

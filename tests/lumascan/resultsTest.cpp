@@ -1,5 +1,7 @@
 // What a scan leaves behind.
 #include <cmath>
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
 
 #include "scanRun.h"
@@ -242,4 +244,78 @@ TEST(Results, areOfFilesWithAnyName) {
   const std::string page = readFile(directory.path + "/lumascan-results/index.html");
   EXPECT_EQ(page.find("<b>\""), std::string::npos);
   EXPECT_NE(page.find("href=\"%2541%23%3F.mp4.lumascan/report.html\""), std::string::npos);
+}
+
+TEST(Results, sayOfTheRunWhenItBeganAndWhatWasUpToDate) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1"});
+  for (const bool isAgain : {false, true}) {
+    SCOPED_TRACE(isAgain);
+    const std::time_t before = std::time(nullptr);
+    // The time is that of Greenwich, wherever the machine stands.
+    ASSERT_EQ(
+        lumascan(directory, {"a.mkv", "-q"}, "/dev/null", [] { setenv("TZ", "EST5", 1); }).status,
+        0);
+    const std::time_t after = std::time(nullptr);
+    const Json run = readJson(directory, "lumascan-results/run.json");
+    const std::string started = run["started"];
+    std::tm parts = {};
+    const char* const end = strptime(started.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    ASSERT_TRUE(end != nullptr && *end == '\0') << started;
+    EXPECT_GE(timegm(&parts), before);
+    EXPECT_LE(timegm(&parts), after);
+    EXPECT_GT(run["elapsed_s"], 0.0);
+    EXPECT_LE(run["elapsed_s"], static_cast<double>(after - before) + 1.0);
+    EXPECT_EQ(run["files"][0]["up_to_date"], isAgain);
+    EXPECT_EQ(run["files"][0]["attempts"], isAgain ? 0 : 1);
+    EXPECT_EQ(run["files"][0]["status"], "complete");
+    EXPECT_EQ(run["files"][0]["frames"], 25);
+  }
+}
+
+TEST(Results, areThereButNotTheirIndex_whenThatCannotBeWritten) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1"});
+  for (const char* const name : {"events.csv", "summary.csv", "index.html", "run.json"}) {
+    SCOPED_TRACE(name);
+    const std::string output = std::string("without-") + name;
+    fs::create_directories(directory.path + "/" + output + "/" + name);
+    const std::string error =
+        "lumascan: cannot write \"" + output + "/" + name + "\": Is a directory\n";
+    const ProgramRun run =
+        lumascan(directory, {"a.mkv", "-o", output, "--json", "--progress", "none"});
+    EXPECT_EQ(run.status, 4);
+    EXPECT_EQ(run.err, error);
+    EXPECT_EQ(Json::parse(run.out)["exit_status"], 4);
+    EXPECT_EQ(readJson(directory, output + "/a.mkv.lumascan/result.json")["status"], "complete");
+    // Nobody is sent to a page that is not there.
+    const ProgramRun again = lumascan(directory, {"a.mkv", "-o", output, "--progress", "none"});
+    EXPECT_EQ(again.status, 4);
+    EXPECT_EQ(again.err, error);
+    EXPECT_EQ(again.out.find("Results:"), std::string::npos) << again.out;
+  }
+}
+
+TEST(Results, standBesideNoLeftovers_butBesideAllElse) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1"});
+  makeClip(directory, "b.mkv", {"-c:v", "ffv1"});
+  ASSERT_EQ(lumascan(directory, {"b.mkv", "-q"}).status, 0);
+  const std::string results = directory.path + "/lumascan-results/";
+  fs::create_directory(results + "a.mkv.lumascan");
+  // ".part" and a number end the names of files that are being written.
+  const std::vector<std::string> leftovers = {"index.html.part123", "a.mkv.lumascan/rows.tsv.part4",
+                                              "a.mkv.lumascan/result.json.part5"};
+  const std::vector<std::string> others = {"notes.txt", "index.html.part", "index.html.part1a",
+                                           "a.mkv.lumascan/rows.tsv.part4.old",
+                                           "b.mkv.lumascan/rows.tsv.part6"};
+  for (const char* const formats : {"csv,html", "json"}) {
+    SCOPED_TRACE(formats);
+    for (const std::string& name : leftovers) writeFile(results + name, "cut");
+    for (const std::string& name : others) writeFile(results + name, "kept");
+    // Nothing is written for b.mkv, which is up to date with the formats that are the usual ones.
+    ASSERT_EQ(lumascan(directory, {"a.mkv", "-q", "--force", "--formats", formats}).status, 0);
+    for (const std::string& name : leftovers) EXPECT_FALSE(fs::exists(results + name)) << name;
+    for (const std::string& name : others) EXPECT_EQ(readFile(results + name), "kept") << name;
+  }
 }
