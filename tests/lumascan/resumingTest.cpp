@@ -186,6 +186,28 @@ TEST(Resuming, stopsAtOnce_whenTerminated) {
   EXPECT_EQ(planOf(directory, {}), "up to date");
 }
 
+TEST(Resuming, callsAFileUnfinished_whateverResultLiesThere) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.y4m", {"-pix_fmt", "yuv420p"});
+  EXPECT_EQ(lumascan(directory, {"a.y4m"}).status, 0);
+  fs::remove(directory.path + "/a.y4m");
+  makeFifo(directory, "a.y4m");
+  RunningScan scan(directory, {"a.y4m", "--json"});
+  waitForWorkers(scan, 1);
+  kill(scan.program.process, SIGTERM);
+  const ProgramRun run = endOf(&scan);
+  EXPECT_EQ(run.status, 143);
+  EXPECT_EQ(resultOf(directory, "a.y4m")["status"], "complete");
+  const Json summary = Json::parse(run.out);
+  EXPECT_EQ(summary["exit_status"], 143);
+  const Json& file = summary["files"][0];
+  EXPECT_EQ(file["status"], "unfinished");
+  EXPECT_EQ(file["verdict"], "incomplete");
+  EXPECT_EQ(file["frames"], 0);
+  EXPECT_EQ(file["attempts"], 1);
+  EXPECT_EQ(file["up_to_date"], false);
+}
+
 TEST(Resuming, keepsASecondScanOut) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a.mp4");
@@ -242,6 +264,13 @@ TEST(Resuming, endsWithFour_whereTheValuesOfALongVideoCannotBeKept) {
     EXPECT_EQ(file.first.find("long.yuv.lumascan/"), std::string::npos) << file.first;
   }
   EXPECT_EQ(lumascan(directory, scan).status, 0);
+  // The result that lies there now is not that of a scan that fails.
+  Arguments forced = scan;
+  forced.insert(forced.end(), {"--force", "--json"});
+  const ProgramRun failed =
+      lumascan(directory, forced, "/dev/null", [] { setenv("TMPDIR", "/nowhere", 1); });
+  EXPECT_EQ(failed.status, 4);
+  EXPECT_EQ(Json::parse(failed.out)["files"][0]["status"], "unfinished");
   const ProgramRun again = lumascan(directory, {"events", "lumascan-results"}, "/dev/null",
                                     [] { setenv("TMPDIR", "/nowhere", 1); });
   EXPECT_EQ(again.status, 4);

@@ -3,7 +3,24 @@
 
 #include <gtest/gtest.h>
 
+#include "scan/files/json.h"
+
 namespace {
+
+// And a half second.
+constexpr std::chrono::milliseconds HALF_AN_HOUR(1'800'500);
+
+// As if the scan had begun so much earlier, and said nothing so far.
+void goBack(std::chrono::milliseconds past, Progress* progress) {
+  progress->start -= past;
+  progress->lastShown -= past;
+}
+
+std::string shown(const std::vector<Task>& tasks, Progress* progress) {
+  testing::internal::CaptureStderr();
+  showProgress(tasks, progress);
+  return testing::internal::GetCapturedStderr();
+}
 
 Task taskOf(int64_t size, TaskState state, double position = 0.0) {
   Task task;
@@ -48,21 +65,77 @@ TEST(Progress, isPlain_whereStandardErrorIsNoTerminal) {
 
 TEST(Progress, saysALine_whenItsTimeHasCome) {
   Progress progress = startProgress(ProgressStyle::PLAIN, false);
-  std::vector<Task> tasks = {taskOf(100, TaskState::FINISHED),
-                             taskOf(300, TaskState::RUNNING, 1.0 / 3.0)};
+  // 996 of 1000 bytes and three quarters of the other four: 999.
+  std::vector<Task> tasks = {taskOf(996, TaskState::FINISHED), taskOf(4, TaskState::RUNNING, 0.75)};
   tasks[1].job.source.path = "b\n.mp4";
   tasks[1].worker.frames = 42;
   testing::internal::CaptureStderr();
   showProgress(tasks, &progress);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-  // Half an hour in, half is done: the other half takes as long.
-  progress.start -= std::chrono::minutes(30);
-  progress.lastShown -= std::chrono::minutes(1);
+  goBack(999 * HALF_AN_HOUR, &progress);
+  EXPECT_EQ(shown(tasks, &progress),
+            "lumascan:  99 %  1 of 2 files, 30:00 left, 42 frames  b\\x0a.mp4\n");
+  // Ten seconds later at the earliest.
   testing::internal::CaptureStderr();
+  progress.lastShown = std::chrono::steady_clock::now() + std::chrono::hours(1);
   showProgress(tasks, &progress);
-  showProgress(tasks, &progress);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "lumascan:  50 %  1 of 2 files, 30:00 left, 42 frames  b\\x0a.mp4\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(Progress, countsHours_whereThereAreSome) {
+  const std::vector<Task> tasks = {taskOf(999, TaskState::FINISHED), taskOf(1, TaskState::WAITING)};
+  const auto leftAfter = [&](std::chrono::milliseconds past) {
+    Progress progress = startProgress(ProgressStyle::PLAIN, false);
+    goBack(past, &progress);
+    const std::string line = shown(tasks, &progress);
+    const size_t start = line.find("files, ") + 7;
+    return line.substr(start, line.find(" left") - start);
+  };
+  // What is left takes a 999th of what is done: half a second behind the whole one, so that it
+  // stays in that for eight minutes.
+  const auto left = [](int64_t seconds) {
+    return 999 * (std::chrono::seconds(seconds) + std::chrono::milliseconds(500));
+  };
+  EXPECT_EQ(leftAfter(left(59)), "0:59");
+  EXPECT_EQ(leftAfter(left(3599)), "59:59");
+  EXPECT_EQ(leftAfter(left(3600)), "1:00:00");
+  EXPECT_EQ(leftAfter(left(3723)), "1:02:03");
+  EXPECT_EQ(leftAfter(left(36610)), "10:10:10");
+}
+
+TEST(Progress, saysNoTimeLeft_beforeAHundredthIsDone) {
+  for (const int64_t done : {9, 10}) {
+    Progress progress = startProgress(ProgressStyle::PLAIN, false);
+    goBack(HALF_AN_HOUR, &progress);
+    const std::string line = shown(
+        {taskOf(done, TaskState::FINISHED), taskOf(1000 - done, TaskState::WAITING)}, &progress);
+    EXPECT_EQ(line.find(" left") != std::string::npos, done == 10) << line;
+  }
+}
+
+TEST(Progress, countsTheFramesOfFilesThatRun) {
+  // Those of finished files, and of files that wait to be tried again, are no progress any more.
+  std::vector<Task> tasks = {taskOf(100, TaskState::FINISHED), taskOf(100, TaskState::WAITING),
+                             taskOf(100, TaskState::RUNNING, 0.5),
+                             taskOf(100, TaskState::RUNNING, 0.1)};
+  int64_t frames = 1;
+  for (Task& task : tasks) {
+    task.worker.frames = frames;
+    task.job.source.path = std::to_string(frames) + ".mp4";
+    frames *= 10;
+  }
+  Progress progress = startProgress(ProgressStyle::JSON, false);
+  goBack(HALF_AN_HOUR, &progress);
+  const auto before = std::chrono::steady_clock::now();
+  const Json said = Json::parse(shown(tasks, &progress));
+  const std::chrono::duration<double> since = std::chrono::steady_clock::now() - before;
+  EXPECT_EQ(said["frames"], 1100);
+  EXPECT_EQ(said["running"], "100.mp4");  // the first of them
+  EXPECT_EQ(said["finished"], 1);
+  EXPECT_EQ(said["files"], 4);
+  EXPECT_DOUBLE_EQ(said["progress"], 0.4);  // 100, 50 and 10 of 400
+  EXPECT_GE(said["elapsed_s"], 1800.5);
+  EXPECT_LE(said["elapsed_s"], 1801.5 + since.count());
 }
 
 TEST(Progress, takesItsBarAwayOnce) {
