@@ -140,6 +140,34 @@ TEST(Stretches, areLongEnough_whenTimesAreRoundedToMilliseconds) {
   EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.5), WHOLE)), "0-14");
 }
 
+TEST(Stretches, endWhenTheirLastFrameGoes_thoughTheNextAppearsLater) {
+  // Behind the second frame nothing is shown for 0.4 s.
+  FrameTable table = tableOf("blur", {1, 9, 1, 1});
+  table.time = {0.0, 0.1, 0.6, 0.7};
+  const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0.1), WHOLE);
+  ASSERT_EQ(stretches(events), "1-1");
+  EXPECT_DOUBLE_EQ(events[0].endTime, 0.2);
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.2), WHOLE)), "");
+  // Within a stretch such a time counts: 0.5 s to the second of two frames, and 0.1 s more.
+  column(&table, "blur") = {1, 9, 9, 1};
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.6), WHOLE)), "1-2");
+  EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.7), WHOLE)), "");
+}
+
+TEST(Stretches, lastUntilTheNextFrame_whereAFrameDoesNotSayHowLong) {
+  FrameTable table = tableOf("blur", {1, 9, 1, 9});
+  table.time = {0.0, 0.6, 1.1, 1.2};
+  for (const double none : {NONE, 0.0}) {
+    table.duration = Values(4, none);
+    const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0.5), WHOLE);
+    ASSERT_EQ(stretches(events), "1-1 3-3");
+    EXPECT_DOUBLE_EQ(events[0].endTime, 1.1);
+    // Behind the last one comes nothing: it stays for the median of 0.6, 0.5 and 0.1 s.
+    EXPECT_DOUBLE_EQ(events[1].endTime, 1.7);
+    EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.55), WHOLE)), "");
+  }
+}
+
 TEST(Stretches, areSpacedByTheFrameRate_whenTimesAreUnknown) {
   FrameTable table = tableOf("blur", {1, 9, 9, 1});
   table.time = Values(4, NONE);
@@ -445,6 +473,18 @@ TEST(SceneCut, needsAMultipleOfItsNeighbours) {
   EXPECT_EQ(cutsOf(30.0)[0].threshold, 30.0);
 }
 
+TEST(SceneCut, isHeldAgainstFourNeighboursToEitherSide_andNotAgainstItself) {
+  Thresholds thresholds = only("scene_cut");
+  thresholds.at(eventTypeNamed("scene_cut")).enter = 10.0;
+  thresholds.at(eventTypeNamed("scene_cut")).ratio = 3.0;
+  // The neighbours of frame 6 are four of 4 and four of 8: three times their median is 18. With
+  // itself among them the median is 8, of three to either side or of five it is 4.
+  const std::vector<Event> events = detectEvents(
+      tableOf("temporal_activity", {NONE, 1, 8, 4, 4, 4, 30, 8, 8, 4, 8, 1}), thresholds, WHOLE);
+  ASSERT_EQ(stretches(events), "6-6");
+  EXPECT_EQ(events[0].threshold, 18.0);
+}
+
 TEST(SceneCut, isNotSeenInTheFirstTwoComparisons) {
   Thresholds thresholds = only("scene_cut");
   thresholds.at(eventTypeNamed("scene_cut")).enter = 20.0;
@@ -509,6 +549,16 @@ TEST(TimestampGaps, areNoneInSlowVideo) {
   EXPECT_EQ(stretches(detectEvents(table, only("timestamp_gap"), WHOLE)), "");
   table.time = {0.0, 1.0, 2.0, 5.1, 6.1, 7.1};
   EXPECT_EQ(stretches(detectEvents(table, only("timestamp_gap"), WHOLE)), "3-3");
+}
+
+TEST(TimestampGaps, areHeldAgainstTheMedianOfAllSteps) {
+  // Most steps are of 0.1 s: gaps are longer than 0.5 s. Three times the first step, the last one
+  // or the mean of 0.41 s would be more than any of them.
+  FrameTable table = emptyTable(8);
+  table.time = {0.0, 0.9, 1.0, 1.1, 1.2, 1.9, 2.0, 2.9};
+  const std::vector<Event> events = detectEvents(table, only("timestamp_gap"), WHOLE);
+  ASSERT_EQ(stretches(events), "1-1 5-5 7-7");
+  EXPECT_EQ(events[0].threshold, 0.5);
 }
 
 TEST(TimestampGaps, areNotSeen_whereTimesAreUnknownOrEqual) {

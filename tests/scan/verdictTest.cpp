@@ -89,6 +89,18 @@ TEST(Reasons, areOrderedByTheirFrames_withinASeverity) {
                                         "Blurred picture: once, 0.040 s, at 00:00:00.000"}));
 }
 
+TEST(Reasons, areOrderedByAllFrames_ofSeveralEventsAndOfOne) {
+  // Three frames against twice two.
+  const Judgement judgement =
+      judge(Status::COMPLETE, "",
+            {eventOf("blur", Severity::WARN, 0, 2), eventOf("noise", Severity::WARN, 10, 11),
+             eventOf("noise", Severity::WARN, 20, 21)},
+            LONG_VIDEO);
+  EXPECT_EQ(judgement.reasons,
+            (Reasons{"Noisy picture: 2 times, 0.2 s in all, first at 00:00:00.400",
+                     "Blurred picture: once, 0.1 s, at 00:00:00.000"}));
+}
+
 TEST(Reasons, haveNoLength_whereOneMomentIsMeant) {
   const Judgement judgement = judge(Status::COMPLETE, "",
                                     {eventOf("timestamp_gap", Severity::WARN, 25, 25),
@@ -107,6 +119,28 @@ TEST(Reasons, sayWhatLastsThroughout) {
             Reasons{"Blurred picture: once, 10.0 s, at 00:00:00.000"});
   EXPECT_EQ(judge(Status::COMPLETE, "", events, std::nan("")).reasons,
             Reasons{"Blurred picture: once, 10.0 s, at 00:00:00.000"});
+}
+
+TEST(Reasons, sayThroughout_fromAThousandthOn) {
+  const std::vector<Event> events = {eventOf("blur", Severity::WARN, 0, 249)};  // 10 s
+  EXPECT_EQ(judge(Status::COMPLETE, "", events, 10.009).reasons,
+            Reasons{"Blurred picture: throughout"});
+  EXPECT_EQ(judge(Status::COMPLETE, "", events, 10.011).reasons,
+            Reasons{"Blurred picture: once, 10.0 s, at 00:00:00.000"});
+}
+
+TEST(Reasons, sayThroughout_ofOneEventWithALengthAlone) {
+  // Two halves of 10 s.
+  EXPECT_EQ(
+      judge(Status::COMPLETE, "",
+            {eventOf("blur", Severity::WARN, 0, 124), eventOf("blur", Severity::WARN, 125, 249)},
+            10.0)
+          .reasons,
+      Reasons{"Blurred picture: 2 times, 10.0 s in all, first at 00:00:00.000"});
+  // A video of one frame.
+  EXPECT_EQ(
+      judge(Status::COMPLETE, "", {eventOf("truncation", Severity::FAIL, 0, 0)}, 0.04).reasons,
+      Reasons{"File cut off: once, at 00:00:00.000"});
 }
 
 TEST(Reasons, leaveOutTimesThatAreUnknown) {
