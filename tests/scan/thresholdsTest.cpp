@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -24,6 +25,33 @@ std::string read(const std::string& text, Thresholds* thresholds) {
 std::string json(const Thresholds& thresholds) {
   return thresholdsJson(thresholds).dump();
 }
+
+// The table of docs/thresholds.md, by hand; a flag is 1.
+constexpr char DOCUMENTED_THRESHOLDS[] = R"({
+  "black": {"enter": 1, "leave": 1, "min_s": 0.2, "severity": "warn"},
+  "freeze": {"enter": 1, "leave": 1, "min_s": 0.3, "severity": "fail"},
+  "letterbox": {"enter": 0.05, "leave": 0.03, "min_s": 0.3, "severity": "warn"},
+  "pillarbox": {"enter": 0.05, "leave": 0.03, "min_s": 1, "severity": "warn"},
+  "combing": {"enter": 0.027, "leave": 0.0135, "min_s": 0.5, "severity": "warn"},
+  "block_loss": {"enter": 20, "leave": 7, "min_s": 0.6, "hold_s": 0.3, "ratio": 4, "alone": 400,
+                 "severity": "fail"},
+  "slice": {"enter": 12, "leave": 4.8, "min_s": 0.4, "ratio": 5, "severity": "warn"},
+  "flicker": {"enter": 0.83, "leave": 0.75, "min_s": 0.9, "severity": "warn"},
+  "over_exposure": {"enter": 152, "leave": 146, "min_s": 0.3, "mad": 4, "least": 25, "alone": 190,
+                    "severity": "warn"},
+  "under_exposure": {"enter": 78, "leave": 82, "min_s": 1, "severity": "warn"},
+  "low_contrast": {"enter": 15.5, "leave": 17, "min_s": 0.3, "mad": 4, "least": 20, "alone": 9.7,
+                   "severity": "warn"},
+  "blockiness": {"enter": 0.63, "leave": 0.7, "min_s": 1, "hold_s": 0.6, "mad": 6, "least": 0.25,
+                 "severity": "warn"},
+  "blur": {"enter": 5.5, "leave": 5, "min_s": 1.2, "mad": 6, "least": 2, "severity": "warn"},
+  "noise": {"enter": 3, "leave": 2.4, "min_s": 0.3, "mad": 6, "least": 2, "severity": "warn"},
+  "scene_cut": {"enter": 20, "ratio": 3.5, "severity": "info"},
+  "decode_error": {"severity": "fail"},
+  "truncation": {"severity": "fail"},
+  "size_change": {"severity": "warn"},
+  "timestamp_gap": {"enter": 0.5, "ratio": 3, "severity": "warn"}
+})";
 
 // Expects an error, and that nothing has changed.
 void expectError(const std::string& text, const std::string& error) {
@@ -47,6 +75,38 @@ TEST(EventRules, nameEveryTypeOnce_andIndicatorsThatExist) {
   EXPECT_EQ(eventTypeNamed("timestamp_gap"), EVENT_TYPES - 1);
   EXPECT_EQ(eventTypeNamed("nothing"), EVENT_TYPES);
   EXPECT_EQ(eventTypeNamed(""), EVENT_TYPES);
+}
+
+TEST(EventRules, nameTheIndicatorsThatAreDocumented) {
+  const std::map<std::string, std::string> indicators = {{"black", "blackout"},
+                                                         {"freeze", "freezing"},
+                                                         {"letterbox", "letterbox"},
+                                                         {"pillarbox", "pillarbox"},
+                                                         {"combing", "interlace"},
+                                                         {"block_loss", "block_loss"},
+                                                         {"slice", "slice"},
+                                                         {"flicker", "flickering"},
+                                                         {"over_exposure", "exposure"},
+                                                         {"under_exposure", "exposure"},
+                                                         {"low_contrast", "contrast"},
+                                                         {"blockiness", "blockiness"},
+                                                         {"blur", "blur"},
+                                                         {"noise", "noise"},
+                                                         {"scene_cut", "temporal_activity"}};
+  const std::set<std::string> below = {"under_exposure", "low_contrast", "blockiness"};
+  for (const EventRule& rule : EVENT_RULES) {
+    const auto found = indicators.find(rule.type);
+    EXPECT_STREQ(rule.indicator, found == indicators.end() ? nullptr : found->second.c_str());
+    EXPECT_EQ(rule.direction == Direction::BELOW, below.count(rule.type) == 1) << rule.type;
+  }
+}
+
+TEST(DefaultThresholds, areThoseThatAreDocumented) {
+  nlohmann::json documented = nlohmann::json::parse(DOCUMENTED_THRESHOLDS);
+  for (auto& threshold : documented) threshold["enabled"] = true;
+  const nlohmann::json actual = nlohmann::json::parse(json(DEFAULT_THRESHOLDS));
+  for (const auto& [type, threshold] : actual.items()) EXPECT_EQ(threshold, documented[type]);
+  EXPECT_EQ(actual.size(), documented.size());
 }
 
 TEST(DefaultThresholds, haveWhatTheirKindNeeds_andNothingElse) {
