@@ -51,6 +51,18 @@ TEST(ResultJson, comesBack) {
   EXPECT_EQ(json["outputs"].dump(), R"({"formats":["csv"],"thumbs":"all"})");
 }
 
+TEST(ResultJson, hasEveryStatisticUnderItsName) {
+  ResultRecord record = fullRecord();
+  // n, min, max, mean, stdev, then the percentiles.
+  record.indicators[0].statistics = {10, 1.0, 9.0, 4.0, 2.0, 1.5, 1.75, 3.0, 8.0, 8.5};
+  record.indicators[0].overview = {4.0};
+  const Json json = resultJson(record);
+  EXPECT_EQ(json["indicators"]["blockiness"].dump(),
+            R"({"n":10,"min":1.0,"max":9.0,"mean":4.0,"stdev":2.0,"p1":1.5,"p5":1.75,"p50":3.0,)"
+            R"("p95":8.0,"p99":8.5,"overview":[4.0]})");
+  EXPECT_EQ(again(json).dump(), json.dump());
+}
+
 TEST(ResultJson, comesBack_ofWhatCouldNotBeOpened) {
   const Json json = resultJson(failedInput("a.mp4").record);
   EXPECT_EQ(again(json).dump(), json.dump());
