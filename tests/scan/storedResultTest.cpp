@@ -186,6 +186,134 @@ TEST(StoredResult, isStale_whenItDoesNotSayWhatItIsOf) {
   EXPECT_EQ(freshness(R"({"verdict": "good"})"), Freshness::STALE);
 }
 
+TEST(StoredResult, isStale_whenAnythingElseIsAsked) {
+  const TemporaryDirectory directory;
+  const std::string video = directory.path + "/a.yuv";
+  const std::string folder = directory.path + "/results";
+  writeFile(video, "some bytes");
+  const VideoSource source = {video, 64, 48, "25"};
+  AnalysisOptions options;
+  options.mask = 0x421;
+  options.fps = 12.5;
+  ASSERT_TRUE(parsePosition("f:5", &options.start));
+  ASSERT_TRUE(parsePosition("00:00:09", &options.end));
+  const auto freshness = [&](const VideoSource& from, const AnalysisOptions& asked) {
+    return freshnessOf(folder, from, asked, DEFAULT_THRESHOLDS, {});
+  };
+  for (const Status status : {Status::COMPLETE, Status::PARTIAL}) {
+    SCOPED_TRACE(statusName(status));
+    VideoResult result = smallResult(video);
+    result.record.status = status;
+    result.record.options = {0x421, 12.5, "f:5", "00:00:09", "64x48@25"};
+    ASSERT_EQ(storeResult(folder, result, nullptr), "");
+    EXPECT_EQ(freshness(source, options), Freshness::COMPLETE);
+    EXPECT_EQ(freshness({video, 65, 48, "25"}, options), Freshness::STALE);
+    EXPECT_EQ(freshness({video, 64, 49, "25"}, options), Freshness::STALE);
+    EXPECT_EQ(freshness({video, 64, 48, "30"}, options), Freshness::STALE);
+    EXPECT_EQ(freshness({video, 0, 0, ""}, options), Freshness::STALE);
+    AnalysisOptions other = options;
+    other.mask = 0x420;
+    EXPECT_EQ(freshness(source, other), Freshness::STALE);
+    other = options;
+    other.fps = 0.0;
+    EXPECT_EQ(freshness(source, other), Freshness::STALE);
+    other = options;
+    ASSERT_TRUE(parsePosition("f:6", &other.start));
+    EXPECT_EQ(freshness(source, other), Freshness::STALE);
+    other = options;
+    ASSERT_TRUE(parsePosition("00:00:08", &other.end));
+    EXPECT_EQ(freshness(source, other), Freshness::STALE);
+    other.end = {};
+    EXPECT_EQ(freshness(source, other), Freshness::STALE);
+  }
+}
+
+TEST(StoredResult, isStale_whenItFailedOrIsOfAnotherVersion) {
+  const TemporaryDirectory directory;
+  const std::string video = directory.path + "/a.mp4";
+  const std::string folder = directory.path + "/results";
+  writeFile(video, "some bytes");
+  const auto freshnessIn = [&](Status status, const std::string& version) {
+    VideoResult result = smallResult(video);
+    result.record.status = status;
+    result.record.toolVersion = version;
+    EXPECT_EQ(storeResult(folder, result, nullptr), "");
+    return freshnessOf(folder, {video, 0, 0, ""}, {}, DEFAULT_THRESHOLDS, {});
+  };
+  EXPECT_EQ(freshnessIn(Status::COMPLETE, LUMASCAN_VERSION), Freshness::COMPLETE);
+  EXPECT_EQ(freshnessIn(Status::COMPLETE, "0.9"), Freshness::STALE);
+  EXPECT_EQ(freshnessIn(Status::COMPLETE, ""), Freshness::STALE);
+  EXPECT_EQ(freshnessIn(Status::FAILED, LUMASCAN_VERSION), Freshness::STALE);
+}
+
+TEST(StoredResult, isJudgedAgain_whenOtherFilesOrThresholdsAreAsked) {
+  const TemporaryDirectory directory;
+  const std::string video = directory.path + "/a.mp4";
+  const std::string folder = directory.path + "/results";
+  writeFile(video, "some bytes");
+  Thresholds others = DEFAULT_THRESHOLDS;
+  others.at(eventTypeNamed("blur")).isEnabled = false;
+  const auto freshness = [&](const Thresholds& thresholds, const OutputChoice& choice) {
+    return freshnessOf(folder, {video, 0, 0, ""}, {}, thresholds, choice);
+  };
+  ASSERT_EQ(storeResult(folder, smallResult(video), nullptr), "");
+  EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {}), Freshness::COMPLETE);
+  EXPECT_EQ(freshness(others, {}), Freshness::JUDGE);
+  EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {true, true, Thumbs::ALL}), Freshness::JUDGE);
+  EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {true, false, Thumbs::EVENTS}), Freshness::JUDGE);
+  EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {false, true, Thumbs::EVENTS}), Freshness::JUDGE);
+  // Without frames.csv there are no values that could be judged.
+  VideoResult withoutFrames = smallResult(video);
+  withoutFrames.record.outputs.hasCsv = false;
+  ASSERT_EQ(storeResult(folder, withoutFrames, nullptr), "");
+  EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {false, true, Thumbs::EVENTS}), Freshness::COMPLETE);
+  EXPECT_EQ(freshness(others, {false, true, Thumbs::EVENTS}), Freshness::STALE);
+}
+
+TEST(StoredResult, hasNoPicturesOfAnEarlierOne) {
+  const TemporaryDirectory directory;
+  VideoResult result = smallResult();
+  result.thumbnails = {{3, "three"}, {50, "fifty"}};
+  ASSERT_EQ(storeResult(directory.path, result, nullptr), "");
+  EXPECT_EQ(readThumbnails(directory.path), result.thumbnails);
+  EXPECT_EQ(readFile(directory.path + "/thumbs/50.jpg"), "fifty");
+  result.thumbnails = {{50, "other"}};
+  ASSERT_EQ(storeResult(directory.path, result, nullptr), "");
+  EXPECT_EQ(readThumbnails(directory.path), result.thumbnails);
+  result.thumbnails.clear();
+  ASSERT_EQ(storeResult(directory.path, result, nullptr), "");
+  EXPECT_FALSE(fs::exists(directory.path + "/thumbs"));
+}
+
+TEST(StoredResult, isGone_whereANewOneCannotBeStored) {
+  for (const char* const name : {"frames.csv", "events.csv", "report.html"}) {
+    const TemporaryDirectory directory;
+    ASSERT_EQ(storeResult(directory.path, smallResult(), nullptr), "");
+    ASSERT_TRUE(fs::exists(directory.path + "/result.json"));
+    // A folder that is not empty gives its name to no file.
+    fs::remove(directory.path + "/" + name);
+    fs::create_directories(directory.path + "/" + name + "/folder");
+    const std::string error = storeResult(directory.path, smallResult(), nullptr);
+    EXPECT_NE(error.find(name), std::string::npos) << error;
+    EXPECT_FALSE(fs::exists(directory.path + "/result.json")) << name;
+  }
+}
+
+TEST(Collection, hasEachFolderThatIsAResult_butNoneWithinIt) {
+  const TemporaryDirectory directory;
+  const std::string& all = directory.path;
+  for (const char* const folder : {"/b.lumascan", "/clips/a.lumascan", "/b.lumascan/inner.lumascan",
+                                   "/b.lumascan/far/inner.lumascan"}) {
+    ASSERT_EQ(storeResult(all + folder, smallResult(), nullptr), "");
+  }
+  EXPECT_EQ(storedResults(all),
+            (std::vector<std::string>{all + "/b.lumascan", all + "/clips/a.lumascan"}));
+  EXPECT_EQ(storedResults(all + "/b.lumascan"), std::vector<std::string>{all + "/b.lumascan"});
+  EXPECT_EQ(storedResults(all + "/b.lumascan/far"),
+            std::vector<std::string>{all + "/b.lumascan/far/inner.lumascan"});
+  EXPECT_EQ(storedResults(all + "/nowhere"), std::vector<std::string>{});
+}
+
 TEST(Collection, hasNoValue_whereAResultHasNone) {
   const TemporaryDirectory directory;
   const auto lineAfter = [&](const std::string& changes) {
@@ -199,6 +327,9 @@ TEST(Collection, hasNoValue_whereAResultHasNone) {
   EXPECT_EQ(lineAfter("{}"), "nowhere.mp4,complete,pass,1,0.04,0,0,0,0,0,0," + blur);
   EXPECT_EQ(lineAfter(R"({"analysis": {"frames": null, "end_s": null, "decode_errors": null}})"),
             "nowhere.mp4,complete,pass,,,0,0,0,0,,0," + blur);
+  // From the tenth second on: what was analysed lasts for two and a half.
+  EXPECT_EQ(lineAfter(R"({"analysis": {"start_s": 10.25, "end_s": 12.75}})"),
+            "nowhere.mp4,complete,pass,1,2.5,0,0,0,0,0,0," + blur);
   EXPECT_EQ(lineAfter(R"({"indicators": {"blur": null, "noise": 5, "slice": {"mean": null}}})"),
             "nowhere.mp4,complete,pass,1,0.04,0,0,0,0,0,0,,,,,,,,,,,,,,,,");
   EXPECT_EQ(lineAfter(R"({"indicators": 5, "error": null})"),

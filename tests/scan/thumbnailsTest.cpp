@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 
@@ -138,6 +139,23 @@ TEST(FramesToShow, areThoseOfTheFortyGravestEvents) {
     if ((i >= 30 && i < 40) || i >= 60) expected.push_back(i);
   }
   EXPECT_EQ(framesToShow(events, Thumbs::EVENTS, emptyTable(90)), expected);
+}
+
+TEST(FramesToShow, leaveOutWhatTakesTooMuchDecoding_andNothingElse) {
+  // Of 1000 frames 300 may be decoded once more, from the key frames 0 and 500 on.
+  FrameTable table = emptyTable(1000);
+  table.isKey.set(0, true);
+  table.isKey.set(500, true);
+  const std::vector<Event> events = {
+      eventOf(Severity::FAIL, 455, 455, 455),  // 456 frames: too many
+      eventOf(Severity::WARN, 100, 199, 455),  // 200 for the peak, which the first one is among
+      eventOf(Severity::WARN, 598, 601, 599),  // 102 are too many; 99 are not, nor is one more
+      eventOf(Severity::INFO, 0, 201, 0)};     // two more are too many
+  EXPECT_EQ(framesToShow(events, Thumbs::EVENTS, table), Frames({0, 100, 199, 598, 599}));
+  const Frames all = framesToShow(events, Thumbs::ALL, table);
+  for (const int64_t frame : {455, 601, 201}) {
+    EXPECT_EQ(std::count(all.begin(), all.end(), frame), 1) << frame;
+  }
 }
 
 TEST(FramesToShow, areAHundredAtEqualDistancesMore_whenAllAreWanted) {

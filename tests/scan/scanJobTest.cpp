@@ -1,0 +1,36 @@
+// What a worker leaves in its folder: pictures where a page shows them, and nowhere else.
+#include "scan/processes/scanJob.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "clips.h"
+
+TEST(ScanJob, makesPicturesForAPageAlone) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mkv", {"-c:v", "ffv1"});
+  ScanSettings settings;
+  settings.analysis.mask = EXPOSURE;
+  ScanJob job;
+  job.source = {directory.path + "/clip.mkv", 0, 0, ""};
+  job.folder = directory.path + "/clip.mkv.lumascan";
+  // How many there are afterwards; -1: no folder for them, either.
+  const auto picturesOf = [&](Freshness freshness, const OutputChoice& outputs) {
+    job.freshness = freshness;
+    settings.outputs = outputs;
+    EXPECT_EQ(runJob(job, settings, [](double, int64_t) {}), "");
+    EXPECT_EQ(std::filesystem::exists(job.folder + "/report.html"), outputs.hasHtml);
+    const bool hasFolder = std::filesystem::exists(job.folder + "/thumbs");
+    return hasFolder ? static_cast<int>(readThumbnails(job.folder).size()) : -1;
+  };
+  constexpr bool CSV = true;
+  constexpr bool HTML = true;
+  // All of 25 frames are fewer than the hundred at equal distances.
+  EXPECT_EQ(picturesOf(Freshness::STALE, {CSV, HTML, Thumbs::ALL}), 25);
+  EXPECT_EQ(picturesOf(Freshness::JUDGE, {CSV, HTML, Thumbs::NONE}), -1);
+  EXPECT_EQ(picturesOf(Freshness::JUDGE, {CSV, HTML, Thumbs::ALL}), 25);
+  EXPECT_EQ(picturesOf(Freshness::JUDGE, {CSV, !HTML, Thumbs::ALL}), -1);
+  EXPECT_EQ(picturesOf(Freshness::STALE, {!CSV, HTML, Thumbs::ALL}), 25);
+  EXPECT_EQ(picturesOf(Freshness::STALE, {!CSV, !HTML, Thumbs::ALL}), -1);
+}
