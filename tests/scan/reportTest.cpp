@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 
 #include "pageParts.h"
 #include "sample.h"
@@ -23,6 +24,10 @@ std::string reportOf(const std::vector<VideoResult>& results) {
 
 std::string samplePage() {
   return reportOf({sampleInput("clips/a b.mp4", 300, 25.0, 1)});
+}
+
+Json modelIn(const std::string& page) {
+  return Json::parse(between(page, "<script type=\"application/json\" id=\"model\">", "</script>"));
 }
 
 // What is left of the page when scripts and styles are gone.
@@ -109,8 +114,7 @@ TEST(Report, showsPicturesOfEventsOnce) {
 
 TEST(Report, carriesItsFrames) {
   const std::string page = samplePage();
-  const Json model =
-      Json::parse(between(page, "<script type=\"application/json\" id=\"model\">", "</script>"));
+  const Json model = modelIn(page);
   EXPECT_EQ(model["inputs"][0]["rows"], 300);
   EXPECT_EQ(model["inputs"][0]["fps"], 25.0);
   EXPECT_EQ(model["tracks"].size(), INDICATORS);
@@ -157,6 +161,160 @@ TEST(Report, showsSeveralInputsSideBySide) {
   const std::string blur = between(body, "data-track=\"blur\"", "</svg>");
   EXPECT_EQ(allBetween(blur, "<path class=\"line i", "\""),
             (std::vector<std::string>{"0", "1", "2"}));
+}
+
+// The expected numbers come from what sample.cpp says of its events: black is from 0 to 0.05 of the
+// last frame's number, freeze from 0.3 to 0.37, blur from 0.5 to 0.58, the scene cut at 0.7.
+TEST(Report, placesInputsOfOtherRatesAndLengthsOnOneAxis) {
+  // 12 s at 25 frames a second beside 18 s at 50.
+  const std::string page =
+      reportOf({sampleInput("a.mp4", 300, 25.0, 1), sampleInput("b.mp4", 900, 50.0, 2)});
+  const Json model = modelIn(page);
+  EXPECT_EQ(model["start"], 0.0);
+  EXPECT_NEAR(model["end"].get<double>(), 18.0, 1e-9);
+  EXPECT_EQ(model["inputs"][0]["fps"], 25.0);
+  EXPECT_EQ(model["inputs"][1]["fps"], 50.0);
+  EXPECT_EQ(model["inputs"][0]["rows"], 300);
+  EXPECT_EQ(model["inputs"][1]["rows"], 900);
+  const std::string body = readable(page);
+  EXPECT_TRUE(contains(body,
+                       "<tr class=\"differs\"><th scope=\"row\">Duration</th>"
+                       "<td>0:00:12.000</td><td>0:00:18.000</td></tr>"));
+  EXPECT_TRUE(contains(body, "<tr><th scope=\"row\">Codec</th>"));
+  // The cuts are at frame 210 = ceil(0.7 * 299), 8.4 s, and at frame 630 = ceil(0.7 * 899), 12.6 s:
+  // at 46.6667 and 70 % of 18 s.
+  std::vector<Json> cuts;
+  for (const Json& event : model["events"]) {
+    if (event["type"] == "scene cut") cuts.push_back(event);
+  }
+  ASSERT_EQ(cuts.size(), 2U);
+  EXPECT_EQ(cuts[0]["input"], 0);
+  EXPECT_NEAR(cuts[0]["start"].get<double>(), 8.4, 1e-9);
+  EXPECT_EQ(cuts[0]["peak"], 210);
+  EXPECT_EQ(cuts[1]["input"], 1);
+  EXPECT_NEAR(cuts[1]["start"].get<double>(), 12.6, 1e-9);
+  EXPECT_EQ(cuts[1]["peak"], 630);
+  const std::string lane = between(body, "<span>scene cut <small>2</small></span>", "</svg>");
+  EXPECT_EQ(allBetween(lane, "<rect class=\"info\" x=\"", "\" width"),
+            (std::vector<std::string>{"46.6667%\" y=\"2", "70.0000%\" y=\"16"}));
+  EXPECT_TRUE(contains(lane, "scene cut, info, 00:00:08:10"));  // 210 = 8 * 25 + 10
+  EXPECT_TRUE(contains(lane, "scene cut, info, 00:00:12:30"));  // 630 = 12 * 50 + 30
+  const std::string table = body.substr(body.find("<table class=\"events\""));
+  std::vector<std::string> rows;
+  for (const std::string& row : allBetween(table, "<tr id=\"event-", "</tr>")) {
+    if (contains(row, "scene cut")) rows.push_back(row);
+  }
+  ASSERT_EQ(rows.size(), 2U);
+  EXPECT_TRUE(contains(rows[0], ">a.mp4</bdi>"));
+  EXPECT_TRUE(contains(rows[0], ">00:00:08:10</a>"));
+  EXPECT_TRUE(contains(rows[1], ">b.mp4</bdi>"));
+  EXPECT_TRUE(contains(rows[1], ">00:00:12:30</a>"));
+}
+
+TEST(Report, drawsInputsOfOtherRatesAndLengthsOnOneAxis) {
+  const std::string body =
+      readable(reportOf({sampleInput("a.mp4", 300, 25.0, 1), sampleInput("b.mp4", 900, 50.0, 2)}));
+  // Pictures are 600 columns wide, 100/3 for each of 18 s. Blur is from frame 150 = ceil(0.5 * 299)
+  // to 173 = floor(0.58 * 299), 6 s to 6.96 s, and from 450 to 521, 9 s to 10.44 s.
+  const std::string blur = between(body, "data-track=\"blur\"", "</svg>");
+  EXPECT_EQ(allBetween(blur, "<rect class=\"warn\" x=\"", "\" y="),
+            (std::vector<std::string>{"200.00\" width=\"32.00", "300.00\" width=\"48.00"}));
+  // The last frames appear at 11.96 s and 17.98 s: at 398.0 and 598.3 of 599.
+  const std::vector<std::string> lines = allBetween(blur, "<path class=\"line ", "\"/>");
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(std::stoi(lines[0].substr(lines[0].rfind('L') + 1)), 398);
+  EXPECT_EQ(std::stoi(lines[1].substr(lines[1].rfind('L') + 1)), 598);
+}
+
+TEST(Report, shadesAnEventOnItsOwnTrack) {
+  const std::string body = readable(samplePage());
+  // How many events there are of each indicator.
+  const std::map<std::string, size_t> counts = {
+      {"blackout", 1},   {"letterbox", 1},         {"freezing", 2}, {"blur", 1},
+      {"block_loss", 1}, {"temporal_activity", 1}, {"exposure", 1}};
+  for (const IndicatorInfo& indicator : INDICATOR_TABLE) {
+    const std::string track =
+        between(body, "data-track=\"" + std::string(indicator.name) + "\"", "</svg>");
+    const auto found = counts.find(indicator.name);
+    EXPECT_EQ(allBetween(track, "<rect ", ">").size(), found == counts.end() ? 0 : found->second)
+        << indicator.name;
+  }
+}
+
+TEST(Report, showsThresholdsOnceThatSeveralInputsShare) {
+  VideoResult second = sampleInput("b.mp4", 300, 25.0, 2);
+  second.record.thresholds.at(eventTypeNamed("blur")).enter = 9.0;
+  const std::string page = reportOf({sampleInput("a.mp4", 300, 25.0, 1), second});
+  const std::string body = readable(page);
+  const auto thresholdsOn = [&](const std::string& indicator) {
+    const std::string track = between(body, "data-track=\"" + indicator + "\"", "</svg>");
+    return allBetween(track, "<p class=\"threshold ", "</p>");
+  };
+  EXPECT_EQ(thresholdsOn("blur"),
+            (std::vector<std::string>{"warn\">blur at 8", "warn\">blur at 9"}));
+  EXPECT_EQ(thresholdsOn("exposure"), (std::vector<std::string>{"warn\">over exposure at 215",
+                                                                "warn\">under exposure at 30"}));
+  for (const Json& track : modelIn(page)["tracks"]) {
+    if (track["name"] != "blur") continue;
+    EXPECT_EQ(track["thresholds"].dump(),
+              R"([{"value":8.0,"severity":"warn"},{"value":9.0,"severity":"warn"}])");
+  }
+}
+
+TEST(Report, ofARangeHasTheNumbersAndTimesOfTheFile) {
+  // Frames 90250 to 90349 of 25 a second: from 3610 s on, for 4 s.
+  const std::string page = reportOf({sampleRange("a.mp4", 100, 25.0, 1, 90250)});
+  const Json model = modelIn(page);
+  EXPECT_EQ(model["start"], 3610.0);
+  EXPECT_NEAR(model["end"].get<double>(), 3614.0, 1e-9);
+  EXPECT_EQ(model["inputs"][0]["firstFrame"], 90250);
+  const std::string body = readable(page);
+  EXPECT_TRUE(contains(body, "<dd>0:00:04.000 of 1:00:14.000 declared</dd>"));
+  EXPECT_TRUE(contains(body, "<dd>100, from frame 90250</dd>"));
+  // Black lasts to frame 4 = floor(0.05 * 99) of the range.
+  const std::string row = between(body, "<tr id=\"event-0\"", "</tr>");
+  EXPECT_TRUE(contains(row, ">black <small>from the start</small>"));
+  EXPECT_TRUE(contains(row, ">01:00:10:00</a>"));
+  EXPECT_TRUE(contains(row,
+                       ">90250\xe2\x80\x93"
+                       "90254</td>"));
+  const std::string axis = between(body, "<div class=\"lane axis\">", "</svg>");
+  EXPECT_EQ(between(axis, "<text y=\"10\" x=\"", "</text>"), "0.0000%\">1:00:10.00");
+  // Frames 30 = ceil(0.3 * 99) to 36 = floor(0.37 * 99), 1.2 s to 1.48 s: of 4 s, and of 600
+  // columns.
+  const std::string lane = between(body, "<span>freeze <small>2</small></span>", "</svg>");
+  EXPECT_EQ(between(lane, "<rect class=\"fail\" x=\"", " height"),
+            "30.0000%\" y=\"2\" width=\"7.0000%\"");
+  const std::string track = between(body, "data-track=\"freezing\"", "</svg>");
+  EXPECT_EQ(between(track, "<rect class=\"fail\" x=\"", " y"), "180.00\" width=\"42.00\"");
+}
+
+TEST(Report, ofRangesReachesFromTheFirstStartToTheLastEnd) {
+  const Json model =
+      modelIn(reportOf({sampleRange("a.mp4", 100, 25.0, 1, 250), failedInput("b.mp4"),
+                        sampleRange("c.mp4", 100, 25.0, 2, 150)}));
+  EXPECT_EQ(model["start"], 6.0);
+  EXPECT_NEAR(model["end"].get<double>(), 14.0, 1e-9);
+}
+
+TEST(Report, tellsWhatIsWrongWithAFile) {
+  VideoResult input = sampleInput("a.mp4", 300, 25.0, 1);
+  EXPECT_FALSE(contains(readable(reportOf({input})), "The file ends before it should."));
+  input.record.isTruncated = true;
+  input.record.error = "the file is cut: its end is missing";
+  input.record.input.stream->declaredDuration = 14.0;
+  input.record.analysis->corruptFrames = 3;
+  input.record.analysis->decodeErrors = 2;
+  const std::string body = readable(reportOf({input}));
+  EXPECT_EQ(between(body, "<ul class=\"warnings\">", "</ul>"),
+            "<li>The file ends before it should.</li>"
+            "<li>The container declares one frame more than there are.</li>");
+  EXPECT_EQ(between(body, "<p class=\"error\">", "</p>"), "the file is cut: its end is missing");
+  for (const char* const fact : {"<dt>Duration</dt><dd>0:00:12.000 of 0:00:14.000 declared</dd>",
+                                 "<dt>Frames</dt><dd>300</dd>",
+                                 "<dt>Damage</dt><dd>3 damaged frames, 2 decoding errors</dd>"}) {
+    EXPECT_TRUE(contains(body, fact)) << fact;
+  }
 }
 
 TEST(Report, ofNothingIsStillAPage) {

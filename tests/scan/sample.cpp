@@ -182,6 +182,31 @@ VideoResult sampleInput(const std::string& path, int64_t frames, double fps, uin
   return input;
 }
 
+VideoResult sampleRange(const std::string& path, int64_t frames, double fps, uint32_t seed,
+                        int64_t firstFrame) {
+  VideoResult input = sampleInput(path, frames, fps, seed);
+  const auto timeOf = [&](int64_t frame) { return static_cast<double>(frame) / fps; };
+  FrameTable& table = input.frames;
+  table.firstFrame = firstFrame;
+  for (int64_t i = 0; i < frames; ++i) {
+    const auto row = static_cast<size_t>(i);
+    table.pts.set(row, (firstFrame + i) * 512);
+    if (i != WITHOUT_TIME) table.time.set(row, timeOf(firstFrame + i));
+  }
+  for (Event& event : input.events) {
+    for (int64_t* const frame : {&event.firstFrame, &event.peakFrame, &event.lastFrame}) {
+      *frame += firstFrame;
+    }
+    event.startTime = timeOf(event.firstFrame);
+    event.endTime = timeOf(event.lastFrame + 1);
+  }
+  input.record.analysis->firstFrame = firstFrame;
+  input.record.analysis->start = timeOf(firstFrame);
+  input.record.analysis->end = timeOf(firstFrame + frames);
+  input.record.input.stream->declaredDuration = timeOf(firstFrame + frames);
+  return input;
+}
+
 EventSummary summaryOf(const std::vector<Event>& events) {
   EventSummary summary;
   for (const Event& event : events) addTo(&summary, event);

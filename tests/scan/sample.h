@@ -12,6 +12,10 @@
 // frames, three indicators only from the second frame on; frame 40 has no time of its own.
 VideoResult sampleInput(const std::string& path, int64_t frames, double fps, uint32_t seed);
 
+// The same as a part of a longer video, `firstFrame` frames into it.
+VideoResult sampleRange(const std::string& path, int64_t frames, double fps, uint32_t seed,
+                        int64_t firstFrame);
+
 EventSummary summaryOf(const std::vector<Event>& events);
 
 // What could not be opened: no frames, no events, hardly any facts.
