@@ -47,6 +47,12 @@ void addThumbnails(const std::string& folder, VideoResult* input) {
   }
 }
 
+// Leaves the values of blur away.
+void clearBlur(size_t firstRow, size_t endRow, VideoResult* input) {
+  Column<double>& blur = input->frames.values.at(indicatorNamed("blur"));
+  for (size_t row = firstRow; row < endRow; ++row) blur.set(row, UNKNOWN);
+}
+
 // out: a folder's name with a slash behind it
 void writePages(const std::string& out) {
   VideoResult first = sampleInput("masters/episode one.mp4", 750, 25.0, 1);
@@ -76,7 +82,15 @@ void writePages(const std::string& out) {
                                          entryOf(failed, "masters/broken.mp4.lumascan"),
                                          entryOf(second, "copies/episode%20one.mxf.lumascan")};
   write(out + "index.html", [&](FILE* file) { writeIndex(index, file); });
-  const VideoResult big = sampleInput("masters/long.mp4", 250000, 25.0, 5);
+  // Behind the first hour: from 3675 s on for 16 s, from 3670 s on for 24 s.
+  VideoResult tape = sampleRange("tapes/tape 7.mov", 400, 25.0, 6, 91875);
+  clearBlur(250, 300, &tape);
+  const VideoResult copy = sampleRange("tapes/TAPE 8.MXF", 720, 30.0, 7, 110100);
+  writePage(out + "ranges.html", {&tape, &copy});
+  writeCsv(out + "tape7.csv", tape.frames);
+  writeCsv(out + "tape8.csv", copy.frames);
+  VideoResult big = sampleInput("masters/long.mp4", 250000, 25.0, 5);
+  clearBlur(100000, 120000, &big);
   writePage(out + "big.html", {&big});
   writeCsv(out + "big.csv", big.frames);
 }
