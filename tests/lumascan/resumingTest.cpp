@@ -122,7 +122,7 @@ TEST(Resuming, finishesTheOthers_whenAWorkerCrashes) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a-stuck.mp4");
   makeVideo(directory, "b.mp4");
-  RunningScan scan(directory, {"a-stuck.mp4", "b.mp4", "-j", "1"});
+  RunningScan scan(directory, {"a-stuck.mp4", "b.mp4", "-j", "1", "--stall-timeout", "0"});
   const pid_t first = waitForWorkers(scan, 1).at(0);
   kill(first, SIGKILL);
   // What waits for the first time comes before what is tried again.
@@ -165,6 +165,7 @@ TEST(Resuming, finishesRunningFilesAtTheFirstInterrupt_andStopsAtTheSecond) {
   const ProgramRun run = endOf(&scan);
   EXPECT_EQ(run.status, 130);
   EXPECT_FALSE(isAlive(worker));
+  EXPECT_EQ(run.err.find("finishing"), run.err.rfind("finishing"));  // said once
   EXPECT_NE(run.err.find("stopped; the same command goes on from here"), std::string::npos);
   EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/b.mp4.lumascan"));
   // Nothing half-written is left.
@@ -181,7 +182,9 @@ TEST(Resuming, stopsAtOnce_whenTerminated) {
   RunningScan scan(directory, {"a.mp4", "b.mp4"});
   const pid_t worker = waitForWorkers(scan, 1).at(0);
   kill(scan.program.process, SIGTERM);
-  EXPECT_EQ(endOf(&scan).status, 143);
+  const ProgramRun run = endOf(&scan);
+  EXPECT_EQ(run.status, 143);
+  EXPECT_EQ(run.err.find("finishing"), std::string::npos) << run.err;
   EXPECT_FALSE(isAlive(worker));
   EXPECT_EQ(planOf(directory, {}), "up to date");
 }

@@ -144,6 +144,7 @@ Feed::Feed(const RunningScan& scan, const std::string& path) {
     return descriptor >= 0;
   });
   fcntl(descriptor, F_SETFL, 0);
+  std::signal(SIGPIPE, SIG_IGN);  // a worker that has gone is an error of the test, not its end
 }
 
 Feed::~Feed() {
@@ -153,7 +154,7 @@ Feed::~Feed() {
 void feed(const Feed& to, const std::string& bytes) {
   for (size_t done = 0; done < bytes.size();) {
     const ssize_t count = write(to.descriptor, bytes.data() + done, bytes.size() - done);
-    ASSERT_GT(count, 0);
+    if (count <= 0) throw std::runtime_error("nobody reads what is fed");
     done += static_cast<size_t>(count);
   }
 }

@@ -64,7 +64,7 @@ TEST(Workers, areGivenUpAfterTwoAttempts_withTheLastFiveLinesThatTheSecondSaid) 
                          error + "\n");
   EXPECT_EQ(run.out, "incomplete stuck, and how.mp4: Not analysed: " + error +
                          "\nResults: lumascan-results/run.json\n");
-  const Json result = resultOf(directory, "stuck, and how.mp4");
+  Json result = resultOf(directory, "stuck, and how.mp4");
   EXPECT_EQ(result["status"], "failed");
   EXPECT_EQ(result["error"], error);
   EXPECT_EQ(result["verdict"], "incomplete");
@@ -97,6 +97,10 @@ TEST(Workers, areQuotedWithTheEndOfWhatTheySaid) {
   ASSERT_EQ(lines.size(), 5u) << run.err;
   EXPECT_EQ(lines[2], "lumascan:   it said: " + std::string(1994, 'x') + "\n");
   EXPECT_EQ(lines[3], "lumascan:   it said: end.\n");
+  // What the first one has said is not what the second one has died of.
+  scanWithLogs(directory, {"stuck.mp4", "-j", "1"}, "of the first\n", "");
+  EXPECT_EQ(resultOf(directory, "stuck.mp4")["error"],
+            "its analysis was given up after two attempts: signal 9 (Killed)");
 }
 
 TEST(Workers, areTheFirstToGo_whenMemoryRunsOut) {
