@@ -96,7 +96,10 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
   ResultRecord record;
   if (!readRecord(folder, &record, [](const Event&) {}).empty()) return Freshness::STALE;
   const std::optional<Fingerprint>& fingerprint = record.input.fingerprint;
-  const bool isValid = record.status != Status::FAILED && record.toolVersion == LUMASCAN_VERSION &&
+  // A disk that has failed may do better the next time.
+  const bool isCutShort = record.analysis && record.analysis->endedBy == AnalysisEnd::READ_ERROR;
+  const bool isValid = record.status != Status::FAILED && !isCutShort &&
+                       record.toolVersion == LUMASCAN_VERSION &&
                        record.options == askedOptions(source, options) && fingerprint &&
                        fingerprint == fingerprintOf(source);
   if (!isValid) return Freshness::STALE;

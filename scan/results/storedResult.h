@@ -15,7 +15,8 @@ std::string resultFolder(const std::string& output, const std::string& path);
 
 // What a stored result is good for.
 enum class Freshness {
-  STALE,     // the file, what was asked about it or the program have changed, or it failed
+  STALE,     // the file, what was asked about it or the program have changed, or it failed,
+             // or reading the file did
   JUDGE,     // its values are; judgement and pages are to be made anew
   COMPLETE,  // nothing is to be done
 };
