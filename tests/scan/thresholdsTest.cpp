@@ -181,6 +181,20 @@ TEST(ReadThresholds, takesLevelsThatAreEqual) {
   EXPECT_EQ(read(R"({"low_contrast": {"enter": 5, "leave": 5}})", &thresholds), "");
 }
 
+TEST(ReadThresholds, takesLevelsBelowZero_ofStretchesAlone) {
+  Thresholds thresholds;
+  EXPECT_EQ(
+      read(R"({"blur": {"enter": -1, "leave": -2}, "low_contrast": {"alone": -3}})", &thresholds),
+      "");
+  EXPECT_EQ(thresholds[eventTypeNamed("blur")].enter, -1.0);
+  EXPECT_EQ(thresholds[eventTypeNamed("blur")].leave, -2.0);
+  EXPECT_EQ(thresholds[eventTypeNamed("low_contrast")].alone, -3.0);
+  expectError(R"({"scene_cut": {"enter": -1}})", "scene_cut.enter is negative");
+  expectError(R"({"scene_cut": {"ratio": -1}})", "scene_cut.ratio is negative");
+  expectError(R"({"blur": {"mad": -1}})", "blur.mad is negative");
+  expectError(R"({"blur": {"least": -1}})", "blur.least is negative");
+}
+
 TEST(ReadThresholds, saysWhatIsNotKnown) {
   expectError(R"({"blurr": {}})", "there is no event \"blurr\"");
   expectError(R"({"blur": {"entre": 9}})", "blur.entre does not exist");
