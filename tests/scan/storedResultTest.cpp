@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 
 #include "currentFolder.h"
 #include "scan/files/json.h"
@@ -312,6 +313,49 @@ TEST(Collection, hasEachFolderThatIsAResult_butNoneWithinIt) {
   EXPECT_EQ(storedResults(all + "/b.lumascan/far"),
             std::vector<std::string>{all + "/b.lumascan/far/inner.lumascan"});
   EXPECT_EQ(storedResults(all + "/nowhere"), std::vector<std::string>{});
+}
+
+TEST(Collection, hasWhatEachResultSays) {
+  const TemporaryDirectory directory;
+  storeChanged(directory.path + "/a.lumascan", R"({
+    "input": {"path": "a,b.mp4"}, "status": "partial", "verdict": "incomplete", "truncated": true,
+    "error": "it is \"cut\"", "analysis": {"frames": 7, "corrupt_frames": 3, "decode_errors": 2},
+    "events": [{"id": 1, "type": "freeze", "severity": "fail", "first_frame": 2, "last_frame": 3,
+                "start_s": 0.5, "end_s": 0.75, "peak_frame": 3, "peak_value": 1, "threshold": 0.25},
+               {"id": 2, "type": "blur", "severity": "warn", "at_start": true},
+               {"id": 3, "type": "blur", "severity": "warn", "at_end": true}]})");
+  ASSERT_EQ(writeCollection(directory.path, {}), "");
+  EXPECT_NE(readFile(directory.path + "/summary.csv")
+                .find("\r\n\"a,b.mp4\",partial,incomplete,7,0.04,1,2,0,3,2,1,\"it is "
+                      "\"\"cut\"\"\",,,,,,2.5,,,,,,,,,\r\n"),
+            std::string::npos);
+  EXPECT_EQ(readFile(directory.path + "/events.csv"),
+            "path,id,type,severity,first_frame,last_frame,start_s,end_s,duration_s,peak_frame,"
+            "peak_value,threshold,at_start,at_end\r\n"
+            "\"a,b.mp4\",1,freeze,fail,2,3,0.5,0.75,0.25,3,1,0.25,0,0\r\n"
+            "\"a,b.mp4\",2,blur,warn,0,0,,,,0,,,1,0\r\n"
+            "\"a,b.mp4\",3,blur,warn,0,0,,,,0,,,0,1\r\n");
+}
+
+TEST(Collection, hasTheFilesThatAreChosen) {
+  const TemporaryDirectory directory;
+  const auto namesFor = [&](const OutputChoice& choice) {
+    const std::string folder =
+        directory.path + (choice.hasCsv ? "/csv" : "/none") + (choice.hasHtml ? "/html" : "/none");
+    EXPECT_EQ(storeResult(folder + "/a.lumascan", smallResult(), nullptr), "");
+    EXPECT_EQ(writeCollection(folder, choice), "");
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      if (entry.is_regular_file()) names.insert(entry.path().filename().string());
+    }
+    return names;
+  };
+  using Names = std::set<std::string>;
+  EXPECT_EQ(namesFor({true, true, Thumbs::NONE}),
+            (Names{"events.csv", "index.html", "summary.csv"}));
+  EXPECT_EQ(namesFor({true, false, Thumbs::NONE}), (Names{"events.csv", "summary.csv"}));
+  EXPECT_EQ(namesFor({false, true, Thumbs::NONE}), Names{"index.html"});
+  EXPECT_EQ(namesFor({false, false, Thumbs::NONE}), Names{});
 }
 
 TEST(Collection, hasNoValue_whereAResultHasNone) {

@@ -158,6 +158,16 @@ TEST(FramesToShow, leaveOutWhatTakesTooMuchDecoding_andNothingElse) {
   }
 }
 
+TEST(FramesToShow, areHadByDecodingOneFrameIn25_ofALongVideo) {
+  // 400 of 10,000, from the only key frame on.
+  FrameTable table = emptyTable(10000);
+  table.isKey.set(0, true);
+  EXPECT_EQ(framesToShow({eventOf(Severity::FAIL, 399, 399, 399)}, Thumbs::EVENTS, table),
+            Frames({399}));
+  EXPECT_EQ(framesToShow({eventOf(Severity::FAIL, 400, 400, 400)}, Thumbs::EVENTS, table),
+            Frames());
+}
+
 TEST(FramesToShow, areAHundredAtEqualDistancesMore_whenAllAreWanted) {
   FrameTable table = emptyTable(1000);
   table.firstFrame = 5;
