@@ -112,6 +112,71 @@ TEST(Report, showsPicturesOfEventsOnce) {
   EXPECT_TRUE(contains(body, "<figcaption>start, peak</figcaption>"));
 }
 
+TEST(Report, hasARowForEachEvent_withWhatItIsSortedBy) {
+  VideoResult input = sampleInput("a", 300, 25.0, 1);
+  Event event = input.events[3];
+  event.firstFrame = 150;
+  event.lastFrame = 170;
+  event.startTime = 6.0;
+  event.endTime = 6.84;
+  event.peakFrame = 160;
+  event.peakValue = 9.25;
+  event.threshold = 8.5;
+  event.isAtEnd = true;
+  input.events = {event};
+  const auto cells = [&] {
+    const std::string body = readable(reportOf({input}));
+    return allBetween(between(body, "<tr id=\"event-0\"", "</tr>"), "<td", "</td>");
+  };
+  const std::string dash = "\xe2\x80\x93";
+  EXPECT_EQ(cells(), (std::vector<std::string>{
+                         ">blur <small>to the end</small>",
+                         " data-v=\"1\"><span class=\"severity warn\">warn</span>",
+                         " class=\"n\" data-v=\"6\"><a href=\"#tracks\">00:00:06:00</a>",
+                         " class=\"n\" data-v=\"0.84\">0.84 s",
+                         " class=\"n\" data-v=\"150\">150" + dash + "170",
+                         " class=\"n\" data-v=\"160\">160", " class=\"n\" data-v=\"9.25\">9.25",
+                         " class=\"n\" data-v=\"8.5\">8.5", " class=\"pictures\">"}));
+  // Of one frame, without a value, and when it is shown unknown: it stands where frame 200 does.
+  event.firstFrame = event.lastFrame = event.peakFrame = 200;
+  event.startTime = event.endTime = event.peakValue = event.threshold = std::nan("");
+  event.isAtStart = true;
+  event.isAtEnd = false;
+  event.severity = Severity::FAIL;
+  input.events = {event};
+  EXPECT_EQ(cells(), (std::vector<std::string>{
+                         ">blur <small>from the start</small>",
+                         " data-v=\"2\"><span class=\"severity fail\">fail</span>",
+                         " class=\"n\" data-v=\"8\"><a href=\"#tracks\">00:00:08:00</a>",
+                         " class=\"n\" data-v=\"\">" + dash, " class=\"n\" data-v=\"200\">200",
+                         " class=\"n\" data-v=\"200\">200", " class=\"n\" data-v=\"\">" + dash,
+                         " class=\"n\" data-v=\"\">" + dash, " class=\"pictures\">"}));
+  const Json shown = modelIn(reportOf({input}))["events"][0];
+  EXPECT_EQ(shown["start"], 8.0);
+  EXPECT_NEAR(shown["end"].get<double>(), 8.04, 1e-9);
+}
+
+TEST(Report, tellsTheStatisticsOfEachInput) {
+  VideoResult first = sampleInput("a", 100, 25.0, 1);
+  VideoResult second = sampleInput("b", 100, 25.0, 2);
+  const size_t blur = indicatorNamed("blur");
+  // n, min, max, mean, ...
+  first.record.indicators.at(blur).statistics = {100, 1.25, 9.5, 4.75, 1.0,
+                                                 2.0, 2.0,  3.0, 8.0,  9.0};
+  second.record.indicators.at(blur).statistics = {};
+  const std::string track =
+      between(readable(reportOf({first, second})), "data-track=\"blur\"", "</svg>");
+  EXPECT_EQ(allBetween(track, "</output><small>", "</small>"),
+            (std::vector<std::string>{"1.25 to 9.5, mean 4.75", "not measured"}));
+}
+
+TEST(Report, hasTheVerdictOfEachInputInItsTitle) {
+  VideoResult second = sampleInput("clips/b.mp4", 100, 25.0, 2);
+  second.record.judgement.verdict = Verdict::PASS;
+  const std::string page = reportOf({sampleInput("clips/a.mp4", 100, 25.0, 1), second});
+  EXPECT_EQ(between(page, "<title>", "</title>"), "a.mp4: Fail / b.mp4: Pass");
+}
+
 TEST(Report, carriesItsFrames) {
   const std::string page = samplePage();
   const Json model = modelIn(page);

@@ -71,3 +71,53 @@ TEST(Facts, giveTheRateOfTheFile_notTheOneOfTheAnalysis) {
   record.analysis->fps = UNKNOWN;
   EXPECT_EQ(frameRateOf(record), 30000.0 / 1001.0);
 }
+
+TEST(Facts, describeTheFile) {
+  const ResultRecord record = twelveSeconds();
+  EXPECT_EQ(factOf(record, "Path"), "clips/a.mp4");
+  EXPECT_EQ(factOf(record, "Codec"), "h264, yuv420p");
+  EXPECT_EQ(factOf(record, "Container"), "mov,mp4,m4a,3gp,3g2,mj2");
+  EXPECT_EQ(factOf(record, "Fields"), "progressive");
+  EXPECT_EQ(factOf(record, "Colour"), "tv, bt709");
+  EXPECT_EQ(factOf(record, "Luma"), "copied");
+  EXPECT_EQ(factOf(record, "File size"), "48.2 MB");  // 48,213,377 bytes
+  EXPECT_EQ(factOf(record, "Checksum"), "9ae0daaf");
+  EXPECT_EQ(factOf(record, "Analysed by"), "lumascan 1.0.0");
+}
+
+TEST(Facts, countBytesInThousands) {
+  ResultRecord record = twelveSeconds();
+  const auto sizeFor = [&](int64_t bytes) {
+    record.input.fingerprint->size = bytes;
+    return factOf(record, "File size");
+  };
+  EXPECT_EQ(sizeFor(0), "0 bytes");
+  EXPECT_EQ(sizeFor(999), "999 bytes");
+  EXPECT_EQ(sizeFor(1000), "1.0 kB");
+  EXPECT_EQ(sizeFor(1'260'000), "1.3 MB");
+  EXPECT_EQ(sizeFor(5'000'000'000), "5.0 GB");
+  EXPECT_EQ(sizeFor(2'500'000'000'000), "2.5 TB");
+  EXPECT_EQ(sizeFor(7'000'000'000'000'000'000), "7000.0 PB");
+}
+
+TEST(Facts, tellHowThePictureIsShown) {
+  ResultRecord record = twelveSeconds();
+  StreamFacts& stream = *record.input.stream;
+  const std::string size = "1920 \xc3\x97 1080";
+  EXPECT_EQ(factOf(record, "Picture"), size);
+  stream.sampleAspectRatio = "4:3";
+  EXPECT_EQ(factOf(record, "Picture"), size + ", samples 4:3");
+  stream.rotation = -90.0;
+  EXPECT_EQ(factOf(record, "Picture"), size + ", samples 4:3, rotated -90\xc2\xb0");
+  stream.sampleAspectRatio = "0:1";
+  stream.rotation = UNKNOWN;
+  EXPECT_EQ(factOf(record, "Picture"), size);
+}
+
+TEST(Facts, leaveOutWhatIsUnknown) {
+  std::string titles;
+  ResultRecord record = failedInput("a.mp4").record;
+  record.input.fingerprint.reset();
+  for (const Fact& fact : factsOf(record)) titles += fact.title + std::string(";");
+  EXPECT_EQ(titles, "Path;Analysed by;");
+}
