@@ -233,6 +233,49 @@ const tests = {
     await close();
   },
 
+  async whatIsMarkedStandsWhereItsTimeIs() {
+    const {page, close} = await openLive('report.html');
+    const boxOf = (place) => page.locator(place).first().boundingBox();
+    await page.evaluate(() => { showView(6, 12); moveCursor(0, 225); });
+    const [left] = await placeOn(page, 0);
+    const width = (await placeOn(page, 1))[0] - left;
+    near((await boxOf('#cursor')).x, left + width / 2, 1.5, 'cursor at 9 s');
+    const lane = await boxOf('#lanes svg.bands');
+    const whole = await boxOf('#window');
+    near(whole.x, lane.x + 0.2 * lane.width, 1.5, 'start of the window, 6 s of 30');
+    near(whole.width, 0.2 * lane.width, 1.5, 'width of the window');
+    // Nothing is left of a cursor outside of the view, and the view is zoomed around its middle.
+    await page.evaluate(() => moveCursor(0, 0));
+    assert.ok(await page.locator('#cursor').isHidden());
+    await page.locator('#in').click();
+    assert.deepEqual(await readView(page), [7.5, 10.5]);
+    await page.keyboard.press('=');
+    assert.deepEqual(await readView(page), [8.25, 9.75]);
+    await page.locator('#out').click();
+    assert.deepEqual(await readView(page), [7.5, 10.5]);
+    // The view follows a step of the cursor: frame 1 is before it.
+    await page.keyboard.press('ArrowRight');
+    assert.deepEqual(await readView(page), [0, 3]);
+    assert.ok(await page.locator('#cursor').isVisible());
+
+    // Blur is from 15 s to 17.4 s, shown with as much on both sides; a freeze is before it.
+    await page.locator('#lanes a[data-event="3"] rect').click();
+    const picked = await boxOf('#picked');
+    near(picked.x, left + width / 3, 1.5, 'start of the event');
+    near(picked.width, width / 3, 1.5, 'width of the event');
+    await page.locator('#previous').click();
+    assert.equal(await page.locator('tr.picked td').first().textContent(), 'freeze');
+    await page.locator('#next').click();
+    assert.equal(await page.locator('tr.picked td').first().textContent(), 'blur');
+    // Its rest is marked where it reaches beyond the view, and nothing where it is not in it.
+    await page.evaluate(() => showView(16, 18));
+    near((await boxOf('#picked')).x, left, 1.5, 'start of the rest');
+    near((await boxOf('#picked')).width, 0.7 * width, 1.5, 'width of the rest');
+    await page.evaluate(() => showView(20, 22));
+    assert.ok(await page.locator('#picked').isHidden());
+    await close();
+  },
+
   async whatIsDrawnAreTheExtremesOfEveryPixel() {
     const rows = readCsv('big.csv');
     const {page, close} = await openLive('big.html');
