@@ -219,26 +219,17 @@ TEST(Commands, writeTheSameFiles_whicheverStandardStreamsAreClosed) {
   }
 }
 
-TEST(Commands, keepWhatTheySayOutOfTheirTemporaryFiles_whenStreamsAreClosed) {
+TEST(Commands, printNothingIntoTheirTemporaryFiles_whenStreamsAreClosed) {
   const TemporaryDirectory directory;
-  // The values of more than 4096 frames are in a temporary file.
-  writeFile(directory.path + "/long.yuv", std::string(size_t{16} * 16 * 3 / 2 * 5000, 'x'));
+  // The values of more than 4096 frames are in a temporary file, which is opened as the second one,
+  // behind that of the stored rows.
+  writeFile(directory.path + "/long.yuv", std::string(size_t{16} * 16 * 3 / 2 * 4100, 'x'));
   ASSERT_EQ(lumascan(directory, {"long.yuv", "--raw", "16x16@25", "-q"}).status, 0);
-  const std::string results = "lumascan-results/long.yuv.lumascan";
-  EXPECT_EQ(lumascan(directory, {"report", results, "none", "-o", "page.html"}).status, 3);
-  const std::string page = readFile(directory.path + "/page.html");
-  const auto closeError = [] { require(close(STDERR_FILENO) == 0); };
-  fs::create_directory(directory.path + "/damaged");
-  writeFile(directory.path + "/damaged/result.json", "{}");
-  // That the second result cannot be read is said while the first one's values are there.
-  const ProgramRun run = lumascan(directory, {"report", results, "damaged", "-o", "page.html"},
-                                  "/dev/null", closeError);
-  EXPECT_EQ(run.status, 3);
-  EXPECT_TRUE(readFile(directory.path + "/page.html") == page);
-  const ProgramRun silent =
-      lumascan(directory, {"report", results, "-o", "page.html"}, "/dev/null", closeStandardOutput);
-  EXPECT_EQ(silent.status, 4);
-  EXPECT_EQ(silent.err, notPrinted("Bad file descriptor"));
+  const ProgramRun run =
+      lumascan(directory, {"report", "lumascan-results", "-o", "page.html"}, "/dev/null",
+               [] { require(close(STDIN_FILENO) == 0 && close(STDOUT_FILENO) == 0); });
+  EXPECT_EQ(run.status, 4);
+  EXPECT_EQ(run.err, notPrinted("Bad file descriptor"));
 }
 
 TEST(Commands, printJsonAndNothingElse) {
