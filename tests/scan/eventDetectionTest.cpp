@@ -168,6 +168,31 @@ TEST(Stretches, lastUntilTheNextFrame_whereAFrameDoesNotSayHowLong) {
   }
 }
 
+TEST(Stretches, lastAsLongAsTheirFrames_howeverShortTheseAre) {
+  FrameTable table = tableOf("blur", {1, 9, 1});
+  table.duration = Values(3, 0.005);
+  const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0), WHOLE);
+  ASSERT_EQ(stretches(events), "1-1");
+  EXPECT_DOUBLE_EQ(events[0].endTime, 0.105);
+}
+
+TEST(Stretches, ofASingleFrameLastAsLongAsTheFrameRateSays) {
+  FrameTable table = tableOf("blur", {9});
+  table.duration = Values(1, NONE);
+  const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0), {4.0, false, false});
+  ASSERT_EQ(stretches(events), "0-0");
+  EXPECT_DOUBLE_EQ(events[0].endTime, 0.25);
+
+TEST(Stretches, lastForATypicalStep_whichIsNoneBack) {
+  // Steps of -0.2, 0.1 and -0.2 s.
+  FrameTable table = tableOf("blur", {1, 1, 1, 9});
+  table.time = {0.3, 0.1, 0.2, 0.0};
+  table.duration = Values(4, NONE);
+  const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0), WHOLE);
+  ASSERT_EQ(stretches(events), "3-3");
+  EXPECT_DOUBLE_EQ(events[0].endTime, 0.1);
+}
+
 TEST(Stretches, areSpacedByTheFrameRate_whenTimesAreUnknown) {
   FrameTable table = tableOf("blur", {1, 9, 9, 1});
   table.time = Values(4, NONE);
@@ -176,6 +201,11 @@ TEST(Stretches, areSpacedByTheFrameRate_whenTimesAreUnknown) {
   ASSERT_EQ(stretches(events), "1-2");
   EXPECT_EQ(events[0].startTime, 0.25);
   EXPECT_EQ(events[0].endTime, 0.75);
+  table.firstFrame = 8;
+  const Event later = detectEvents(table, only("blur", 8, 6, 0.5), {4, false, false}).at(0);
+  EXPECT_EQ(later.startTime, 2.25);
+  EXPECT_EQ(later.endTime, 2.75);
+  table.firstFrame = 0;
   EXPECT_EQ(stretches(detectEvents(table, only("blur", 8, 6, 0.6), {4, false, false})), "");
 }
 
