@@ -63,6 +63,63 @@ TEST(ResultJson, hasEveryStatisticUnderItsName) {
   EXPECT_EQ(again(json).dump(), json.dump());
 }
 
+// The names are those of docs/results.md.
+TEST(ResultJson, namesEveryState) {
+  ResultRecord record = fullRecord();
+  const auto expectName = [&](const std::string& name, const Json& written) {
+    EXPECT_EQ(written, name);
+    EXPECT_EQ(again(resultJson(record)).dump(), resultJson(record).dump()) << name;
+  };
+  for (const auto& [state, name] : {std::pair(Status::COMPLETE, "complete"),
+                                    {Status::PARTIAL, "partial"},
+                                    {Status::FAILED, "failed"}}) {
+    record.status = state;
+    expectName(name, resultJson(record)["status"]);
+  }
+  for (const auto& [state, name] : {std::pair(Verdict::PASS, "pass"),
+                                    {Verdict::ATTENTION, "attention"},
+                                    {Verdict::FAIL, "fail"},
+                                    {Verdict::INCOMPLETE, "incomplete"}}) {
+    record.judgement.verdict = state;
+    expectName(name, resultJson(record)["verdict"]);
+  }
+  for (const auto& [state, name] : {std::pair(AnalysisEnd::COMPLETE, "end"),
+                                    {AnalysisEnd::READ_ERROR, "read_error"},
+                                    {AnalysisEnd::SIZE_CHANGE, "size_change"},
+                                    {AnalysisEnd::UNSUPPORTED, "unsupported"}}) {
+    record.analysis->endedBy = state;
+    expectName(name, resultJson(record)["analysis"]["ended_by"]);
+  }
+  for (const auto& [state, name] : {std::pair(LumaPath::COPIED, "copied"),
+                                    {LumaPath::NARROWED, "narrowed"},
+                                    {LumaPath::CONVERTED, "converted"}}) {
+    record.analysis->lumaPath = state;
+    expectName(name, resultJson(record)["analysis"]["luma"]);
+  }
+  for (const auto& [state, name] :
+       {std::pair(Thumbs::NONE, "none"), {Thumbs::EVENTS, "events"}, {Thumbs::ALL, "all"}}) {
+    record.outputs.thumbs = state;
+    expectName(name, resultJson(record)["outputs"]["thumbs"]);
+  }
+}
+
+TEST(ResultJson, saysWhatWasAnalysed) {
+  ResultRecord record = fullRecord();
+  AnalysisFacts& analysis = *record.analysis;
+  analysis.fps = 12.5;
+  analysis.start = 0.25;
+  analysis.end = 9.75;
+  analysis.frames = 118;
+  analysis.corruptFrames = 3;
+  analysis.decodeErrors = 2;
+  const Json json = resultJson(record);
+  EXPECT_EQ(json["analysis"].dump(),
+            R"({"indicators":["blockiness","blur","contrast"],"fps":12.5,"luma":"copied",)"
+            R"("first_frame":5,"frames":118,"start_s":0.25,"end_s":9.75,"corrupt_frames":3,)"
+            R"("decode_errors":2,"ended_by":"size_change"})");
+  EXPECT_EQ(again(json).dump(), json.dump());
+}
+
 TEST(ResultJson, comesBack_ofWhatCouldNotBeOpened) {
   const Json json = resultJson(failedInput("a.mp4").record);
   EXPECT_EQ(again(json).dump(), json.dump());

@@ -84,3 +84,42 @@ TEST(AnalyseSource, isPartial_whereTheSizeChanges) {
   EXPECT_EQ(last.type, "size_change");
   EXPECT_EQ(last.firstFrame, 24);
 }
+
+TEST(AnalyseSource, saysWhatWasAskedAndWhatWasAnalysed) {
+  const TemporaryDirectory directory;
+  av_log_set_level(AV_LOG_QUIET);
+  makeClip(directory, "clip.mkv", {"-c:v", "ffv1"});  // 25 frames of 0.04 s
+  AnalysisOptions options;
+  options.mask = EXPOSURE;
+  options.fps = 50.0;
+  ASSERT_TRUE(parsePosition("f:5", &options.start));
+  ASSERT_TRUE(parsePosition("f:15", &options.end));
+  const auto analysed = [&] {
+    return analyseSource({directory.path + "/clip.mkv", 0, 0, ""}, options, 1, nullptr,
+                         [](double, int64_t) {});
+  };
+  const ResultRecord record = analysed().record;
+  EXPECT_EQ(record.status, Status::COMPLETE);
+  EXPECT_EQ(record.error, "");
+  EXPECT_EQ(record.options.fps, 50.0);
+  EXPECT_EQ(record.options.start, "f:5");
+  EXPECT_EQ(record.options.end, "f:15");
+  EXPECT_EQ(record.options.raw, "");
+  EXPECT_EQ(record.input.stream->frameRate, 25.0);
+  EXPECT_EQ(record.analysis->fps, 50.0);
+  EXPECT_EQ(record.analysis->indicators, EXPOSURE);
+  EXPECT_EQ(record.analysis->firstFrame, 5);
+  EXPECT_EQ(record.analysis->frames, 10);
+  EXPECT_NEAR(record.analysis->start, 0.2, 1e-9);
+  EXPECT_NEAR(record.analysis->end, 0.6, 1e-9);
+  // Behind the last frame there is none.
+  options.end = {};
+  ASSERT_TRUE(parsePosition("f:25", &options.start));
+  VideoResult nothing = analysed();
+  EXPECT_EQ(nothing.record.status, Status::FAILED);
+  EXPECT_EQ(nothing.record.error, "there is no frame to analyse");
+  judgeResult(DEFAULT_THRESHOLDS, &nothing);
+  EXPECT_EQ(nothing.record.judgement.verdict, Verdict::INCOMPLETE);
+  EXPECT_EQ(nothing.record.judgement.reasons,
+            Sentences{"Not analysed: there is no frame to analyse"});
+}
