@@ -1,4 +1,4 @@
-// Uses the sample pages in Chromium as a reader would: page.mjs SOURCE_FOLDER PAGES_FOLDER [TEST ...]
+// Uses the sample pages in Chromium as a reader would: page.mjs SOURCE PAGES_FOLDER [TEST ...]
 import assert from 'node:assert/strict';
 import {readFileSync} from 'node:fs';
 import {createRequire} from 'node:module';
@@ -484,6 +484,24 @@ const tests = {
     await close();
   },
 
+  // As in the pictures without script, which tests/scan/trackSvgTest.cpp and timelineTest.cpp hold.
+  async scalesAndTextsAreThoseOfTheStillPictures() {
+    const {page, close} = await openLive('clean.html');
+    const [ranges, texts] = await page.evaluate(() => [
+      [[[2, null, 5, undefined], 17], [[2, 5], 17.1], [[2, 5], -10], [[2, 5], -10.1], [[null], 3],
+        [[0], 9], [[4], 9], [[-4], 9]]
+        .map(([values, value]) => valueRange([[], values], [{value}])),
+      [markText(65, 5), markText(3605, 5), markText(3661.5, 0.5), markText(0.29, 0.01),
+        axisText(0), axisText(0.123456), axisText(-1234.5678), axisText(123456), axisText(0.0005)],
+    ]);
+    // Thresholds count up to four times the spread away; a lone value stands in the middle.
+    assert.deepEqual(ranges,
+      [[2, 17], [2, 5], [-10, 5], [2, 5], [0, 1], [0, 1], [2, 6], [-6, -2]]);
+    assert.deepEqual(texts, ['1:05', '1:00:05', '1:01:01.50', '0:00.29',
+      '0', '0.1235', '-1235', '1e+5', '5e-4']);
+    await close();
+  },
+
   async framesAreUnpackedByOldBrowsersToo() {
     const {page, close} = await openLive('ranges.html');
     const [bytes, isSame] = await page.evaluate(async () => {
@@ -519,7 +537,7 @@ const tests = {
   },
 
   async linesAreInterruptedWhereValuesAreUndefined() {
-    // Blur is undefined from 3685 s to 3687 s; flickering is so in seven of eight frames, by nature.
+    // Blur is undefined from 3685 s to 3687 s; flickering, by nature, in seven of eight frames.
     const {page, close} = await openLive('ranges.html');
     for (const [from, to] of [[3670, 3694], [3684, 3688]]) {
       await page.evaluate(([a, b]) => showView(a, b), [from, to]);
