@@ -17,7 +17,10 @@ namespace {
 void occupyStandardStreams() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
     if (fcntl(descriptor, F_GETFD) >= 0) continue;
-    open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    const int standIn = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    if (standIn == descriptor) continue;
+    dup2(standIn, descriptor);
+    close(standIn);
   }
 }
 
