@@ -142,11 +142,11 @@ void addScan(CLI::App* app, Options* options) {
       ->check(CLI::Range(0, 4096));
   app->add_option("--include", options->include, "of folders, only files whose name matches")
       ->type_name("GLOB")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->take_all();
   app->add_option("--exclude", options->exclude, "of folders, no files whose name matches")
       ->type_name("GLOB")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->take_all();
   app->add_option("--files-from", options->filesFrom,
                   "further inputs, one a line or each ended by a zero byte; - is standard input")

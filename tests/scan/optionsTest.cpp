@@ -104,6 +104,8 @@ TEST(ParseOptions, readsWhichFilesOfFoldersAreMeant) {
       {"--include", "*.mp4", "--exclude", "a*", "--include", "*.mkv", "--files-from", "list"});
   EXPECT_EQ(options.include, Arguments({"*.mp4", "*.mkv"}));
   EXPECT_EQ(options.exclude, Arguments({"a*"}));
+  EXPECT_EQ(optionsOf({"--include", "*.mp4", "b", "c"}).inputs, Arguments({"b", "c"}));
+  EXPECT_EQ(optionsOf({"--exclude", "*.mp4", "b", "c"}).inputs, Arguments({"b", "c"}));
   EXPECT_EQ(options.filesFrom, "list");
 }
 
@@ -120,6 +122,7 @@ TEST(ParseOptions, readsTheSizeAndRateOfRawFiles) {
   EXPECT_EQ(raw.rawHeight, 288);
   EXPECT_EQ(raw.rawRate, "30000/1001");
   EXPECT_EQ(optionsOf({"probe", "--raw", "1x2@12.5", "a.yuv"}).raw.rawRate, "12.5");
+  EXPECT_EQ(scanWith({"--raw", "2x1@25"}).raw.rawHeight, 1);
 }
 
 TEST(ParseOptions, readsWhatIsAnalysed) {
