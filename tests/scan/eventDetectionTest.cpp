@@ -182,6 +182,7 @@ TEST(Stretches, ofASingleFrameLastAsLongAsTheFrameRateSays) {
   const std::vector<Event> events = detectEvents(table, only("blur", 8, 6, 0), {4.0, false, false});
   ASSERT_EQ(stretches(events), "0-0");
   EXPECT_DOUBLE_EQ(events[0].endTime, 0.25);
+}
 
 TEST(Stretches, lastForATypicalStep_whichIsNoneBack) {
   // Steps of -0.2, 0.1 and -0.2 s.
@@ -589,6 +590,15 @@ TEST(TimestampGaps, areHeldAgainstTheMedianOfAllSteps) {
   const std::vector<Event> events = detectEvents(table, only("timestamp_gap"), WHOLE);
   ASSERT_EQ(stretches(events), "1-1 5-5 7-7");
   EXPECT_EQ(events[0].threshold, 0.5);
+}
+
+TEST(TimestampGaps, areLongerThanTheLongestStepThatIsNone) {
+  Thresholds thresholds = only("timestamp_gap");
+  thresholds.at(eventTypeNamed("timestamp_gap")).enter = 1.0;
+  thresholds.at(eventTypeNamed("timestamp_gap")).ratio = 3.0;
+  FrameTable table = emptyTable(6);
+  table.time = {0.0, 0.25, 0.5, 1.5, 1.75, 3.0};
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "5-5");
 }
 
 TEST(TimestampGaps, areNotSeen_whereTimesAreUnknownOrEqual) {

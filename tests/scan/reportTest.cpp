@@ -319,11 +319,11 @@ TEST(Report, showsThresholdsOnceThatSeveralInputsShare) {
             (std::vector<std::string>{"warn\">blur at 8", "warn\">blur at 9"}));
   EXPECT_EQ(thresholdsOn("exposure"), (std::vector<std::string>{"warn\">over exposure at 215",
                                                                 "warn\">under exposure at 30"}));
-  for (const Json& track : modelIn(page)["tracks"]) {
-    if (track["name"] != "blur") continue;
-    EXPECT_EQ(track["thresholds"].dump(),
-              R"([{"value":8.0,"severity":"warn"},{"value":9.0,"severity":"warn"}])");
-  }
+  const Json model = modelIn(page);
+  const Json& blur = model["tracks"].at(indicatorNamed("blur"));
+  EXPECT_EQ(blur["name"], "blur");
+  EXPECT_EQ(blur["thresholds"].dump(),
+            R"([{"value":8.0,"severity":"warn"},{"value":9.0,"severity":"warn"}])");
 }
 
 TEST(Report, ofARangeHasTheNumbersAndTimesOfTheFile) {
