@@ -32,8 +32,8 @@ FfmpegOwner<AVCodecContext> makeEncoder(int w, int h) {
 
 // How much wider than high a sample is, as the container says or else the codec.
 double shapeOf(const VideoReader& reader, AVFrame* picture) {
-  AVStream* const stream = reader.container->streams[reader.stream];
-  const AVRational shape = av_guess_sample_aspect_ratio(reader.container.get(), stream, picture);
+  const AVRational shape =
+      av_guess_sample_aspect_ratio(reader.container.get(), reader.stream, picture);
   return shape.num > 0 && shape.den > 0 ? av_q2d(shape) : 1.0;
 }
 

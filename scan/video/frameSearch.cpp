@@ -21,7 +21,8 @@ bool seekKey(const FramePlace& key, FrameSearch* search) {
   VideoReader& reader = search->reader;
   const AVRational unit = videoStream(reader).time_base;
   const int64_t target = key.pts - search->head * unit.den / unit.num;
-  if (av_seek_frame(reader.container.get(), reader.stream, target, AVSEEK_FLAG_BACKWARD) < 0) {
+  if (av_seek_frame(reader.container.get(), reader.stream->index, target, AVSEEK_FLAG_BACKWARD) <
+      0) {
     return false;
   }
   avcodec_flush_buffers(reader.decoder.get());

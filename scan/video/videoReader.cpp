@@ -69,7 +69,7 @@ double startOf(const AVFormatContext& container) {
 }
 
 void noteEnd(const AVPacket& packet, VideoReader* reader) {
-  if (packet.stream_index == reader->stream) {
+  if (packet.stream_index == reader->stream->index) {
     reader->endsInDamage = (packet.flags & AV_PKT_FLAG_CORRUPT) != 0;
   }
   reader->bytesRead = std::max(reader->bytesRead, packet.pos + packet.size);
@@ -92,7 +92,7 @@ int feed(VideoReader* reader) {
     if (read < 0 && read != AVERROR_EOF) return read;
     reader->isDrained = read == AVERROR_EOF;
     if (!reader->isDrained) noteEnd(*packet, reader);
-  } while (!reader->isDrained && packet->stream_index != reader->stream);
+  } while (!reader->isDrained && packet->stream_index != reader->stream->index);
   // Some containers take a failure of the disk for the end.
   if (reader->isDrained && container->pb != nullptr && container->pb->error < 0) {
     return container->pb->error;
@@ -118,9 +118,10 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   }
 
   const AVCodec* codec = nullptr;
-  reader->stream = mainVideo(container, &codec);
-  if (reader->stream == AVERROR_STREAM_NOT_FOUND) return "there is no video in it";
-  if (reader->stream < 0) return ffmpegError(reader->stream);
+  const int found = mainVideo(container, &codec);
+  if (found == AVERROR_STREAM_NOT_FOUND) return "there is no video in it";
+  if (found < 0) return ffmpegError(found);
+  reader->stream = container->streams[found];
 
   reader->decoder.reset(avcodec_alloc_context3(codec));
   error = avcodec_parameters_to_context(reader->decoder.get(), videoStream(*reader).codecpar);
@@ -154,7 +155,7 @@ ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error) 
 }
 
 const AVStream& videoStream(const VideoReader& reader) {
-  return *reader.container->streams[reader.stream];
+  return *reader.stream;
 }
 
 double presentationTime(const VideoReader& reader, const AVFrame& picture) {

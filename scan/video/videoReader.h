@@ -19,7 +19,9 @@ struct VideoReader {
   FfmpegOwner<AVFormatContext> container;
   FfmpegOwner<AVCodecContext> decoder;
   FfmpegOwner<AVPacket> packet;
-  int stream = -1;            // index in the container
+  // The video. Not to be looked up while another thread reads: a stream that begins late moves the
+  // container's list.
+  AVStream* stream = nullptr;
   bool isDrained = false;     // the container has no further packets
   int64_t decodeErrors = 0;   // packets that the decoder has refused so far
   bool endsInDamage = false;  // the video's last packet so far was not whole
