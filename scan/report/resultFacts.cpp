@@ -46,8 +46,9 @@ std::string framesText(const AnalysisFacts& analysis) {
   return text;
 }
 
-std::string countText(const std::optional<int64_t>& count, const char* of) {
-  return count ? std::to_string(*count) + of : "";
+// "1 event", "2 events"; empty when it is unknown how many.
+std::string countText(const std::optional<int64_t>& count, const std::string& one) {
+  return count ? std::to_string(*count) + ' ' + one + (*count == 1 ? "" : "s") : "";
 }
 
 std::string damageText(const AnalysisFacts& analysis) {
@@ -55,8 +56,7 @@ std::string damageText(const AnalysisFacts& analysis) {
   const std::optional<int64_t>& errors = analysis.decodeErrors;
   if (!corrupt && !errors) return "";
   if (corrupt.value_or(0) <= 0 && errors.value_or(0) <= 0) return "none";
-  return joined({countText(corrupt, " damaged frames"), countText(errors, " decoding errors")},
-                ", ");
+  return joined({countText(corrupt, "damaged frame"), countText(errors, "decoding error")}, ", ");
 }
 
 }  // namespace

@@ -59,6 +59,7 @@ TEST(Facts, countWhatIsDamaged) {
   EXPECT_EQ(damageOf(3, std::nullopt), "3 damaged frames");
   EXPECT_EQ(damageOf(std::nullopt, 2), "2 decoding errors");
   EXPECT_EQ(damageOf(0, 2), "0 damaged frames, 2 decoding errors");
+  EXPECT_EQ(damageOf(1, 1), "1 damaged frame, 1 decoding error");
   EXPECT_EQ(damageOf(0, 0), "none");
   EXPECT_EQ(damageOf(std::nullopt, std::nullopt), "");
 }
