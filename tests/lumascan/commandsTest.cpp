@@ -59,6 +59,7 @@ TEST(Commands, explainMistakes) {
       {{"a.mp4", "--fail-on", "always"}, "\"always\" is not one of info, warn and fail"},
       {{"a.mp4", "--thresholds", "none.json"},
        "thresholds of \"none.json\": No such file or directory"},
+      {{"events", "a.mp4", "--thresholds", "none.json"}, "thresholds of \"none.json\": "},
       {{"a.mp4", "--fps", "-5"}, "--fps"},
       {{"events"}, "RESULT"}};
   for (const auto& mistake : mistakes) {

@@ -206,8 +206,13 @@ TEST(Results, sayWhatIsWrongWithAFile) {
   const std::string bytes = readFile(directory.path + "/a.mp4");
   writeFile(directory.path + "/cut.mp4", bytes.substr(0, bytes.size() / 2));
   writeFile(directory.path + "/text.mp4", "no video");
-  const ProgramRun run = lumascan(directory, {"text.mp4", "cut.mp4", "missing.mp4", "a.mp4"});
+  // Four bits a sample, which FFmpeg's scaler does not read.
+  makeClip(directory, "rgb4.nut", {"-c:v", "rawvideo", "-pix_fmt", "rgb4"});
+  const ProgramRun run =
+      lumascan(directory, {"text.mp4", "cut.mp4", "missing.mp4", "a.mp4", "rgb4.nut"});
   EXPECT_EQ(run.status, 3);
+  EXPECT_NE(run.err.find("lumascan: \"rgb4.nut\": no luma is known of this pixel format\n"),
+            std::string::npos);
   EXPECT_NE(run.err.find("lumascan: cannot open \"missing.mp4\": No such file or directory\n"),
             std::string::npos);
   EXPECT_NE(run.err.find("lumascan: \"cut.mp4\": the file is cut: its end is missing\n"),

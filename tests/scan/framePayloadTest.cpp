@@ -15,7 +15,7 @@
 namespace {
 
 // A table whose first indicator has these values; all others are 0.
-FrameTable tableOf(const std::vector<double>& values) {
+FrameTable tableWithFirst(const std::vector<double>& values) {
   FrameTable table;
   for (const double value : values) {
     FrameRow row{NO_TIMESTAMP, 0.0, 0.0, false, false, {}};
@@ -26,7 +26,7 @@ FrameTable tableOf(const std::vector<double>& values) {
 }
 
 std::string kindOf(const std::vector<double>& values) {
-  return describeColumns(tableOf(values)).at(3).at("kind");
+  return describeColumns(tableWithFirst(values)).at(3).at("kind");
 }
 
 size_t sizeOf(const std::string& kind) {
@@ -132,6 +132,6 @@ TEST(FramePayload, keepsUndefinedValuesAndTheSignOfZero) {
                                             {1.0, -2147483648.0},
                                             {255.0, 0.0},
                                             {DBL_MAX, -DBL_MAX, DBL_TRUE_MIN}}) {
-    expectSame(unpacked(tableOf(values))[3], values);
+    expectSame(unpacked(tableWithFirst(values))[3], values);
   }
 }

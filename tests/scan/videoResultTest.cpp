@@ -85,6 +85,20 @@ TEST(AnalyseSource, isPartial_whereTheSizeChanges) {
   EXPECT_EQ(last.firstFrame, 24);
 }
 
+TEST(AnalyseSource, warnsOfWhatValuesMayNotMean) {
+  const TemporaryDirectory directory;
+  av_log_set_level(AV_LOG_QUIET);
+  makeClip(directory, "clip.mov", {"-c:v", "png", "-pix_fmt", "rgb24", "-frames:v", "1"});
+  AnalysisOptions options;
+  options.mask = EXPOSURE;
+  const VideoResult result = analyseSource({directory.path + "/clip.mov", 0, 0, ""}, options, 1,
+                                           nullptr, [](double, int64_t) {});
+  EXPECT_EQ(result.record.status, Status::COMPLETE);
+  EXPECT_EQ(result.record.warnings,
+            Sentences{"the pixel format has no luma of its own: it is converted to luma of video "
+                      "range"});
+}
+
 TEST(AnalyseSource, saysWhatWasAskedAndWhatWasAnalysed) {
   const TemporaryDirectory directory;
   av_log_set_level(AV_LOG_QUIET);
