@@ -14,12 +14,12 @@ TIMEOUT = 300  # seconds
 
 
 def writePages(work):
-    tree, build = ROOT, work / "pagesBuild"
+    build = work / "pagesBuild"
     pages = work / "pages"
     shutil.rmtree(pages, ignore_errors=True)
     (pages / "thumbs").mkdir(parents=True)
     quiet = {"check": True, "stdout": subprocess.DEVNULL}
-    subprocess.run(["cmake", "--preset", "release", "-B", build], cwd=tree, **quiet)
+    subprocess.run(["cmake", "--preset", "release", "-B", build], cwd=ROOT, **quiet)
     subprocess.run(["cmake", "--build", build, "--target", "scanSamplePages"], **quiet)
     subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=size=160x90:rate=1", "-frames:v", "24",
                     "-q:v", "6", pages / "thumbs" / "%d.jpg"], **quiet)
