@@ -120,6 +120,15 @@ TEST(ResultJson, saysWhatWasAnalysed) {
   EXPECT_EQ(again(json).dump(), json.dump());
 }
 
+TEST(ResultJson, passesOverIndicatorsThatItDoesNotKnow) {
+  Json json = resultJson(fullRecord());
+  json["analysis"]["indicators"] = {"noise", "shine", "slice"};
+  ResultRecord record;
+  ASSERT_EQ(readRecord(json, &record), "");
+  EXPECT_EQ(record.analysis->indicators,
+            1U << indicatorNamed("noise") | 1U << indicatorNamed("slice"));
+}
+
 TEST(ResultJson, comesBack_ofWhatCouldNotBeOpened) {
   const Json json = resultJson(failedInput("a.mp4").record);
   EXPECT_EQ(again(json).dump(), json.dump());

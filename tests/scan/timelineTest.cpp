@@ -75,6 +75,19 @@ TEST(AxisMarks, areARoundStepApart) {
   EXPECT_LE(axisMarks({1e300, 1.1e300}, 8).size(), 9U);
 }
 
+TEST(AxisMarks, areAsFarApartAsClocksAreRead) {
+  // Ten marks at most: hundredths and tenths of a second, seconds, minutes, hours.
+  for (const double step :
+       {0.01, 0.02, 0.05,  0.1,   0.2,   0.5,    1.0,    2.0,    5.0,    10.0,   15.0,
+        30.0, 60.0, 120.0, 300.0, 600.0, 1200.0, 1800.0, 3600.0, 7200.0, 10800.0}) {
+    const std::vector<double> marks = axisMarks({0.0, 9.99 * step}, 10);
+    ASSERT_EQ(marks.size(), 10U) << step;
+    EXPECT_EQ(marks[1], step);
+    // A little longer, and the marks are further apart.
+    EXPECT_GT(axisMarks({0.0, 10.01 * step}, 10)[1], 1.3 * step);
+  }
+}
+
 TEST(MarkText, hasWhatItsStepNeeds) {
   EXPECT_EQ(markText(65.0, 5.0), "1:05");
   EXPECT_EQ(markText(3605.0, 5.0), "1:00:05");
