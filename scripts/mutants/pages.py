@@ -42,6 +42,7 @@ def verdict(pages, folder, change):
     changed = code[:change.start] + change.new + code[change.end:]
     if subprocess.run(["node", "--check", "-"], input=changed, text=True, capture_output=True).returncode != 0:
         return "no change", ""
+    shutil.rmtree(folder, ignore_errors=True)  # of a run that was stopped
     shutil.copytree(pages, folder)
     try:
         for page in folder.glob("*.html"):
