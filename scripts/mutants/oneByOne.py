@@ -10,7 +10,7 @@ import shutil
 import subprocess
 import sys
 
-from .changes import ROOT, describe
+from .changes import ROOT, describe, textOf
 from .running import run
 
 TIMEOUT = 100  # seconds; a test program that takes longer is caught in an endless loop
@@ -99,7 +99,7 @@ class Tree:
     def verdict(self, change):
         """'caught', 'survived', 'same code' or 'no change' (does not compile), and what caught it."""
         path = self.tree / change.path
-        code = (ROOT / change.path).read_text()
+        code = textOf(change.path)
         path.write_text(code[:change.start] + change.new + code[change.end:])
         try:
             program = ["driver", "lumaprobe"]

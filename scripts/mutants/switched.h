@@ -15,7 +15,7 @@ inline int numberMade() {
   return text == nullptr ? -1 : std::atoi(text);
 }
 
-// Of the change made in this process; negative for none.
+// Of the change made in this process, counted from 1; before it is set, none is made.
 inline const int made = numberMade();
 // The file that gets the number of every change that is come by, once per process.
 inline const char* const record = std::getenv("MUTANT_RECORD");

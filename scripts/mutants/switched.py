@@ -31,7 +31,7 @@ ERROR = re.compile(r"/switched/(scan/[\w/]+\.(?:cpp|h)):(\d+):\d+: (?:fatal )?er
 BROADEST = ("keptScans", "")  # is run in any case, after the quick ones: it sees a part of everything
 QUICK = 1.0  # seconds; tests that take no longer come first
 BUDGET = float(os.environ.get("MUTATION_BUDGET", 100))  # seconds of tests for one change
-PATIENCE = 5  # times what a test takes without a change, and twice as many seconds
+PATIENCE = 10  # times what tests take without a change, and as many seconds: slowness is no finding
 
 
 class Tests:
