@@ -1,14 +1,18 @@
 #!/bin/bash
 # clang-tidy finds nothing, with the checks of the nearest .clang-tidy above each source.
 #
+# usage: tests/house/staticAnalysis.sh SOURCE [--full]
+#   --full   follows the paths through functions in scan/, tools and bench too, not in src/ alone
+#
 # Nearly all of its time goes into the headers of libraries, again for every text it is given. So many
-# sources are joined into one text; the analyser looks at every function in it, which it would not do if
-# the text included them. Names in unnamed namespaces must therefore differ from source to source.
+# sources are joined into one text; the analyser of paths looks at every function in it, which it would not
+# do if the text included them. Names in unnamed namespaces must therefore differ from source to source.
 set -euo pipefail
 cd "$1"
+full=${2:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-export work
+export full work
 
 # A source must not include another one, nor a header twice, which is not to be seen in the joined text.
 if grep -rnE '#include ["<].*\.(c|cc|cpp|cxx)[">]' --include='*.cpp' --include='*.h' src scan/*/*.* tools bench tests; then
@@ -21,11 +25,13 @@ find src scan/*/*.cpp tools bench tests -name '*.cpp' -print0 |
 # Sources of one folder, or of several with the same checks, as one text.
 check() {
   local text config=${1%%/*}/.clang-tidy found
+  local checks='-bugprone-suspicious-include,-readability-duplicate-include'
   [[ -f $config ]] || config=.clang-tidy
+  [[ $1 == src/* || $full == --full ]] || checks+=',-clang-analyzer-*'
   text=$(mktemp "$work/XXXXXX.cpp")
   cat "$@" > "$text"
   if found=$(clang-tidy --quiet "$text" --config-file="$config" \
-    --checks='-bugprone-suspicious-include,-readability-duplicate-include' -- \
+    --checks="$checks" -- \
     -std=c++17 -D_FILE_OFFSET_BITS=64 -Wall -Wextra -I. -Isrc -Itools -Itests -Itests/cli -I"${1%/*}" \
     -DLUMAPROBE_BINARY='""' -DLUMASCAN_BINARY='""' -DMAKE_CLIP_BINARY='""' -DFAILING_CALLS_LIBRARY='""' \
     -DDISK_CALLS_LIBRARY='""' 2>&1); then

@@ -1,5 +1,4 @@
 // What a scan brings to the disk and when, disks that fail, and how many files it has open.
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -129,22 +128,16 @@ TEST(Disk, thatFailsIsNotTakenForTheEndOfAVideo) {
 }
 
 TEST(OpenFiles, areNoMore_howeverManyVideosThereAre) {
-  constexpr rlim_t DESCRIPTORS = 24;
+  constexpr int DESCRIPTORS = 24;
   constexpr int VIDEOS = 30;
   const TemporaryDirectory directory;
   fs::create_directory(directory.path + "/videos");
   for (int i = 0; i < VIDEOS; ++i) {
     writeFile(directory.path + "/" + numberedRaw(i), std::string(16 * 16 * 3 / 2, 'x'));
   }
-  const auto limitDescriptors = [] {
-    // Those that the test hands down would count.
-    if (close_range(3, ~0U, 0) != 0) _exit(126);
-    const rlimit limit = {DESCRIPTORS, DESCRIPTORS};
-    if (setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(126);
-  };
   const Arguments scan = {"videos", "--raw", "16x16@25", "-j", "1", "--formats", "json"};
   for (const bool isUpToDate : {false, true}) {
-    const ProgramRun run = lumascan(directory, scan, "/dev/null", limitDescriptors);
+    const ProgramRun run = lumascan(directory, scan, "/dev/null", limitDescriptors(DESCRIPTORS));
     EXPECT_EQ(run.status, 0) << run.err;
     const Json files = readJson(directory, "lumascan-results/run.json")["files"];
     ASSERT_EQ(files.size(), size_t{VIDEOS});

@@ -1,6 +1,7 @@
 #include "scanRun.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,6 +31,16 @@ ProgramRun lumascan(const TemporaryDirectory& directory, const Arguments& argume
   const std::string in =
       standardInput[0] == '/' ? standardInput : directory.path + "/" + standardInput;
   return runProgram(LUMASCAN_BINARY, arguments, directory.path, in, prepare);
+}
+
+std::function<void()> limitDescriptors(int most) {
+  return [=] {
+    // Those that the test hands down would count.
+    if (close_range(3, ~0U, 0) != 0) _exit(126);
+    const auto descriptors = static_cast<rlim_t>(most);
+    const rlimit limit = {descriptors, descriptors};
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(126);
+  };
 }
 
 Json readJson(const TemporaryDirectory& directory, const std::string& path) {

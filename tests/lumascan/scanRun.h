@@ -16,6 +16,9 @@ ProgramRun lumascan(
     const TemporaryDirectory& directory, const Arguments& arguments,
     const std::string& standardInput = "/dev/null", const std::function<void()>& prepare = [] {});
 
+// For `prepare`: leaves the program so many file descriptors, standard streams among them.
+std::function<void()> limitDescriptors(int most);
+
 // Its JSON files; paths are relative to the folder of the test.
 Json readJson(const TemporaryDirectory& directory, const std::string& path);
 Json resultOf(const TemporaryDirectory& directory, const std::string& video);

@@ -136,13 +136,13 @@ TEST(Workers, areWaitedForAsLongAsItTakes_withoutATimeToStallIn) {
 TEST(Workers, areGivenUp_whenTheyStall) {
   const TemporaryDirectory directory;
   makeFifo(directory, "stuck.mp4");
-  const ProgramRun run =
-      lumascan(directory, {"stuck.mp4", "-j", "1", "--stall-timeout", "0.1", "--progress", "none"});
+  const ProgramRun run = lumascan(
+      directory, {"stuck.mp4", "-j", "1", "--stall-timeout", "0.01", "--progress", "none"});
   EXPECT_EQ(run.status, 3);
   const std::string start =
-      "lumascan: analysis of \"stuck.mp4\" ended by having no new frame for 0.1 seconds: ";
+      "lumascan: analysis of \"stuck.mp4\" ended by having no new frame for 0.01 seconds: ";
   const std::string error =
-      "its analysis was given up after two attempts: having no new frame for 0.1 seconds";
+      "its analysis was given up after two attempts: having no new frame for 0.01 seconds";
   EXPECT_EQ(run.err, start + "trying once more\n" + start +
                          "given up\nlumascan: \"stuck.mp4\": " + error + "\n");
   EXPECT_EQ(resultOf(directory, "stuck.mp4")["error"], error);
@@ -174,4 +174,19 @@ TEST(Workers, finishTheirFiles_whenATerminalInterruptsThemWithTheirParent) {
   EXPECT_EQ(summary["files"][1]["status"], "unfinished");
   EXPECT_EQ(summary["files"][1]["attempts"], 0);
   EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/b.y4m.lumascan"));
+}
+
+TEST(Workers, thatCannotBeStartedAreAProblemOfTheSystem) {
+  const TemporaryDirectory directory;
+  makeFifo(directory, "a.mp4");
+  // Standard streams, the locked folder and the source of signals are five. A worker takes a pipe
+  // of two ends for its messages, and then another one for what it says.
+  for (const int most : {6, 8}) {
+    const ProgramRun run = lumascan(directory, {"a.mp4", "--formats", "json", "--progress", "none"},
+                                    "/dev/null", limitDescriptors(most));
+    EXPECT_EQ(run.status, 4);
+    EXPECT_EQ(run.err, "lumascan: cannot start a process: Too many open files\n");
+    const Json file = readJson(directory, "lumascan-results/run.json")["files"][0];
+    EXPECT_EQ(file["error"], "cannot start a process: Too many open files");
+  }
 }

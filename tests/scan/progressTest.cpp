@@ -150,3 +150,18 @@ TEST(Progress, takesItsBarAwayOnce) {
   clearProgress(&progress);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "\r\x1b[K");
 }
+
+TEST(Progress, namesWhatRunsInItsBar_whereThereIsRoom) {
+  // The bar, its text and the spaces take 22 + 1 + 29 + 2 of 80 columns, and the last stays free.
+  const std::string bar = "\r\x1b[K[....................]   0 %  0 of 1 files, 0 frames";
+  const auto barWith = [](const std::string& name) {
+    Progress progress = startProgress(ProgressStyle::BAR, false);
+    progress.lastShown -= std::chrono::minutes(1);
+    std::vector<Task> tasks = {taskOf(100, TaskState::RUNNING)};
+    tasks[0].job.source.path = name;
+    return shown(tasks, &progress);
+  };
+  const std::string longest(25, 'a');
+  EXPECT_EQ(barWith(longest), bar + "  " + longest);
+  EXPECT_EQ(barWith(longest + "a"), bar);
+}

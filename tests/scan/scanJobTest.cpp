@@ -34,3 +34,15 @@ TEST(ScanJob, makesPicturesForAPageAlone) {
   EXPECT_EQ(picturesOf(Freshness::STALE, {!CSV, HTML, Thumbs::ALL}), 25);
   EXPECT_EQ(picturesOf(Freshness::STALE, {!CSV, !HTML, Thumbs::ALL}), -1);
 }
+
+TEST(ScanJob, doesNotDecodeWhatCannotBeStored) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mkv", {"-c:v", "ffv1"});
+  writeFile(directory.path + "/results", "no folder");
+  ScanJob job;
+  job.source = {directory.path + "/clip.mkv", 0, 0, ""};
+  job.folder = directory.path + "/results";
+  int frames = 0;
+  EXPECT_NE(runJob(job, {}, [&](double, int64_t) { ++frames; }), "");
+  EXPECT_EQ(frames, 0);
+}

@@ -137,3 +137,29 @@ TEST(AnalyseSource, saysWhatWasAskedAndWhatWasAnalysed) {
   EXPECT_EQ(nothing.record.judgement.reasons,
             Sentences{"Not analysed: there is no frame to analyse"});
 }
+
+TEST(AnalyseSource, isPartial_wherePacketsAreRefused) {
+  const TemporaryDirectory directory;
+  av_log_set_level(AV_LOG_QUIET);
+  makeClip(directory, "clip.mkv", {"-c:v", "png"});
+  std::string bytes = readFile(directory.path + "/clip.mkv");
+  AnalysisOptions options;
+  options.mask = EXPOSURE;
+  const auto errorWithout = [&](size_t after) {
+    const size_t header = bytes.find("IHDR", after);  // without it a picture is refused
+    bytes.at(header) = 'x';
+    writeFile(directory.path + "/clip.mkv", bytes);
+    const VideoResult result = analyseSource({directory.path + "/clip.mkv", 0, 0, ""}, options, 1,
+                                             nullptr, [](double, int64_t) {});
+    EXPECT_EQ(result.record.status, Status::PARTIAL);
+    return result.record.error;
+  };
+  EXPECT_EQ(errorWithout(0), "a packet could not be decoded: its picture is missing");
+  EXPECT_EQ(errorWithout(bytes.size() / 2),
+            "2 packets could not be decoded: their pictures are missing");
+}
+
+TEST(AskedOptions, nameRawVideo_downToASampleWide) {
+  EXPECT_EQ(askedOptions({"a.yuv", 1, 2, "12.5"}, {}).raw, "1x2@12.5");
+  EXPECT_EQ(askedOptions({"a.mp4", 0, 0, ""}, {}).raw, "");
+}
