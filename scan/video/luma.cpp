@@ -81,7 +81,6 @@ FfmpegOwner<SwsContext> makeScaler(const AVFrame& picture, AVPixelFormat target)
   av_opt_set_int(scaler.get(), "src_format", picture.format, 0);
   av_opt_set_int(scaler.get(), "dst_format", target, 0);
   av_opt_set_int(scaler.get(), "sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_BITEXACT, 0);
-  av_opt_set(scaler.get(), "sws_dither", "none", 0);
   return sws_init_context(scaler.get(), nullptr, nullptr) < 0 ? nullptr : std::move(scaler);
 }
 
