@@ -118,3 +118,27 @@ TEST(LacksEnding, isFalseOfOtherContainersAndOfWhatIsNotThere) {
   writeFile(directory.path + "/empty.gif", "");
   EXPECT_FALSE(lacksEnding(directory.path + "/empty.gif", "gif"));
 }
+
+TEST(LacksEnding, readsAllFourBytesOfALength) {
+  // Of 16 MiB there are four bytes; without the highest one the chunk would be empty.
+  EXPECT_TRUE(lacksEndingAsAVI(std::string("RIFF\0\0\0\1xxxx", 12)));
+}
+
+TEST(LacksEnding, isTrueOfFLV_whoseLastTagWouldBeginBeforeTheFile) {
+  const TemporaryDirectory directory;
+  // A tag of 11 bytes and its length take 15.
+  const std::string tag = std::string(10, '\0') + std::string("\0\0\0\xb", 4);
+  writeFile(directory.path + "/a.flv", tag);
+  EXPECT_TRUE(lacksEnding(directory.path + "/a.flv", "flv"));
+  writeFile(directory.path + "/a.flv", '\0' + tag);
+  EXPECT_FALSE(lacksEnding(directory.path + "/a.flv", "flv"));
+}
+
+TEST(LacksEnding, isFalseOfASinglePageThatClosesItsStream) {
+  const TemporaryDirectory directory;
+  const std::string page = std::string("OggS\0\4", 6) + std::string(21, '\0');  // of no segments
+  writeFile(directory.path + "/a.ogg", page);
+  EXPECT_FALSE(lacksEnding(directory.path + "/a.ogg", "ogg"));
+  writeFile(directory.path + "/a.ogg", page.substr(0, 26));
+  EXPECT_TRUE(lacksEnding(directory.path + "/a.ogg", "ogg"));
+}

@@ -31,10 +31,13 @@ FfmpegOwner<AVFrame> noisePicture(AVPixelFormat format, int w = W, int h = H) {
 }
 
 std::vector<uint8_t> lumaOf(const AVFrame& picture) {
+  constexpr uint8_t BEHIND = 77;
   LumaConverter converter;
-  std::vector<uint8_t> luma(static_cast<size_t>(picture.width) *
-                            static_cast<size_t>(picture.height));
+  std::vector<uint8_t> luma(
+      static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height) + 1, BEHIND);
   EXPECT_TRUE(convertToLuma(&picture, &converter, luma.data()));
+  EXPECT_EQ(luma.back(), BEHIND);
+  luma.pop_back();
   return luma;
 }
 

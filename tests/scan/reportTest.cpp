@@ -110,6 +110,9 @@ TEST(Report, showsPicturesOfEventsOnce) {
   EXPECT_EQ(allBetween(body, "data:image/jpeg;base64,", "\""),
             (std::vector<std::string>{base64("first"), base64("last")}));
   EXPECT_TRUE(contains(body, "<figcaption>start, peak</figcaption>"));
+  input.events[0].peakFrame = 170;
+  EXPECT_EQ(allBetween(readable(reportOf({input})), "<figcaption>", "</figcaption>"),
+            (std::vector<std::string>{"start", "peak, end"}));
 }
 
 TEST(Report, hasARowForEachEvent_withWhatItIsSortedBy) {
@@ -396,6 +399,23 @@ TEST(Report, bearsEventsOutsideOfItsFrames) {
   event.lastFrame = 1000000000000;
   event.startTime = event.endTime = event.peakValue = std::nan("");
   EXPECT_FALSE(contains(readable(reportOf({input})), "nan"));
+}
+
+TEST(Report, placesEventsWithoutATimeByTheirFrames) {
+  VideoResult input = sampleInput("a.mp4", 50, 25.0, 1);
+  Event event = input.events[0];
+  event.firstFrame = event.lastFrame = 49;  // of 0.04 s each, the last one
+  event.startTime = event.endTime = std::nan("");
+  input.events = {event};
+  const Json events = modelIn(reportOf({input}))["events"];
+  EXPECT_NEAR(events[0]["start"].get<double>(), 1.96, 1e-9) << events.dump();
+}
+
+TEST(Report, numbersInputsWithoutAName) {
+  VideoResult named = sampleInput("a.mp4", 50, 25.0, 1);
+  VideoResult nameless = named;
+  nameless.record.input.path = "";
+  EXPECT_TRUE(contains(readable(reportOf({named, nameless})), ">input 2<"));
 }
 
 TEST(Report, showsTheGravestOfVeryManyEvents) {

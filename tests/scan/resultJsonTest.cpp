@@ -120,6 +120,14 @@ TEST(ResultJson, saysWhatWasAnalysed) {
   EXPECT_EQ(again(json).dump(), json.dump());
 }
 
+TEST(ResultJson, hasTheRateThatWasAsked_howeverSmall) {
+  ResultRecord record = fullRecord();
+  record.options.fps = 0.005;  // a frame every 200 seconds
+  EXPECT_EQ(resultJson(record)["options"]["fps"], 0.005);
+  record.options.fps = 0.0;
+  EXPECT_EQ(resultJson(record)["options"]["fps"], nullptr);
+}
+
 TEST(ResultJson, passesOverIndicatorsThatItDoesNotKnow) {
   Json json = resultJson(fullRecord());
   json["analysis"]["indicators"] = {"noise", "shine", "slice"};

@@ -101,6 +101,17 @@ TEST(StoredResult, comesBack) {
   EXPECT_EQ(mistakeAfter("{}"), "");
 }
 
+TEST(StoredResult, takesThePlaceOfWhatWasReadBefore) {
+  const TemporaryDirectory directory;
+  VideoResult result = smallResult();
+  result.events.resize(2);
+  ASSERT_EQ(storeResult(directory.path, result, nullptr), "");
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(readResult(directory.path, &result), "");
+    EXPECT_EQ(result.events.size(), 2u);
+  }
+}
+
 TEST(StoredResult, isNotRead_whenItLacksWhatItTakes) {
   const std::vector<std::pair<std::string, std::string>> changes = {
       {R"({"input": null})", "input.path"},

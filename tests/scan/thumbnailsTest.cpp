@@ -128,6 +128,8 @@ TEST(FramesToShow, areNone_whenNoneAreWantedOrThereIsNothing) {
   EXPECT_EQ(framesToShow(events, Thumbs::NONE, emptyTable(50)), Frames());
   EXPECT_EQ(framesToShow({}, Thumbs::EVENTS, emptyTable(50)), Frames());
   EXPECT_EQ(framesToShow({}, Thumbs::ALL, emptyTable(0)), Frames());
+  EXPECT_EQ(framesToShow({eventOf(Severity::FAIL, 0, 0, 0)}, Thumbs::EVENTS, emptyTable(1)),
+            Frames({0}));
 }
 
 TEST(FramesToShow, areThoseOfTheFortyGravestEvents) {
@@ -246,6 +248,20 @@ TEST(Thumbnails, haveAtMost240Columns_andSquareSamples) {
   EXPECT_EQ(sizeOf("480x270", "1/1"), "240x135");
   // 360 x 288 samples of 4:3 are shown as wide as 480: half of both sides.
   EXPECT_EQ(sizeOf("360x288", "4/3"), "240x144");
+  // Of samples whose shape is not known nothing else can be assumed.
+  EXPECT_EQ(sizeOf("100x60", "0/1"), "100x60");
+}
+
+TEST(Thumbnails, areOfQualityFive) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mkv", {"-c:v", "ffv1"});
+  const VideoSource source = {directory.path + "/clip.mkv", 0, 0, ""};
+  const std::string jpeg = makeThumbnails(source, framesOf(source), {0})[0];
+  // Marker, length and number of a table of quantisers, of which the second is that of MPEG-1, 16,
+  // times five eighths.
+  const size_t table = jpeg.find("\xff\xdb");
+  ASSERT_NE(table, std::string::npos);
+  EXPECT_EQ(jpeg.at(table + 6), 10);
 }
 
 TEST(Thumbnails, areNone_whenNoneAreWantedOrTheFileIsGone) {

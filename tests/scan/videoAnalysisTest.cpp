@@ -251,3 +251,13 @@ TEST(VideoAnalysis, leavesBlackoutOut_whereNoBlockFits) {
   EXPECT_EQ(analysis.frames[9].spatial.blackout, 0);
   EXPECT_TRUE(std::isnan(analysis.frames[9].row.values[7]));
 }
+
+TEST(VideoAnalysis, endsWhereItIsAskedTo_ofAVideoWithoutAnEnd) {
+  VideoReader reader;
+  ASSERT_EQ(openVideo({"/dev/zero", 16, 16, "25"}, 1, &reader), "");
+  AnalysisOptions options = between("", "f:3");
+  options.isThreaded = true;
+  int frames = 0;
+  analyseVideo(options, &reader, [&](const FrameRecord&) { ++frames; });
+  EXPECT_EQ(frames, 3);
+}
