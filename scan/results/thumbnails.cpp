@@ -119,7 +119,8 @@ std::vector<int64_t> framesToShow(const std::vector<Event>& events, Thumbs thumb
   for (const int64_t frame : ranked(events)) {
     const int64_t row = frame - frames.firstFrame;
     const int64_t key = keyBefore(frames, row);
-    const int64_t extra = std::max(int64_t{0}, row - key + 1 - decoded[key]);
+    const int64_t start = std::max(int64_t{0}, key);
+    const int64_t extra = std::max(int64_t{0}, row - start + 1 - decoded[key]);
     if (isLimited && spent + extra > budget) continue;
     spent += extra;
     decoded[key] += extra;

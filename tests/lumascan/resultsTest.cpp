@@ -166,6 +166,13 @@ TEST(Results, areOfThePipe) {
             lumaprobeReport(directory, "a.y4m", {"128", "80", "0x7fff", "25"}));
 }
 
+TEST(Results, areOfYUV4MPEGAlone_whereThereIsNoName) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1"});
+  EXPECT_EQ(lumascan(directory, {"-"}, "a.mkv").status, 3);
+  EXPECT_EQ(readJson(directory, "lumascan-results/stdin.lumascan/result.json")["status"], "failed");
+}
+
 TEST(Results, areOfAPipeWithAName) {
   const TemporaryDirectory directory;
   // Black for a second, which is an event: there would be pictures of it.

@@ -170,6 +170,15 @@ TEST(FramesToShow, areHadByDecodingOneFrameIn25_ofALongVideo) {
             Frames());
 }
 
+TEST(FramesToShow, areHadByDecodingFromTheFirstOne_withoutAKeyFrame) {
+  const FrameTable table = emptyTable(1000);  // of which 300 may be decoded
+  for (const int64_t frame : {299, 300}) {
+    const Frames shown =
+        framesToShow({eventOf(Severity::FAIL, frame, frame, frame)}, Thumbs::EVENTS, table);
+    EXPECT_EQ(shown.size(), frame == 299 ? 1u : 0u);
+  }
+}
+
 TEST(FramesToShow, areAHundredAtEqualDistancesMore_whenAllAreWanted) {
   FrameTable table = emptyTable(1000);
   table.firstFrame = 5;

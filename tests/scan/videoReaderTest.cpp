@@ -250,6 +250,16 @@ TEST(VideoReader, choosesTheVideoAmongOtherStreams) {
   EXPECT_EQ(reading.luma.size(), 25u * 128 * 80);
 }
 
+// FFmpeg's own choice is the cover: streams for the visually impaired come last there.
+TEST(VideoReader, choosesTheVideo_whateverItIsFor) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "cover.png", {"-frames:v", "1"});
+  makeClip(directory, "clip.mkv",
+           {"-attach", "cover.png", "-metadata:s:t", "mimetype=image/png", "-c:v", "ffv1",
+            "-disposition:v:0", "visual_impaired"});
+  expectFrames(directory, "clip.mkv", 25);
+}
+
 TEST(VideoReader, saysWhyThereIsNothingToRead) {
   const TemporaryDirectory directory;
   EXPECT_EQ(openError(directory.path + "/missing.mp4"), "No such file or directory");
@@ -263,6 +273,9 @@ TEST(VideoReader, saysWhyThereIsNothingToRead) {
   ffmpeg(directory, {"-i", "sound.wav", "-i", "cover.png", "-map", "0", "-map", "1", "-c:v", "copy",
                      "cover.mp3"});
   EXPECT_EQ(openError(directory.path + "/cover.mp3"), "there is no video in it");
+  ffmpeg(directory,
+         {"-i", "cover.png", "-c", "copy", "-disposition:v", "attached_pic", "cover.m4a"});
+  EXPECT_EQ(openError(directory.path + "/cover.m4a"), "there is no video in it");
 }
 
 TEST(VideoReader, takesNamesThatLookLikeAddresses) {
