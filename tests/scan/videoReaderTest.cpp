@@ -348,6 +348,24 @@ TEST(VideoReader, passesOverPicturesThatTheDecoderRefuses) {
   }
 }
 
+TEST(VideoReader, countsEachRefusedPictureOnce_atTheEndToo) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mkv", {"-c:v", "png"});
+  std::string bytes = readFile(directory.path + "/clip.mkv");
+  int picture = 0;
+  for (size_t at = 0; (at = bytes.find("IHDR", at)) != std::string::npos; ++at) {
+    if (picture++ >= 23) bytes[at] = 'x';
+  }
+  ASSERT_EQ(picture, 25);
+  writeFile(directory.path + "/clip.mkv", bytes);
+  // Several threads tell of the last ones when there is nothing more to decode.
+  for (const int threads : {1, 4}) {
+    const Reading reading = readAll(directory.path + "/clip.mkv", threads);
+    EXPECT_EQ(reading.times.size(), 23u);
+    EXPECT_EQ(reading.decodeErrors, 2);
+  }
+}
+
 TEST(VideoReader, givesAndMarksFramesWhoseReferencesAreMissing) {
   const TemporaryDirectory directory;
   makeClipWithoutItsStart(directory, "cut.ts");
@@ -467,6 +485,16 @@ TEST(IsTruncated, isTrue_whereTheLastPacketIsNotWhole) {
     writeFile(directory.path + "/part.yuv", bytes.substr(0, 10 * FRAME_BYTES + last));
     EXPECT_EQ(truncationOf({directory.path + "/part.yuv", 128, 80, "25"}), last < FRAME_BYTES);
   }
+}
+
+TEST(IsTruncated, isTrue_whereTheFileLacksWhatClosesIt) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.gif", {});
+  const std::string bytes = readFile(directory.path + "/clip.gif");
+  expectWhole(directory, "clip.gif");
+  // The last byte says that nothing follows; all pictures are there.
+  writeFile(directory.path + "/part.gif", bytes.substr(0, bytes.size() - 1));
+  EXPECT_EQ(truncationOf({directory.path + "/part.gif", 0, 0, ""}), true);
 }
 
 TEST(IsTruncated, isFalse_whereTheContainerDoesNotDeclareItsLength) {
