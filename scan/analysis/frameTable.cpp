@@ -17,8 +17,9 @@ constexpr double UNDEFINED = std::numeric_limits<double>::quiet_NaN();
 constexpr char FIRST_COLUMNS[] = "frame,pts,time_s,duration_s,keyframe,corrupt";
 // What no video reaches, while all that is computed of frames and times stays a number.
 constexpr int64_t LAST_FRAME = int64_t{1} << 53;
-constexpr double FARTHEST_TIME = 1e30;  // seconds
-constexpr size_t LONGEST_LINE = 1024;   // bytes; twenty-one numbers of at most 25
+constexpr double FARTHEST_TIME = 1e30;       // seconds
+constexpr char LAST_COLUMN[] = ",messages";  // files of version 1.0 end before it
+constexpr size_t LONGEST_LINE = 1024;        // bytes; twenty-two numbers of at most 25
 
 std::string header() {
   std::string text = FIRST_COLUMNS;
@@ -49,15 +50,15 @@ bool parseFlag(std::string_view field, bool* flag) {
 }
 
 // Whether a line has as many fields as the header, and only what shortestText() makes of numbers.
-bool hasFormOfRow(std::string_view line) {
-  constexpr size_t COMMAS = 5 + INDICATORS;
+bool hasFormOfRow(std::string_view line, bool hasMessages) {
+  const size_t COMMAS = 5 + INDICATORS + (hasMessages ? 1 : 0);
   const bool isNumeric = line.find_first_not_of("0123456789+-.e,") == std::string_view::npos;
   return isNumeric && static_cast<size_t>(std::count(line.begin(), line.end(), ',')) == COMMAS;
 }
 
-bool parseRow(std::string_view line, int64_t* frame, FrameRow* row) {
-  if (!hasFormOfRow(line)) return false;
-  *row = {NO_TIMESTAMP, UNDEFINED, UNDEFINED, false, false, {}};
+bool parseRow(std::string_view line, bool hasMessages, int64_t* frame, FrameRow* row) {
+  if (!hasFormOfRow(line, hasMessages)) return false;
+  *row = {NO_TIMESTAMP, UNDEFINED, UNDEFINED, false, false, {}, 0};
   const std::string_view number = nextField(&line);
   bool isGood = !number.empty() && parse(number, frame) && parse(nextField(&line), &row->pts) &&
                 parse(nextField(&line), &row->time) && parse(nextField(&line), &row->duration) &&
@@ -67,6 +68,7 @@ bool parseRow(std::string_view line, int64_t* frame, FrameRow* row) {
     value = UNDEFINED;
     isGood = isGood && parse(nextField(&line), &value);
   }
+  isGood = isGood && parse(nextField(&line), &row->messages) && row->messages >= 0;
   // Unknown ones are NaN.
   const bool isInRange = *frame >= 0 && *frame <= LAST_FRAME &&
                          !(std::fabs(row->time) > FARTHEST_TIME) &&
@@ -82,11 +84,12 @@ void appendRow(const FrameRow& row, FrameTable* table) {
   table->duration.push_back(row.duration);
   table->isKey.push_back(row.isKey);
   table->isCorrupt.push_back(row.isCorrupt);
+  table->messages.push_back(row.messages);
   for (size_t i = 0; i < INDICATORS; ++i) table->values[i].push_back(row.values[i]);
 }
 
 void writeFramesCsv(const FrameTable& table, FILE* out) {
-  std::fprintf(out, "%s\r\n", header().c_str());
+  std::fprintf(out, "%s%s\r\n", header().c_str(), LAST_COLUMN);
   for (int64_t i = 0; i < table.rows(); ++i) {
     const auto row = static_cast<size_t>(i);
     const int64_t pts = table.pts[row];
@@ -97,6 +100,7 @@ void writeFramesCsv(const FrameTable& table, FILE* out) {
     line += table.isKey[row] ? ",1" : ",0";
     line += table.isCorrupt[row] ? ",1" : ",0";
     for (const Column<double>& column : table.values) line += ',' + shortestText(column[row]);
+    line += ',' + std::to_string(table.messages[row]);
     line += "\r\n";
     std::fwrite(line.data(), 1, line.size(), out);
   }
@@ -108,18 +112,20 @@ std::string readFramesCsv(const std::string& path, FrameTable* table) {
   *table = {};
   char text[LONGEST_LINE];
   int64_t number = 1;
+  bool hasMessages = false;
   for (; std::fgets(text, sizeof text, in.get()) != nullptr; ++number) {
     std::string_view line = text;
     const std::string place = "line " + std::to_string(number);
     if (line.size() < 2 || line.substr(line.size() - 2) != "\r\n") return place + " has no end";
     line.remove_suffix(2);
     if (number == 1) {
-      if (line != header()) return place + " is not the header of frames.csv";
+      hasMessages = line == header() + LAST_COLUMN;
+      if (!hasMessages && line != header()) return place + " is not the header of frames.csv";
       continue;
     }
     int64_t frame = 0;
     FrameRow row;
-    if (!parseRow(line, &frame, &row)) return place + " is not a row of frames.csv";
+    if (!parseRow(line, hasMessages, &frame, &row)) return place + " is not a row of frames.csv";
     if (table->rows() == 0) table->firstFrame = frame;
     if (frame != table->firstFrame + table->rows())
       return place + " does not follow the one before";

@@ -20,6 +20,7 @@ struct FrameTable {
   Column<double> duration;  // seconds for which the frame is shown; NaN: unknown
   Column<bool> isKey;
   Column<bool> isCorrupt;
+  Column<int64_t> messages;  // of damage, said about what was read for the frame
   std::array<Column<double>, INDICATORS> values;  // finite; NaN: undefined
 
   int64_t rows() const { return static_cast<int64_t>(pts.size()); }
@@ -33,6 +34,7 @@ struct FrameRow {
   bool isKey;
   bool isCorrupt;
   IndicatorValues values;
+  int64_t messages = 0;
 };
 
 void appendRow(const FrameRow& row, FrameTable* table);

@@ -26,6 +26,10 @@ Measurement measureVideo(const VideoSource& source, const AnalysisOptions& optio
     }
     onProgress(record.position, frames.rows());
   });
+  if (frames.rows() > 0) {
+    const auto last = static_cast<size_t>(frames.rows() - 1);
+    frames.messages.set(last, frames.messages[last] + measured.outcome.messagesBehind);
+  }
   measured.frameRate = averageFrameRate(reader);
   measured.stream = streamFacts(reader);
   measured.warnings = streamWarnings(reader);

@@ -47,6 +47,26 @@ AnalysisEnd accept(const AVFrame& picture, bool isFirst, FrameImages* images,
   return isSameSize ? AnalysisEnd::COMPLETE : AnalysisEnd::SIZE_CHANGE;
 }
 
+bool showsDamage(const VideoReader& reader, const DecodedFrame& decoded) {
+  // Of several threads the others are ahead of what they say.
+  const bool isSaid =
+      !decoded.damage.empty() || decoded.messagesAhead > 0 || decoded.messagesBeforeKeyFrame > 0;
+  const bool isSeen = decoded.result == ReadResult::FRAME ? isCorrupt(*decoded.picture)
+                      : decoded.result == ReadResult::END ? isTruncated(reader)
+                                                          : true;
+  return isSaid || isSeen || decoded.decodeErrors > 0;
+}
+
+// Counts messages, and keeps the first ones. Returns how many they are.
+int64_t keepMessages(const std::vector<DamageMessage>& messages, AnalysisOutcome* outcome) {
+  for (const DamageMessage& message : messages) {
+    if (outcome->firstMessages.size() < MOST_MESSAGES) outcome->firstMessages.push_back(message);
+  }
+  const auto count = static_cast<int64_t>(messages.size());
+  outcome->messages += count;
+  return count;
+}
+
 AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& reader,
                           const std::function<DecodedFrame()>& next, FrameImages* images,
                           AnalysisOutcome* outcome,
@@ -61,8 +81,11 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
     outcome->error = decoded.error;
     // The reader may be ahead by now, and its count that of frames behind the last one.
     outcome->decodeErrors = decoded.decodeErrors;
+    outcome->messagesBeforeKeyFrame = decoded.messagesBeforeKeyFrame;
+    if (options.endsAtDamage && showsDamage(reader, decoded)) return AnalysisEnd::DAMAGE;
     if (decoded.result == ReadResult::END) {
       outcome->isTruncated = isTruncated(reader);
+      outcome->messagesBehind = keepMessages(decoded.damage, outcome);
       return AnalysisEnd::COMPLETE;
     }
     if (decoded.result == ReadResult::FAILURE) return AnalysisEnd::READ_ERROR;
@@ -88,7 +111,8 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
         {frame,
          {timestamp(picture), time, presentationDuration(reader, picture), picture.key_frame != 0,
           isDamaged,
-          measuredValues(Results, temporal, mask, !isFirst, images->current.w, images->current.h)},
+          measuredValues(Results, temporal, mask, !isFirst, images->current.w, images->current.h),
+          keepMessages(decoded.damage, outcome)},
          Results,
          temporal,
          decoded.position});
@@ -102,7 +126,7 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
 
 AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader,
                              const std::function<void(const FrameRecord&)>& onFrame) {
-  AnalysisOutcome outcome = {AnalysisEnd::COMPLETE, "", false, LumaPath::NONE, 0, 0, 0};
+  AnalysisOutcome outcome = {};
   FrameImages images = {};
   if (options.isThreaded) {
     DecodeAhead ahead(reader);

@@ -19,6 +19,9 @@ struct AnalysisOptions {
   // Decode ahead on one thread and give each indicator one of its own, or do all on the calling
   // thread.
   bool isThreaded = false;
+  // End at the first sign of damage. What several threads of a decoder make of that differs from
+  // run to run; what one makes of it does not.
+  bool endsAtDamage = false;
 };
 
 // One analysed frame.
@@ -35,6 +38,7 @@ enum class AnalysisEnd {
   READ_ERROR,   // `error` says why the file cannot be read any further
   SIZE_CHANGE,  // the next frame has another size
   UNSUPPORTED,  // `error` says what about the next frame
+  DAMAGE,       // see endsAtDamage
 };
 
 struct AnalysisOutcome {
@@ -45,7 +49,15 @@ struct AnalysisOutcome {
   int64_t frames;
   int64_t corruptFrames;
   int64_t decodeErrors;  // packets refused up to where it ended
+  // What was said of damage: how much of it was said of a beginning in the middle of a group of
+  // pictures, and of what else.
+  int64_t messagesBeforeKeyFrame;
+  int64_t messages;                          // others
+  int64_t messagesBehind;                    // of these, behind the last frame
+  std::vector<DamageMessage> firstMessages;  // at most MOST_MESSAGES
 };
+
+constexpr size_t MOST_MESSAGES = 20;
 
 // Analyses an opened video from where it stands and hands over each frame when it is done. The
 // indicators' state is the process's: one video in each. Of frames that hold no block of 8 x 8

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <deque>
+#include <functional>
 #include <tuple>
 
 #include "scan/analysis/indicatorTable.h"
@@ -268,14 +269,24 @@ void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
   }
 }
 
-void findDecodeErrors(const Scene& scene, std::vector<Event>* events) {
-  const Column<bool>& isCorrupt = scene.table.isCorrupt;
-  for (size_t first = 0, next = 0; first < isCorrupt.size(); first = next) {
+// A stretch for each run of rows that are so, from a row on.
+void findRuns(const Scene& scene, size_t start, const std::function<bool(size_t)>& isSo,
+              std::vector<Event>* events) {
+  const auto rows = static_cast<size_t>(scene.table.rows());
+  for (size_t first = start, next = 0; first < rows; first = next) {
     next = first + 1;
-    if (!isCorrupt[first]) continue;
-    while (next < isCorrupt.size() && isCorrupt[next]) ++next;
+    if (!isSo(first)) continue;
+    while (next < rows && isSo(next)) ++next;
     events->push_back(eventAt(scene, first, next - 1));
   }
+}
+
+// How many rows come before the first key frame of a stream that begins in between.
+size_t rowsOfBeginning(const FrameTable& table, const StreamFindings& stream) {
+  if (!stream.startsMidstream || table.firstFrame != 0) return 0;
+  size_t key = 0;
+  while (key < table.isKey.size() && !table.isKey[key]) ++key;
+  return key == table.isKey.size() ? 0 : key;
 }
 
 void findTimestampGaps(const Scene& scene, std::vector<Event>* events) {
@@ -294,6 +305,7 @@ void findTimestampGaps(const Scene& scene, std::vector<Event>* events) {
 
 void findEvents(const Scene& scene, const StreamFindings& stream, std::vector<Event>* events) {
   const size_t last = scene.times.start.size() - 1;
+  const size_t beginning = rowsOfBeginning(scene.table, stream);
   switch (scene.rule.kind) {
     case EventKind::STRETCH:
       findStretches(scene, events);
@@ -302,7 +314,16 @@ void findEvents(const Scene& scene, const StreamFindings& stream, std::vector<Ev
       findSceneCuts(scene, events);
       break;
     case EventKind::DECODE_ERROR:
-      findDecodeErrors(scene, events);
+      findRuns(
+          scene, beginning, [&](size_t i) { return scene.table.isCorrupt[i]; }, events);
+      break;
+    case EventKind::STREAM_ERROR:
+      findRuns(
+          scene, 0, [&](size_t i) { return scene.table.messages[i] > 0; }, events);
+      break;
+    case EventKind::BEGINNING:
+      if (stream.startsMidstream && scene.table.firstFrame == 0)
+        events->push_back(eventAt(scene, 0, std::max(beginning, size_t{1}) - 1));
       break;
     case EventKind::TRUNCATION:
       if (stream.isTruncated) events->push_back(eventAt(scene, last, last));

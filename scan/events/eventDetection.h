@@ -12,7 +12,8 @@
 struct StreamFindings {
   double frameRate;  // of frames without times; 0 or less: unknown
   bool isTruncated;
-  bool hasSizeChange;  // the frame behind the last one has another size
+  bool hasSizeChange;            // the frame behind the last one has another size
+  bool startsMidstream = false;  // with pictures whose key frame is missing
 };
 
 // All events, in order of their first frame and then of their type's name.

@@ -120,6 +120,9 @@ const std::array<EventRule, EVENT_TYPES> EVENT_RULES = {{
     stretch("noise", "Noisy picture", "noise", Direction::ABOVE),
     {"scene_cut", "Scene cut", "temporal_activity", EventKind::SCENE_CUT, Direction::ABOVE},
     {"decode_error", "Damaged frames", nullptr, EventKind::DECODE_ERROR, Direction::ABOVE},
+    {"stream_error", "Damaged stream", nullptr, EventKind::STREAM_ERROR, Direction::ABOVE},
+    {"starts_midstream", "Begins between key frames", nullptr, EventKind::BEGINNING,
+     Direction::ABOVE},
     {"truncation", "File cut off", nullptr, EventKind::TRUNCATION, Direction::ABOVE},
     {"size_change", "Change of the frame size", nullptr, EventKind::SIZE_CHANGE, Direction::ABOVE},
     {"timestamp_gap", "Gap between timestamps", nullptr, EventKind::TIMESTAMP_GAP,
@@ -145,6 +148,8 @@ const Thresholds DEFAULT_THRESHOLDS = {{
     {3.0, 2.4, 0.3, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // noise
     {20.0, NONE, NONE, INFO, true, NONE, NONE, 3.5, NONE, NONE},     // scene_cut
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // decode_error
+    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // stream_error
+    {NONE, NONE, NONE, INFO, true, NONE, NONE, NONE, NONE, NONE},    // starts_midstream
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // truncation
     {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // size_change
     {0.5, NONE, NONE, WARN, true, NONE, NONE, 3.0, NONE, NONE},      // timestamp_gap

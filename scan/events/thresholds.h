@@ -11,13 +11,15 @@
 #include "scan/events/event.h"
 #include "scan/files/jsonFwd.h"
 
-constexpr size_t EVENT_TYPES = 19;
+constexpr size_t EVENT_TYPES = 21;
 
 // How an event is found.
 enum class EventKind {
   STRETCH,        // of frames whose value lies at the threshold or beyond it
   SCENE_CUT,      // one frame that stands out from its neighbours
   DECODE_ERROR,   // a stretch of frames that the decoder marked as damaged
+  STREAM_ERROR,   // a stretch of frames about which messages of damage were said
+  BEGINNING,      // the frames before the first key frame of a stream that begins in between
   TRUNCATION,     // the last frame
   SIZE_CHANGE,    // the last frame
   TIMESTAMP_GAP,  // the frame behind a gap

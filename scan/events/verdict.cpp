@@ -57,7 +57,8 @@ std::string secondsText(double seconds) {
 
 // Kinds that say something about one moment.
 bool hasLength(EventKind kind) {
-  return kind == EventKind::STRETCH || kind == EventKind::DECODE_ERROR;
+  return kind == EventKind::STRETCH || kind == EventKind::DECODE_ERROR ||
+         kind == EventKind::STREAM_ERROR;
 }
 
 std::string reasonOf(const Group& group, double duration) {

@@ -7,25 +7,25 @@
 
 namespace {
 
-// What came through a pipe is gone.
+// What came through a pipe is gone, and cannot be decoded twice.
 bool isPipe(const VideoSource& source) {
   std::error_code ignored;
   return source.path == "-" || std::filesystem::is_fifo(source.path, ignored);
 }
 
-std::string judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFile* rows,
-                          VideoResult* result) {
+JobEnd judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFile* rows,
+                     VideoResult* result) {
   judgeResult(settings.thresholds, result);
   result->record.outputs = settings.outputs;
   const bool hasPictures = settings.outputs.hasHtml && !isPipe(job.source);
   const Thumbs thumbs = hasPictures ? settings.outputs.thumbs : Thumbs::NONE;
   result->thumbnails = makeThumbnails(job.source, result->frames,
                                       framesToShow(result->events, thumbs, result->frames));
-  return storeResult(job.folder, *result, rows);
+  return {false, storeResult(job.folder, *result, rows)};
 }
 
-std::string analyseAndStore(const ScanJob& job, const ScanSettings& settings,
-                            const ProgressListener& onProgress) {
+JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,
+                       const ProgressListener& onProgress) {
   removeLeftovers(job.folder);
   VideoResult stored;
   if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
@@ -35,23 +35,30 @@ std::string analyseAndStore(const ScanJob& job, const ScanSettings& settings,
   const bool hasRows = settings.outputs.hasCsv;
   if (hasRows) {
     std::string error = beginRows(job.folder, &rows);
-    if (!error.empty()) return error;
+    if (!error.empty()) return {false, error};
   }
   AnalysisOptions analysis = settings.analysis;
   analysis.isThreaded = job.isThreaded;
-  VideoResult result = analyseSource(job.source, analysis, job.decoderThreads,
-                                     hasRows ? rows.stream : nullptr, onProgress);
+  const int threads = isPipe(job.source) ? 1 : job.decoderThreads;
+  analysis.endsAtDamage = threads > 1;
+  VideoResult result =
+      analyseSource(job.source, analysis, threads, hasRows ? rows.stream : nullptr, onProgress);
+  const std::optional<AnalysisFacts>& facts = result.record.analysis;
+  if (facts && facts->endedBy == AnalysisEnd::DAMAGE) {
+    if (hasRows) discardOutput(&rows);
+    return {true, ""};
+  }
   return judgeAndStore(job, settings, hasRows ? &rows : nullptr, &result);
 }
 
 }  // namespace
 
-std::string runJob(const ScanJob& job, const ScanSettings& settings,
-                   const ProgressListener& onProgress) {
+JobEnd runJob(const ScanJob& job, const ScanSettings& settings,
+              const ProgressListener& onProgress) {
   try {
     return analyseAndStore(job, settings, onProgress);
   } catch (const std::system_error& error) {  // the columns' temporary files, for one
     removeLeftovers(job.folder);
-    return error.what();
+    return {false, error.what()};
   }
 }

@@ -21,9 +21,14 @@ struct ScanJob {
   int decoderThreads = 1;
 };
 
-// Analyses, judges and stores. Returns an empty text, or why the results could not be stored.
-// Whatever is wrong with the video is said in its result.
-std::string runJob(const ScanJob& job, const ScanSettings& settings,
-                   const ProgressListener& onProgress);
+struct JobEnd {
+  // Nothing is stored: the video is damaged, and must be decoded by one thread. In another process,
+  // since the indicators have begun.
+  bool needsOneThread = false;
+  std::string outputError;  // why the results could not be stored; empty: they are
+};
+
+// Analyses, judges and stores. Whatever is wrong with the video is said in its result.
+JobEnd runJob(const ScanJob& job, const ScanSettings& settings, const ProgressListener& onProgress);
 
 #endif

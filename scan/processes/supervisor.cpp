@@ -94,18 +94,6 @@ void handleFailure(Run* run, const std::string& what, Task* task) {
   }
 }
 
-void collect(Run* run, bool isStalled, Task* task) {
-  const std::string ending = endWorker(&task->worker, run->limits.isVerbose);
-  const std::string stall =
-      "having no new frame for " + shortestText(run->limits.stallTimeout) + " seconds";
-  task->outputError = task->worker.outputError;
-  if (!ending.empty()) {
-    handleFailure(run, isStalled ? stall : ending, task);
-  } else {
-    finish(run, task);
-  }
-}
-
 void startTask(Run* run, size_t i) {
   Task& task = (*run->tasks)[i];
   ++task.attempts;
@@ -116,6 +104,23 @@ void startTask(Run* run, size_t i) {
   }
   task.outputError = std::string("cannot start a process: ") + std::strerror(errno);
   finish(run, &task);
+}
+
+void collect(Run* run, bool isStalled, size_t i) {
+  Task& task = (*run->tasks)[i];
+  const std::string ending = endWorker(&task.worker, run->limits.isVerbose);
+  const std::string stall =
+      "having no new frame for " + shortestText(run->limits.stallTimeout) + " seconds";
+  task.outputError = task.worker.end.outputError;
+  if (!ending.empty()) {
+    handleFailure(run, isStalled ? stall : ending, &task);
+  } else if (task.worker.end.needsOneThread) {
+    task.job.decoderThreads = 1;
+    --task.attempts;
+    startTask(run, i);
+  } else {
+    finish(run, &task);
+  }
 }
 
 // Those that wait for the first time come before those that are tried again.
@@ -155,7 +160,7 @@ void serve(Run* run, size_t i) {
   if (task.worker.messages >= 0 && readMessages(&task.worker)) run->lastNews[i] = Clock::now();
   const bool isOver = task.worker.messages < 0;
   const bool isStuck = !isOver && isStalled(*run, i);
-  if (isOver || isStuck || run->isKilling) collect(run, isStuck, &task);
+  if (isOver || isStuck || run->isKilling) collect(run, isStuck, i);
 }
 
 // Waits until there is something to read, or a tick is over.

@@ -19,7 +19,9 @@ constexpr size_t MOST_LOG = 2000;  // bytes kept of what a worker says
 constexpr int STOPPED_EARLY = 1;   // status of a worker whose parent is gone
 constexpr auto MESSAGE_INTERVAL = std::chrono::milliseconds(100);
 
-// Messages are lines: "progress 0.25 1000" or "output " and a text.
+// Messages are lines: "progress 0.25 1000", "one thread", or "output " and a text.
+constexpr char ONE_THREAD[] = "one thread";
+
 void sendLine(int to, const std::string& line) {
   const std::string text = line + "\n";
   // The parent reads all of it, or is gone.
@@ -55,13 +57,14 @@ void resetSignals() {
   offerToBeKilled();
   av_log_set_level(isVerbose ? AV_LOG_INFO : AV_LOG_ERROR);
   auto last = std::chrono::steady_clock::now() - MESSAGE_INTERVAL;
-  const std::string error = runJob(job, settings, [&](double position, int64_t frames) {
+  const JobEnd end = runJob(job, settings, [&](double position, int64_t frames) {
     const auto now = std::chrono::steady_clock::now();
     if (now - last < MESSAGE_INTERVAL) return;
     last = now;
     sendLine(messages, "progress " + shortestText(position) + " " + std::to_string(frames));
   });
-  if (!error.empty()) sendLine(messages, "output " + error);
+  if (end.needsOneThread) sendLine(messages, ONE_THREAD);
+  if (!end.outputError.empty()) sendLine(messages, "output " + end.outputError);
   std::fflush(nullptr);
   _exit(0);
 }
@@ -80,7 +83,11 @@ bool readAvailable(int from, std::string* text) {
 void takeMessage(const std::string& line, WorkerProcess* worker) {
   constexpr char OUTPUT[] = "output ";
   if (line.compare(0, sizeof OUTPUT - 1, OUTPUT) == 0) {
-    worker->outputError = line.substr(sizeof OUTPUT - 1);
+    worker->end.outputError = line.substr(sizeof OUTPUT - 1);
+    return;
+  }
+  if (line == ONE_THREAD) {
+    worker->end.needsOneThread = true;
     return;
   }
   long long frames = 0;

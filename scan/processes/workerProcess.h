@@ -17,7 +17,7 @@ struct WorkerProcess {
   std::string logTail;          // the last lines that the worker and its decoder have said
   double position = 0.0;        // in its file, 0 to 1
   int64_t frames = 0;
-  std::string outputError;  // why the results could not be stored
+  JobEnd end;  // what it has said of that so far
 };
 
 // Starts a job; isVerbose: its decoder says more than errors. The process ends when its parent

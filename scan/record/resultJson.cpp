@@ -4,11 +4,13 @@
 #include <cmath>
 
 #include "scan/files/json.h"
+#include "scan/numbers/decimals.h"
 
 namespace {
 
 constexpr char TOOL[] = "lumascan";
 constexpr char SCHEMA[] = "1.0";
+constexpr char CONTAINER[] = "container";
 constexpr Status STATUSES[] = {Status::COMPLETE, Status::PARTIAL, Status::FAILED};
 constexpr Verdict VERDICTS[] = {Verdict::INCOMPLETE, Verdict::FAIL, Verdict::ATTENTION,
                                 Verdict::PASS};
@@ -90,6 +92,8 @@ Json analysisJson(const AnalysisFacts& analysis) {
   json["end_s"] = numberOrNull(analysis.end);
   json["corrupt_frames"] = countJson(analysis.corruptFrames);
   json["decode_errors"] = countJson(analysis.decodeErrors);
+  json["messages"] = analysis.messages;
+  json["messages_before_key_frame"] = analysis.messagesBeforeKeyFrame;
   json["ended_by"] = endName(analysis.endedBy);
   return json;
 }
@@ -114,6 +118,16 @@ Json summaryJson(const IndicatorSummary& summary) {
   }
   Json& overview = json["overview"] = Json::array();
   for (const double mean : summary.overview) overview.push_back(numberOrNull(mean));
+  return json;
+}
+
+Json messagesJson(const std::vector<DamageMessage>& messages) {
+  Json json = Json::array();
+  for (const DamageMessage& message : messages) {
+    json.push_back({{"time_s", numberOrNull(wholeNanoseconds(message.time))},
+                    {"from", message.isOfContainer ? CONTAINER : "decoder"},
+                    {"text", message.text}});
+  }
   return json;
 }
 
@@ -228,6 +242,8 @@ std::optional<AnalysisFacts> readAnalysis(const Json& json) {
   analysis.frames = readCount(json, "frames");
   analysis.corruptFrames = readCount(json, "corrupt_frames");
   analysis.decodeErrors = readCount(json, "decode_errors");
+  analysis.messages = wholeNumberOf(json, "messages");
+  analysis.messagesBeforeKeyFrame = wholeNumberOf(json, "messages_before_key_frame");
   analysis.endedBy = named(textOf(json, "ended_by"), ENDS, endName, AnalysisEnd::COMPLETE);
   return analysis;
 }
@@ -244,6 +260,16 @@ IndicatorSummary readSummary(const Json& json) {
     summary.overview.push_back(mean.is_number() ? mean.get<double>() : Statistics::NONE);
   }
   return summary;
+}
+
+std::vector<DamageMessage> readDamageMessages(const Json& json) {
+  std::vector<DamageMessage> messages;
+  if (!json.is_array()) return messages;
+  for (const Json& message : json) {
+    messages.push_back({numberOf(message, "time_s"), textOf(message, "from") == CONTAINER,
+                        textOf(message, "text")});
+  }
+  return messages;
 }
 
 OutputChoice readOutputs(const Json& json) {
@@ -286,6 +312,7 @@ Json resultJson(const ResultRecord& record) {
   json["error"] = textOrNull(record.error);
   json["truncated"] = record.isTruncated;
   json["warnings"] = record.warnings;
+  json["messages"] = messagesJson(record.messages);
   json["verdict"] = verdictName(record.judgement.verdict);
   json["reasons"] = record.judgement.reasons;
   Json& indicators = json["indicators"] = Json::object();
@@ -314,6 +341,7 @@ std::string readRecord(const Json& json, ResultRecord* record) {
   record->error = textOf(json, "error");
   record->isTruncated = flagOf(json, "truncated");
   record->warnings = textsOf(json, "warnings");
+  record->messages = readDamageMessages(memberOf(json, "messages"));
   record->judgement.verdict =
       named(textOf(json, "verdict"), VERDICTS, verdictName, Verdict::INCOMPLETE);
   record->judgement.reasons = textsOf(json, "reasons");

@@ -45,6 +45,8 @@ AnalysisFacts analysisFacts(const AnalysisOptions& options, const Measurement& m
   facts.frames = outcome.frames;
   facts.corruptFrames = outcome.corruptFrames;
   facts.decodeErrors = outcome.decodeErrors;
+  facts.messages = outcome.messages;
+  facts.messagesBeforeKeyFrame = outcome.messagesBeforeKeyFrame;
   facts.endedBy = outcome.end;
   return facts;
 }
@@ -63,6 +65,7 @@ ResultRecord recordOf(const VideoSource& source, const AnalysisOptions& options,
                                                : Status::PARTIAL;
   record.isTruncated = measured.outcome.isTruncated;
   record.warnings = measured.warnings;
+  record.messages = measured.outcome.firstMessages;
   return record;
 }
 
@@ -110,8 +113,9 @@ void judgeResult(const Thresholds& thresholds, VideoResult* result) {
     const double ofStream = record.input.stream ? record.input.stream->frameRate : UNKNOWN;
     const double frameRate = std::isnan(ofStream) ? record.analysis->fps : ofStream;
     const bool hasSizeChange = record.analysis->endedBy == AnalysisEnd::SIZE_CHANGE;
-    result->events =
-        detectEvents(result->frames, thresholds, {frameRate, record.isTruncated, hasSizeChange});
+    const bool startsMidstream = record.analysis->messagesBeforeKeyFrame > 0;
+    result->events = detectEvents(result->frames, thresholds,
+                                  {frameRate, record.isTruncated, hasSizeChange, startsMidstream});
     duration = endOfLast(result->frames, frameRate) - result->frames.time.front();
   }
   record.judgement = judge(record.status, record.error, result->events, duration);

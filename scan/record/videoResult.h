@@ -45,6 +45,8 @@ struct AnalysisFacts {
   std::optional<int64_t> frames;
   std::optional<int64_t> corruptFrames;
   std::optional<int64_t> decodeErrors;
+  int64_t messages = 0;                // of damage
+  int64_t messagesBeforeKeyFrame = 0;  // others, of a stream that begins between key frames
   AnalysisEnd endedBy = AnalysisEnd::COMPLETE;
 };
 
@@ -58,6 +60,7 @@ struct ResultRecord {
   std::string error;  // why it is not complete, in words; empty: it is
   bool isTruncated = false;
   std::vector<std::string> warnings;
+  std::vector<DamageMessage> messages;  // the first ones of damage
   Judgement judgement;
   IndicatorSummaries indicators;  // of what was analysed
   Thresholds thresholds;

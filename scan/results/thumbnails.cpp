@@ -142,7 +142,7 @@ Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
   if (wanted.empty() || !startSearch(source, &search)) return thumbnails;
   for (const int64_t frame : wanted) {
     if (!find(frames, frame - frames.firstFrame, &search)) continue;
-    const std::string jpeg = jpegOf(*search.picture, shapeOf(search.reader, search.picture.get()));
+    const std::string jpeg = jpegOf(*search.picture, shapeOf(*search.reader, search.picture.get()));
     if (!jpeg.empty()) thumbnails[frame] = jpeg;
   }
   return thumbnails;

@@ -21,10 +21,15 @@ void decodeAll(VideoReader* reader, DecodeAhead* ahead) {
 }  // namespace
 
 DecodedFrame decodeNext(VideoReader* reader) {
-  DecodedFrame frame = {ReadResult::END, "", FfmpegOwner<AVFrame>(av_frame_alloc()), 0.0, 0};
+  DecodedFrame frame = {
+      ReadResult::END, "", FfmpegOwner<AVFrame>(av_frame_alloc()), 0.0, 0, {}, 0, 0};
   frame.result = readFrame(reader, frame.picture.get(), &frame.error);
   frame.position = positionInFile(*reader);
   frame.decodeErrors = reader->decodeErrors;
+  const bool isFrame = frame.result == ReadResult::FRAME;
+  frame.damage = takeDamage(reader, isFrame ? presentationTime(*reader, *frame.picture) : UNKNOWN);
+  frame.messagesAhead = reader->damage.size();
+  frame.messagesBeforeKeyFrame = static_cast<int64_t>(reader->beforeKeyFrame.size());
   return frame;
 }
 

@@ -12,10 +12,13 @@
 
 struct DecodedFrame {
   ReadResult result;
-  std::string error;             // of a failure
-  FfmpegOwner<AVFrame> picture;  // of a frame
-  double position;               // in the file, 0 to 1, as positionInFile() has it
-  int64_t decodeErrors;          // packets refused up to here, as the reader counts them
+  std::string error;                  // of a failure
+  FfmpegOwner<AVFrame> picture;       // of a frame
+  double position;                    // in the file, 0 to 1, as positionInFile() has it
+  int64_t decodeErrors;               // packets refused up to here, as the reader counts them
+  std::vector<DamageMessage> damage;  // said about what is shown up to here and not told before
+  size_t messagesAhead;               // that were said about what is shown later
+  int64_t messagesBeforeKeyFrame;     // that were said so far
 };
 
 DecodedFrame decodeNext(VideoReader* reader);

@@ -3,22 +3,21 @@
 namespace {
 
 bool openAtStart(FrameSearch* search) {
-  search->reader = {};
   search->frame = -1;
-  return openVideo(search->source, 1, &search->reader).empty();
+  return openVideo(search->source, 1, &search->reader.emplace()).empty();
 }
 
 bool readNext(FrameSearch* search) {
   std::string error;
   ++search->frame;
-  return readFrame(&search->reader, search->picture.get(), &error) == ReadResult::FRAME;
+  return readFrame(&*search->reader, search->picture.get(), &error) == ReadResult::FRAME;
 }
 
 // Decodes a key frame, found by its timestamp: frames behind it can then be counted. Containers
 // that look for the time of decoding may find what lies behind it, or begin in the middle of a
 // group.
 bool seekKey(const FramePlace& key, FrameSearch* search) {
-  VideoReader& reader = search->reader;
+  VideoReader& reader = *search->reader;
   const AVRational unit = videoStream(reader).time_base;
   const int64_t target = key.pts - search->head * unit.den / unit.num;
   if (av_seek_frame(reader.container.get(), reader.stream->index, target, AVSEEK_FLAG_BACKWARD) <
@@ -40,7 +39,6 @@ bool seekKey(const FramePlace& key, FrameSearch* search) {
 }  // namespace
 
 bool startSearch(const VideoSource& source, FrameSearch* search) {
-  *search = {};
   search->source = source;
   search->picture.reset(av_frame_alloc());
   return openAtStart(search);

@@ -16,11 +16,11 @@ struct FramePlace {
 
 struct FrameSearch {
   VideoSource source;
-  VideoReader reader;
-  FfmpegOwner<AVFrame> picture;  // that was found last
-  int64_t frame = -1;            // its number; -1: none yet
-  int64_t head = 0;              // seconds before a key frame at which it is sought
-  bool isSeekable = true;        // false: frames are counted from the file's start
+  std::optional<VideoReader> reader;  // none before it is opened
+  FfmpegOwner<AVFrame> picture;       // that was found last
+  int64_t frame = -1;                 // its number; -1: none yet
+  int64_t head = 0;                   // seconds before a key frame at which it is sought
+  bool isSeekable = true;             // false: frames are counted from the file's start
 };
 
 // Opens the file, before its first frame. False when that fails.

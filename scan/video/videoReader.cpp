@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 #include "scan/numbers/unknown.h"
@@ -68,10 +69,77 @@ double startOf(const AVFormatContext& container) {
                                                 : seconds(container.start_time, AV_TIME_BASE_Q);
 }
 
-void noteEnd(const AVPacket& packet, VideoReader* reader) {
-  if (packet.stream_index == reader->stream->index) {
-    reader->endsInDamage = (packet.flags & AV_PKT_FLAG_CORRUPT) != 0;
+void addDamage(DamageMessage message, VideoReader* reader) {
+  while (!message.text.empty() && std::strchr("\r\n .", message.text.back()) != nullptr) {
+    message.text.pop_back();
   }
+  const bool isBeforeKeyFrame = !reader->hasKeyPacket || message.time < reader->keyPacketTime;
+  if (!isBeforeKeyFrame) {
+    reader->damage.push_back(std::move(message));
+  } else if (reader->beforeKeyFrame.size() < MOST_BEFORE_KEY_FRAME) {
+    reader->beforeKeyFrame.push_back(std::move(message));
+  }
+}
+
+// What was said about bytes before a place belongs to the last packet that begins there.
+void placeContainerMessages(int64_t place, VideoReader* reader) {
+  std::vector<ContainerMessage> behind;
+  for (ContainerMessage& message : reader->unplaced) {
+    const bool isOfOthers = (message.stream >= 0 && message.stream != reader->stream->index) ||
+                            (message.streamId >= 0 && message.streamId != reader->stream->id);
+    if (isOfOthers) continue;
+    if (message.position > place) {
+      behind.push_back(std::move(message));
+    } else {
+      addDamage({reader->packetTime, true, std::move(message.text)}, reader);
+    }
+  }
+  reader->unplaced = std::move(behind);
+}
+
+void takeContainerMessages(VideoReader* reader) {
+  for (ContainerMessage& message : takeContainerMessages(&reader->log)) {
+    // A demuxer that looks ahead when it is opened reads some bytes twice.
+    const bool isKnown = std::any_of(
+        reader->unplaced.begin(), reader->unplaced.end(), [&](const ContainerMessage& other) {
+          return other.position == message.position && other.text == message.text;
+        });
+    if (!isKnown) reader->unplaced.push_back(std::move(message));
+  }
+}
+
+void takeDecoderMessages(VideoReader* reader) {
+  for (std::string& text : takeDecoderMessages(&reader->log)) {
+    addDamage({reader->packetTime, false, std::move(text)}, reader);
+  }
+}
+
+// Without any key frame there is none that the beginning could have come before.
+void forgetBeginning(VideoReader* reader) {
+  if (reader->hasKeyPacket) return;
+  reader->hasKeyPacket = true;
+  reader->damage.swap(reader->beforeKeyFrame);
+  reader->decodeErrors = reader->refusedBefore;
+}
+
+void countRefusal(VideoReader* reader) {
+  ++(reader->hasKeyPacket ? reader->decodeErrors : reader->refusedBefore);
+}
+
+// Of a packet of the video.
+void notePacket(const AVPacket& packet, VideoReader* reader) {
+  reader->endsInDamage = (packet.flags & AV_PKT_FLAG_CORRUPT) != 0;
+  if (packet.pos >= 0) placeContainerMessages(packet.pos, reader);
+  const int64_t time = packet.pts == AV_NOPTS_VALUE ? packet.dts : packet.pts;
+  if (time != AV_NOPTS_VALUE) {
+    reader->packetTime = seconds(time, reader->stream->time_base) - startOf(*reader->container);
+  }
+  if ((packet.flags & AV_PKT_FLAG_KEY) == 0 || reader->hasKeyPacket) return;
+  reader->hasKeyPacket = true;
+  reader->keyPacketTime = reader->packetTime;
+}
+
+void noteEnd(const AVPacket& packet, VideoReader* reader) {
   reader->bytesRead = std::max(reader->bytesRead, packet.pos + packet.size);
   const int64_t time = packet.pts == AV_NOPTS_VALUE ? packet.dts : packet.pts;
   if (time == AV_NOPTS_VALUE) return;
@@ -82,30 +150,62 @@ void noteEnd(const AVPacket& packet, VideoReader* reader) {
   reader->lastEnd = std::max(reader->lastEnd, end - before);
 }
 
+// The container's next packet. A demuxer may need several attempts to find one behind damage.
+int readPacket(VideoReader* reader) {
+  AVFormatContext* const container = reader->container.get();
+  for (;;) {
+    const int64_t place = container->pb == nullptr ? 0 : avio_tell(container->pb);
+    av_packet_unref(reader->packet.get());
+    const int read = av_read_frame(container, reader->packet.get());
+    const bool hasMoved = container->pb != nullptr && avio_tell(container->pb) > place;
+    if (read != AVERROR(EAGAIN) || !hasMoved) return read;
+  }
+}
+
 // Hands the decoder the stream's next packet, or the end. Negative when the file cannot be read.
 int feed(VideoReader* reader) {
   AVFormatContext* const container = reader->container.get();
   AVPacket* const packet = reader->packet.get();
   do {
-    av_packet_unref(packet);
-    const int read = av_read_frame(container, packet);
+    const int read = readPacket(reader);
+    takeContainerMessages(reader);
     if (read < 0 && read != AVERROR_EOF) return read;
     reader->isDrained = read == AVERROR_EOF;
     if (!reader->isDrained) noteEnd(*packet, reader);
   } while (!reader->isDrained && packet->stream_index != reader->stream->index);
+  if (reader->isDrained) {
+    placeContainerMessages(INT64_MAX, reader);
+    forgetBeginning(reader);
+  } else {
+    notePacket(*packet, reader);
+  }
   // Some containers take a failure of the disk for the end.
   if (reader->isDrained && container->pb != nullptr && container->pb->error < 0) {
     return container->pb->error;
   }
   const int sent = avcodec_send_packet(reader->decoder.get(), reader->isDrained ? nullptr : packet);
-  if (sent < 0) ++reader->decodeErrors;
+  if (sent < 0) countRefusal(reader);
+  takeDecoderMessages(reader);
   return 0;
+}
+
+// What a decoder leaves out of a damaged picture must not show what the memory has held before:
+// that depends on who has freed his frames by then.
+int cleanBuffer(AVCodecContext* decoder, AVFrame* picture, int flags) {
+  const int error = avcodec_default_get_buffer2(decoder, picture, flags);
+  for (int plane = 0; error >= 0 && plane < AV_NUM_DATA_POINTERS; ++plane) {
+    AVBufferRef* const buffer = picture->buf[plane];
+    if (buffer != nullptr) std::memset(buffer->data, 0, buffer->size);
+  }
+  return error;
 }
 
 }  // namespace
 
 std::string openVideo(const VideoSource& source, int threads, VideoReader* reader) {
-  AVFormatContext* container = nullptr;
+  listenToFfmpeg();
+  AVFormatContext* container = avformat_alloc_context();
+  container->opaque = &reader->log;
   int error = openContainer(source, &container);
   if (error < 0) return ffmpegError(error);
   reader->container.reset(container);
@@ -127,8 +227,16 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   error = avcodec_parameters_to_context(reader->decoder.get(), videoStream(*reader).codecpar);
   if (error < 0) return ffmpegError(error);
   reader->decoder->pkt_timebase = videoStream(*reader).time_base;
-  reader->decoder->thread_count = threads;
+  // Damaged VP8 may be decoded in another way by several threads without a word.
+  const bool isAlone = threads == 1 || codec->id == AV_CODEC_ID_VP8;
+  reader->decoder->thread_count = isAlone ? 1 : threads;
   reader->decoder->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
+  reader->decoder->err_recognition |= AV_EF_CRCCHECK;
+  reader->decoder->opaque = &reader->log;
+  if (isAlone) {
+    reader->decoder->thread_type = 0;
+    reader->decoder->get_buffer2 = cleanBuffer;
+  }
   error = avcodec_open2(reader->decoder.get(), codec, nullptr);
   if (error < 0) return ffmpegError(error);
   reader->packet.reset(av_packet_alloc());
@@ -139,9 +247,10 @@ ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error) 
   int errorsAtEnd = 0;
   for (;;) {
     const int received = avcodec_receive_frame(reader->decoder.get(), picture);
+    takeDecoderMessages(reader);
     if (received == 0) return ReadResult::FRAME;
     if (received == AVERROR_EOF) return ReadResult::END;
-    if (received != AVERROR(EAGAIN)) ++reader->decodeErrors;
+    if (received != AVERROR(EAGAIN)) countRefusal(reader);
     if (reader->isDrained) {
       if (++errorsAtEnd == MOST_ERRORS_AT_END) return ReadResult::END;
       continue;
@@ -152,6 +261,16 @@ ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error) 
       return ReadResult::FAILURE;
     }
   }
+}
+
+std::vector<DamageMessage> takeDamage(VideoReader* reader, double time) {
+  const auto later =
+      std::stable_partition(reader->damage.begin(), reader->damage.end(),
+                            [&](const DamageMessage& message) { return !(message.time > time); });
+  std::vector<DamageMessage> taken(std::make_move_iterator(reader->damage.begin()),
+                                   std::make_move_iterator(later));
+  reader->damage.erase(reader->damage.begin(), later);
+  return taken;
 }
 
 const AVStream& videoStream(const VideoReader& reader) {

@@ -4,7 +4,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "scan/numbers/unknown.h"
+#include "scan/video/damageLog.h"
 #include "scan/video/ffmpeg.h"
 
 // Where a video comes from.
@@ -15,18 +18,31 @@ struct VideoSource {
   std::string rawRate;  // and so many per second, a number or a fraction
 };
 
+constexpr size_t MOST_BEFORE_KEY_FRAME = 10000;
+
 struct VideoReader {
+  DamageLog log;  // outlives what writes to it
   FfmpegOwner<AVFormatContext> container;
   FfmpegOwner<AVCodecContext> decoder;
   FfmpegOwner<AVPacket> packet;
   // The video. Not to be looked up while another thread reads: a stream that begins late moves the
   // container's list.
   AVStream* stream = nullptr;
-  bool isDrained = false;     // the container has no further packets
-  int64_t decodeErrors = 0;   // packets that the decoder has refused so far
-  bool endsInDamage = false;  // the video's last packet so far was not whole
-  double lastEnd = 0.0;       // seconds from zero: when the last packet so far, of any stream, ends
-  int64_t bytesRead = 0;      // place in the file behind the last packet so far
+  bool isDrained = false;          // the container has no further packets
+  bool hasKeyPacket = false;       // a packet of a key frame has come
+  double packetTime = UNKNOWN;     // seconds: when what is in the last packet so far is shown
+  double keyPacketTime = UNKNOWN;  // the same of the first one of a key frame
+  int64_t decodeErrors = 0;        // packets that the decoder has refused since then
+  int64_t refusedBefore = 0;       // and before
+  bool endsInDamage = false;       // the video's last packet so far was not whole
+  double lastEnd = 0.0;   // seconds from zero: when the last packet so far, of any stream, ends
+  int64_t bytesRead = 0;  // place in the file behind the last packet so far
+  std::vector<ContainerMessage>
+      unplaced;                       // what was said about bytes behind the last packet so far
+  std::vector<DamageMessage> damage;  // what was said and is not taken yet
+  // What was said of a stream that begins in the middle of a group of pictures, where it must come
+  // to that: before its first key frame, and of pictures shown before that.
+  std::vector<DamageMessage> beforeKeyFrame;  // at most MOST_BEFORE_KEY_FRAME
 };
 
 // Opens the source's main video: the stream that a player would choose, and no cover art. Returns
@@ -41,6 +57,9 @@ enum class ReadResult { FRAME, END, FAILURE };
 // over; damaged frames are delivered as they were decoded. A failure is one of reading the file;
 // `error` then says why.
 ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error);
+
+// Takes what was said about what is shown up to this time; NaN: about all so far.
+std::vector<DamageMessage> takeDamage(VideoReader* reader, double time);
 
 const AVStream& videoStream(const VideoReader& reader);
 

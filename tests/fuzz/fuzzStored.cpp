@@ -268,9 +268,9 @@ const Stored& stored() {
     result.options.choice.thumbs = Thumbs::NONE;
     result.options.progress = ProgressStyle::NONE;
     result.job.folder = resultFolder(result.options.output, result.job.source.path);
-    const std::string error =
+    const JobEnd end =
         runJob(result.job, settingsOf(result.options.choice), [](double, int64_t) {});
-    require(error.empty(), "there is a result");
+    require(end.outputError.empty(), "there is a result");
     result.json = Json::parse(readFile(result.job.folder + "/result.json"));
     require(result.json["status"] == "complete", "and it is complete");
     result.frames = readFile(result.job.folder + "/frames.csv");
@@ -312,7 +312,7 @@ void requireScan() {
   if (freshness(other) != Freshness::JUDGE) return;
   ScanJob job = stored().job;
   job.freshness = Freshness::JUDGE;
-  require(runJob(job, settingsOf(other), [](double, int64_t) {}).empty(),
+  require(runJob(job, settingsOf(other), [](double, int64_t) {}).outputError.empty(),
           "what is judged anew can be stored");
   require(freshness(other) == Freshness::COMPLETE, "and is up to date then");
 }

@@ -546,6 +546,35 @@ TEST(DecodeErrors, areRunsOfDamagedFrames) {
   EXPECT_TRUE(std::isnan(events[1].threshold));
 }
 
+TEST(StreamErrors, areRunsOfFramesThatSomethingIsSaidAbout) {
+  FrameTable table = emptyTable(6);
+  table.messages = {0, 1, 70, 0, 0, 1};
+  const std::vector<Event> events = detectEvents(table, only("stream_error"), WHOLE);
+  ASSERT_EQ(stretches(events), "1-2 5-5");
+  EXPECT_EQ(events[0].severity, Severity::WARN);
+  EXPECT_TRUE(std::isnan(events[0].peakValue));
+}
+
+TEST(Beginning, isWhatComesBeforeTheFirstKeyFrame) {
+  FrameTable table = emptyTable(6);
+  table.isKey = {false, false, true, false, true, false};
+  table.isCorrupt = {true, true, false, false, false, true};
+  StreamFindings stream = WHOLE;
+  EXPECT_EQ(stretches(detectEvents(table, only("starts_midstream"), stream)), "");
+  EXPECT_EQ(stretches(detectEvents(table, only("decode_error"), stream)), "0-1 5-5");
+  stream.startsMidstream = true;
+  const std::vector<Event> events = detectEvents(table, only("starts_midstream"), stream);
+  EXPECT_EQ(stretches(events), "0-1");
+  EXPECT_EQ(events[0].severity, Severity::INFO);
+  EXPECT_EQ(stretches(detectEvents(table, only("decode_error"), stream)), "5-5");
+  // A decoder may leave these frames out.
+  table.isKey.set(0, true);
+  EXPECT_EQ(stretches(detectEvents(table, only("starts_midstream"), stream)), "0-0");
+  // A range of frames has a beginning of its own.
+  table.firstFrame = 1;
+  EXPECT_EQ(stretches(detectEvents(table, only("starts_midstream"), stream)), "");
+}
+
 TEST(TruncationAndSizeChange, areAtTheLastFrame) {
   const FrameTable table = emptyTable(6);
   const std::vector<Event> events = detectEvents(table, DEFAULT_THRESHOLDS, {10.0, true, true});

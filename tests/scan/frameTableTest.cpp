@@ -9,12 +9,18 @@
 
 namespace {
 
+// Of files without the last column, which early versions wrote.
 constexpr char HEADER[] =
     "frame,pts,time_s,duration_s,keyframe,corrupt,blockiness,spatial_activity,letterbox,pillarbox,"
     "block_loss,blur,temporal_activity,blackout,freezing,exposure,contrast,interlace,noise,slice,"
     "flickering\r\n";
 // A good row of frame 0.
 constexpr char ROW[] = "0,0,0,0.04,1,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15\r\n";
+
+// A line with a column more.
+std::string withLastColumn(const std::string& line, const std::string& field) {
+  return line.substr(0, line.size() - 2) + ',' + field + "\r\n";
+}
 
 void write(const FrameTable& table, const std::string& path) {
   FILE* const file = std::fopen(path.c_str(), "w");
@@ -50,10 +56,24 @@ TEST(FrameTable, isWrittenWithAHeaderAndOneRowPerFrame) {
   appendRow(row, &table);
   row = {NO_TIMESTAMP, std::nan(""), std::nan(""), false, true, {}};
   row.values.fill(std::nan(""));
+  row.messages = 12;
   appendRow(row, &table);
   write(table, directory.path + "/frames.csv");
-  EXPECT_EQ(readFile(directory.path + "/frames.csv"),
-            std::string(HEADER) + ROW + "1,,,,0,1,,,,,,,,,,,,,,,\r\n");
+  EXPECT_EQ(readFile(directory.path + "/frames.csv"), withLastColumn(HEADER, "messages") +
+                                                          withLastColumn(ROW, "0") +
+                                                          "1,,,,0,1,,,,,,,,,,,,,,,,12\r\n");
+}
+
+TEST(FrameTable, isReadWithAndWithoutMessages) {
+  const std::string header = withLastColumn(HEADER, "messages");
+  EXPECT_EQ(mistakeIn(std::string(HEADER) + ROW), "");
+  EXPECT_EQ(mistakeIn(header + withLastColumn(ROW, "3")), "");
+  const std::string mistake = "line 2 is not a row of frames.csv";
+  EXPECT_EQ(mistakeIn(header + ROW), mistake);
+  for (const char* const messages : {"-1", "1.5", "x"}) {
+    EXPECT_EQ(mistakeIn(header + withLastColumn(ROW, messages)), mistake) << messages;
+  }
+  EXPECT_EQ(mistakeIn(HEADER + withLastColumn(ROW, "3")), mistake);
 }
 
 TEST(FrameTable, comesBackFromItsFileAsItWas) {
@@ -68,7 +88,7 @@ TEST(FrameTable, comesBackFromItsFileAsItWas) {
   row = {NO_TIMESTAMP, std::nan(""), std::nan(""), false, true, {}};
   row.values.fill(std::nan(""));
   appendRow(row, &table);
-  row = {INT64_MAX, 1e9, 0.0, false, false, {}};
+  row = {INT64_MAX, 1e9, 0.0, false, false, {}, 70};
   appendRow(row, &table);
   write(table, directory.path + "/frames.csv");
 
@@ -81,6 +101,7 @@ TEST(FrameTable, comesBackFromItsFileAsItWas) {
   EXPECT_EQ(read.pts, table.pts);
   EXPECT_EQ(read.isKey, table.isKey);
   EXPECT_EQ(read.isCorrupt, table.isCorrupt);
+  EXPECT_EQ(read.messages, table.messages);
   expectSame(read.time, table.time);
   expectSame(read.duration, table.duration);
   for (size_t i = 0; i < INDICATORS; ++i) expectSame(read.values[i], table.values[i]);

@@ -112,12 +112,24 @@ TEST(ResultJson, saysWhatWasAnalysed) {
   analysis.frames = 118;
   analysis.corruptFrames = 3;
   analysis.decodeErrors = 2;
+  analysis.messages = 4;
+  analysis.messagesBeforeKeyFrame = 1;
   const Json json = resultJson(record);
   EXPECT_EQ(json["analysis"].dump(),
             R"({"indicators":["blockiness","blur","contrast"],"fps":12.5,"luma":"copied",)"
             R"("first_frame":5,"frames":118,"start_s":0.25,"end_s":9.75,"corrupt_frames":3,)"
-            R"("decode_errors":2,"ended_by":"size_change"})");
+            R"("decode_errors":2,"messages":4,"messages_before_key_frame":1,)"
+            R"("ended_by":"size_change"})");
   EXPECT_EQ(again(json).dump(), json.dump());
+}
+
+TEST(ResultJson, hasMessagesOfDamage) {
+  ResultRecord record = fullRecord();
+  record.messages = {{0.1 + 0.2, true, "lost"}, {UNKNOWN, false, "\"odd\""}};
+  const Json json = resultJson(record);
+  EXPECT_EQ(json["messages"].dump(), R"([{"time_s":0.3,"from":"container","text":"lost"},)"
+                                     R"({"time_s":null,"from":"decoder","text":"\"odd\""}])");
+  EXPECT_EQ(again(json)["messages"], json["messages"]);
 }
 
 TEST(ResultJson, hasTheRateThatWasAsked_howeverSmall) {

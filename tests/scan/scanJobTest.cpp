@@ -19,7 +19,7 @@ TEST(ScanJob, makesPicturesForAPageAlone) {
   const auto picturesOf = [&](Freshness freshness, const OutputChoice& outputs) {
     job.freshness = freshness;
     settings.outputs = outputs;
-    EXPECT_EQ(runJob(job, settings, [](double, int64_t) {}), "");
+    EXPECT_EQ(runJob(job, settings, [](double, int64_t) {}).outputError, "");
     EXPECT_EQ(std::filesystem::exists(job.folder + "/report.html"), outputs.hasHtml);
     const bool hasFolder = std::filesystem::exists(job.folder + "/thumbs");
     return hasFolder ? static_cast<int>(readThumbnails(job.folder).size()) : -1;
@@ -43,6 +43,6 @@ TEST(ScanJob, doesNotDecodeWhatCannotBeStored) {
   job.source = {directory.path + "/clip.mkv", 0, 0, ""};
   job.folder = directory.path + "/results";
   int frames = 0;
-  EXPECT_NE(runJob(job, {}, [&](double, int64_t) { ++frames; }), "");
+  EXPECT_NE(runJob(job, {}, [&](double, int64_t) { ++frames; }).outputError, "");
   EXPECT_EQ(frames, 0);
 }

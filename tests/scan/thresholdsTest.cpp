@@ -48,6 +48,8 @@ constexpr char DOCUMENTED_THRESHOLDS[] = R"({
   "noise": {"enter": 3, "leave": 2.4, "min_s": 0.3, "mad": 6, "least": 2, "severity": "warn"},
   "scene_cut": {"enter": 20, "ratio": 3.5, "severity": "info"},
   "decode_error": {"severity": "fail"},
+  "stream_error": {"severity": "warn"},
+  "starts_midstream": {"severity": "info"},
   "truncation": {"severity": "fail"},
   "size_change": {"severity": "warn"},
   "timestamp_gap": {"enter": 0.5, "ratio": 3, "severity": "warn"}
