@@ -192,8 +192,7 @@ TEST(Workers, thatCannotBeStartedAreAProblemOfTheSystem) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a.mp4");
   // Standard streams, the locked folder and the source of signals are five. A worker takes a pipe
-  // of two ends for its messages, and then another one for what it says. To write the table over
-  // all results takes two.
+  // of two ends for its messages, and then another one for what it says.
   for (const int most : {6, 7}) {
     const ProgramRun run = lumascan(directory, {"a.mp4", "--formats", "json", "--progress", "none"},
                                     "/dev/null", limitDescriptors(most));

@@ -535,6 +535,19 @@ TEST(SceneCut, isNoStepToOrFromBlack) {
   EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "8-8");
 }
 
+TEST(Stretches, mayBeShorterByWhatContainersRound) {
+  for (const double step : {0.0399, 0.0397}) {
+    FrameTable table = tableOf("blackout", {1, 1, 1, 1, 1, 0});
+    for (size_t i = 0; i < 6; ++i) {
+      table.time.set(i, static_cast<double>(i) * step);
+      table.duration.set(i, step);
+    }
+    // Five frames last 0.1995 or 0.1985 s; a millisecond is what is rounded.
+    EXPECT_EQ(stretches(detectEvents(table, only("black", 1.0, 1.0, 0.2), WHOLE)),
+              step == 0.0399 ? "0-4" : "");
+  }
+}
+
 TEST(DecodeErrors, areRunsOfDamagedFrames) {
   FrameTable table = emptyTable(6);
   table.isCorrupt = {true, false, true, true, false, true};
