@@ -152,6 +152,17 @@ const tests = {
     await close();
   },
 
+  async cursorShowsTheNearestFrame() {
+    const {page, close} = await openLive('report.html');
+    await page.evaluate(() => showView(0, 0.4));
+    // Frames appear every 0.04 s.
+    for (const [time, frame] of [[0.012, 0], [0.03, 1], [0.17, 4], [0.19, 5]]) {
+      await page.mouse.move(...await placeOn(page, time / 0.4));
+      assert.equal((await readCursor(page)).frame, frame, `${time} s`);
+    }
+    await close();
+  },
+
   async everyFrameIsReachedByArrows() {
     const rows = readCsv('report.csv');
     const {page, close} = await openLive('report.html');
@@ -325,6 +336,29 @@ const tests = {
     const peak = Number(await page.locator('tr.picked td').nth(5).textContent());
     assert.equal((await readCursor(page)).frame, peak);
     assert.ok(await page.locator('#picked').isVisible());
+    await close();
+  },
+
+  async shortEventsAreShownWithASecondOnBothSides() {
+    const {page, close} = await openLive('report.html');
+    await page.locator('tr[data-event]', {hasText: 'scene cut'}).locator('a').first().click();
+    const {start, end} = await page.evaluate(() => model.events[view.picked]);
+    near(end - start, 0.04, 1e-9, 'length');
+    assert.deepEqual(await readView(page), [start - 1, end + 1]);
+    await close();
+  },
+
+  async tracksAreBroughtIntoSight() {
+    const {page, close} = await openLive('report.html', {viewport: {width: 1400, height: 300}});
+    for (const isAtEnd of [false, true]) {
+      await page.evaluate((isLow) => scrollTo(0, isLow ? document.body.scrollHeight : 0), isAtEnd);
+      const tops = () => page.evaluate(() => element('tracks').getBoundingClientRect().toJSON());
+      const before = await tops();
+      assert.ok(before.top > 150 || before.bottom < 150, 'the tracks are out of sight');
+      await page.keyboard.press('n');
+      const after = await tops();
+      assert.ok(after.top <= 150 && after.bottom >= 150, `${after.top} to ${after.bottom}`);
+    }
     await close();
   },
 
