@@ -299,7 +299,6 @@ if [[ $full ]]; then
   for machine in armhf riscv64 s390x; do checkBuild "$machine GCC -O3" "$machine" -O3; done
   for machine in arm64 armhf riscv64 s390x; do checkTests "$machine"; done
 else
-  checkBuild 'GCC -O0 AVX2' release -O0
   checkBuild 'GCC -O3 baseline' portable -O3
   checkBuild 'clang -O3 baseline' clang -O3
   checkBuild 'ARM64 GCC -O2' arm64 -O2

@@ -116,11 +116,15 @@ void addFolder(const Options& options, const fs::path& folder, std::vector<std::
   }
   // Of the current folder, names without "./" in front.
   for (std::string& path : found) path = fs::path(path).lexically_normal().string();
-  std::sort(found.begin(), found.end());
+  // Numbers in names by their values: 2 comes before 10.
+  std::sort(found.begin(), found.end(), [](const std::string& a, const std::string& b) {
+    return strverscmp(a.c_str(), b.c_str()) < 0;
+  });
   files->insert(files->end(), found.begin(), found.end());
 }
 
-// The names in a list, ended by zero bytes where there are any and by line feeds otherwise.
+// The names in a list, ended by zero bytes where there are any and by line feeds otherwise, or CR
+// LF.
 std::vector<std::string> readList(const std::string& path, std::vector<std::string>* problems) {
   std::ifstream file(path, std::ios::binary);
   std::istream& in = path == "-" ? std::cin : file;
@@ -132,7 +136,9 @@ std::vector<std::string> readList(const std::string& path, std::vector<std::stri
   std::vector<std::string> names;
   for (size_t start = 0; start < text.size();) {
     const size_t end = std::min(text.find(separator, start), text.size());
-    if (end > start) names.push_back(text.substr(start, end - start));
+    std::string name = text.substr(start, end - start);
+    if (separator == '\n' && !name.empty() && name.back() == '\r') name.pop_back();
+    if (!name.empty()) names.push_back(name);
     start = end + 1;
   }
   return names;

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <tuple>
 
 #include "scan/commandLine/exitStatus.h"
 #include "scan/commandLine/messages.h"
@@ -56,6 +57,22 @@ bool isRate(const std::string& text) {
   return av_parse_video_rate(&rate, text.c_str()) == 0 && rate.num > 0;
 }
 
+// A number or a fraction, of frames per second.
+std::string parseFps(const std::string& text, double* fps) {
+  const char* const end = text.data() + text.size();
+  double numerator = 0.0;
+  double denominator = 1.0;
+  std::from_chars_result read = std::from_chars(text.data(), end, numerator);
+  if (read.ec == std::errc() && read.ptr != end && *read.ptr == '/') {
+    read = std::from_chars(read.ptr + 1, end, denominator);
+  }
+  *fps = numerator / denominator;
+  const bool isWhole = read.ec == std::errc() && read.ptr == end;
+  const bool isGood = isWhole && numerator > 0.0 && *fps > 0.0 && std::isfinite(*fps);
+  return isGood ? ""
+                : "\"" + text + "\" is neither a number above 0 nor a fraction like 30000/1001";
+}
+
 // WxH@FPS
 std::string parseRaw(const std::string& text, VideoSource* raw) {
   std::string mistake = "\"" + text + "\" is not of the form WIDTHxHEIGHT@FPS";
@@ -95,6 +112,10 @@ std::string parseSeverity(const std::string& text, std::optional<Severity>* seve
     if (text == severityName(each)) *severity = each;
   }
   return severity->has_value() ? "" : "\"" + text + "\" is not one of info, warn and fail";
+}
+
+std::string refuseEmpty(const std::string& text) {
+  return text.empty() ? "a name is missing" : "";
 }
 
 // CLI11's own checks of ranges let it through.
@@ -137,7 +158,8 @@ void addScan(CLI::App* app, Options* options) {
   app->add_option("INPUT", options->inputs,
                   "files and folders; - is a YUV4MPEG stream from standard input");
   app->add_option("-o,--output", options->output, "folder of the results (lumascan-results)")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->check(refuseEmpty);
   app->add_option("-j,--jobs", options->jobs, "files at once; 0: as many as there are cores")
       ->check(CLI::Range(0, 4096));
   app->add_option("--include", options->include, "of folders, only files whose name matches")
@@ -157,9 +179,8 @@ void addScan(CLI::App* app, Options* options) {
             parsePlace, &options->analysis.start);
   addParsed(app, "--end", "T", "frame to stop before, in the same forms", parsePlace,
             &options->analysis.end);
-  app->add_option("--fps", options->analysis.fps, "frame rate for freezing (that of the file)")
-      ->check(CLI::PositiveNumber)
-      ->check(refuseNan);
+  addParsed(app, "--fps", "RATE", "frame rate for freezing, as 25 or 30000/1001 (that of the file)",
+            parseFps, &options->analysis.fps);
   addParsed(app, "--indicators", "NAMES", "names separated by commas, or the sum of bits (all)",
             parseIndicators, &options->analysis.mask);
   addParsed(app, "--formats", "LIST", "files to write beside result.json: csv,html (both)",
@@ -187,6 +208,31 @@ void addFlags(CLI::App* app, Options* options) {
 bool isVerb(const std::string& word) {
   static const std::array<const char*, 4> VERBS = {"scan", "events", "report", "probe"};
   return std::find(VERBS.begin(), VERBS.end(), word) != VERBS.end();
+}
+
+// Whether no frame can be at the first position or behind it, and before the second one. Of forms
+// that only the frame rate could compare that is not known.
+bool isEmptyRange(const Position& start, const Position& end) {
+  if (end.text.empty()) return false;
+  const bool isFromStart = start.text.empty();
+  if (end.isFrame) return (isFromStart || start.isFrame) && end.frames <= start.frames;
+  const bool isComparable =
+      isFromStart || (!start.isFrame && (start.frames > 0) == (end.frames > 0));
+  return isComparable && std::tie(end.seconds, end.frames) <= std::tie(start.seconds, start.frames);
+}
+
+// What is wrong with the options of a scan taken together; empty: nothing.
+std::string contradictionIn(const Options& options) {
+  const std::vector<std::string>& inputs = options.inputs;
+  if (inputs.empty() && options.filesFrom.empty()) return "there is no input";
+  if (options.filesFrom == "-" && std::find(inputs.begin(), inputs.end(), "-") != inputs.end()) {
+    return "standard input is either a video or a list of files";
+  }
+  if (isEmptyRange(options.analysis.start, options.analysis.end)) {
+    return "--end " + options.analysis.end.text + " is not behind --start " +
+           (options.analysis.start.text.empty() ? "0" : options.analysis.start.text);
+  }
+  return "";
 }
 
 // "scan" is understood where no verb stands.
@@ -223,7 +269,8 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
                    " side by side")
       ->required();
   report->add_option("-o,--output", options->output,
-                     "file to write (report.html in the folder; of several: lumascan-report.html)");
+                     "file to write, - for standard output (report.html in the folder; of several:"
+                     " lumascan-report.html)");
   CLI::App* const probe = app.add_subcommand("probe", "say what a file says about itself");
   probe->add_option("INPUT", options->inputs, "video files")->required();
   probe->add_flag("--json", options->printsJson, "print JSON");
@@ -245,8 +292,9 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   if (probe->parsed()) options->verb = Verb::PROBE;
   if (scan->parsed()) {
     if (options->output.empty()) options->output = "lumascan-results";
-    if (options->inputs.empty() && options->filesFrom.empty()) {
-      std::fprintf(stderr, "lumascan: there is no input\nTry 'lumascan --help'.\n");
+    const std::string mistake = contradictionIn(*options);
+    if (!mistake.empty()) {
+      std::fprintf(stderr, "lumascan: %s\nTry 'lumascan --help'.\n", mistake.c_str());
       return USAGE;
     }
   }

@@ -45,7 +45,8 @@ int runEvents(const Options& options) {
   if (!chooseThresholds(options, &thresholds)) return USAGE;
   int status = DONE;
   Json all = Json::array();
-  if (!options.printsJson) std::printf("path,%s\r\n", EVENT_COLUMNS);
+  const bool printsCsv = !options.printsJson && !options.isQuiet;
+  if (printsCsv) std::printf("path,%s\r\n", EVENT_COLUMNS);
   for (const std::string& folder : namedResults(options, &status)) {
     VideoResult result;
     if (!readStored(folder, &result, &status)) continue;
@@ -55,7 +56,7 @@ int runEvents(const Options& options) {
     for (const Event& event : result.events) {
       const bool isFinding = options.failOn.has_value() && event.severity >= *options.failOn;
       if (isFinding) status = std::max<int>(status, FOUND);
-      if (options.printsJson) continue;
+      if (!printsCsv) continue;
       std::printf("%s,%s\r\n", csvField(path).c_str(), eventColumns(event).c_str());
     }
     all.push_back({{"path", path},
@@ -64,7 +65,7 @@ int runEvents(const Options& options) {
                    {"reasons", record.judgement.reasons},
                    {"events", eventsJson(result.events)}});
   }
-  if (options.printsJson) std::fputs(jsonText(all).c_str(), stdout);
+  if (options.printsJson && !options.isQuiet) std::fputs(jsonText(all).c_str(), stdout);
   return finishOutput(status);
 }
 
@@ -82,6 +83,10 @@ int runReport(const Options& options) {
   std::vector<const VideoResult*> inputs;
   inputs.reserve(results.size());
   for (const VideoResult& result : results) inputs.push_back(&result);
+  if (options.output == "-") {
+    writeReport(inputs, stdout);
+    return finishOutput(status);
+  }
   std::string path = options.output;
   if (path.empty()) {
     path = folders.size() == 1 ? (fs::path(folders[0]) / "report.html").string()

@@ -1,5 +1,6 @@
 #include "scan/video/position.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -33,7 +34,12 @@ std::vector<std::string_view> splitAtColons(std::string_view text) {
 
 bool parsePosition(const std::string& text, Position* position) {
   *position = {text, false, 0.0, 0};
-  std::vector<std::string_view> parts = splitAtColons(text);
+  // Drop-frame timecodes, which go with the clock, have a semicolon before the frames.
+  std::string colons = text;
+  const size_t last = text.find_last_of(":;");
+  if (last != std::string::npos && std::count(text.begin(), text.end(), ':') == 2)
+    colons[last] = ':';
+  std::vector<std::string_view> parts = splitAtColons(colons);
   if (parts.size() == 2 && parts[0] == "f") {
     position->isFrame = true;
     return parseWhole(parts[1], &position->frames);

@@ -13,8 +13,8 @@ struct Position {
 };
 
 // "f:300" is a frame, counted from 0. Times are seconds ("12.5"), MM:SS or HH:MM:SS, both with or
-// without decimals, or a timecode HH:MM:SS:FF, whose last part counts frames. False for any other
-// text.
+// without decimals, or a timecode HH:MM:SS:FF or HH:MM:SS;FF, whose last part counts frames. False
+// for any other text.
 bool parsePosition(const std::string& text, Position* position);
 
 // Whether a frame is at the position or behind it. `time` is in seconds, `fps` in frames per

@@ -248,6 +248,14 @@ TEST(Commands, printNothing_whenQuiet) {
   const ProgramRun run = lumascan(directory, {"a.mp4", "-q"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out + run.err, "");
+  for (const Arguments& format : {Arguments{}, {"--json"}}) {
+    Arguments arguments = {"events", "lumascan-results", "-q", "--fail-on", "info"};
+    arguments.insert(arguments.end(), format.begin(), format.end());
+    const ProgramRun events = lumascan(directory, arguments);
+    EXPECT_EQ(events.status,
+              lumascan(directory, {"events", "lumascan-results", "--fail-on", "info"}).status);
+    EXPECT_EQ(events.out + events.err, "");
+  }
 }
 
 TEST(Commands, tellProgressAsJson) {
@@ -350,6 +358,10 @@ TEST(Commands, renderStoredResultsAgain) {
   const std::string both = readFile(directory.path + "/both.html");
   EXPECT_NE(both.find("a.mp4"), std::string::npos);
   EXPECT_NE(both.find("b.avi"), std::string::npos);
+  const ProgramRun printed = lumascan(directory, {"report", "lumascan-results", "-o", "-"});
+  EXPECT_EQ(printed.status, 0);
+  EXPECT_TRUE(printed.out == both);
+  EXPECT_EQ(printed.err, "");
   EXPECT_EQ(lumascan(directory, {"report", "lumascan-results", "-o", "no/such/folder"}).status, 4);
   // The page on several videos is that of none of them.
   fs::remove(page);

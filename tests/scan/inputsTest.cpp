@@ -157,6 +157,22 @@ TEST(FindInputs, readsAListWithOneNameALine) {
   EXPECT_EQ(filesOf(options), Names({"d.mp4", "b c.mp4", "clips/e.mp4", "a.mp4"}));
 }
 
+TEST(FindInputs, readsAListFromAnotherSystem_whoseLinesEndInTwoBytes) {
+  const CurrentFolder here;
+  makeFiles({"a.mp4", "b.mp4", "c.mp4"});
+  Options options = scanOf({});
+  options.filesFrom = "list";
+  writeFile("list", "a.mp4\r\n\r\nb.mp4\r\nc.mp4");
+  EXPECT_EQ(filesOf(options), Names({"a.mp4", "b.mp4", "c.mp4"}));
+}
+
+TEST(FindInputs, takesNumberedFilesInTheOrderOfTheirNumbers) {
+  const CurrentFolder here;
+  makeFiles({"day 10/1.mp4", "day 2/1.mp4", "clip_10.mp4", "clip_2.mp4", "clip_1.mp4"});
+  EXPECT_EQ(filesOf({"."}),
+            Names({"clip_1.mp4", "clip_2.mp4", "clip_10.mp4", "day 2/1.mp4", "day 10/1.mp4"}));
+}
+
 TEST(FindInputs, readsAListWithZeroBytes_whereNamesMayHaveLineFeeds) {
   const CurrentFolder here;
   makeFiles({"a.mp4", "b\nc.mp4"});

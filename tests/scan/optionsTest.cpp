@@ -277,12 +277,44 @@ TEST(ParseOptions, refusesNumbersOutOfTheirRange) {
   for (const char* const number : {"-1", "4097", "1.5", "x", ""}) {
     expectMistake({"a.mp4", std::string("--jobs=") + number}, "--jobs");
   }
-  for (const char* const number : {"0", "-25", "x", "nan", "inf", "25fps"}) {
-    expectMistake({"a.mp4", std::string("--fps=") + number}, "--fps");
+  for (const char* const rate : {"0", "-25", "x", "nan", "inf", "25fps", "1/0", "0/1", "1/", "/2",
+                                 "30000/1001/2", "-1/-2"}) {
+    expectMistake({"a.mp4", std::string("--fps=") + rate},
+                  '"' + std::string(rate) + "\" is neither a number above 0 nor a fraction");
   }
   for (const char* const number : {"-1", "x", "nan", "2m"}) {
     expectMistake({"a.mp4", std::string("--stall-timeout=") + number}, "--stall-timeout");
   }
+}
+
+TEST(ParseOptions, readsRatesAsNumbersAndFractions) {
+  EXPECT_EQ(scanWith({"--fps", "29.97"}).analysis.fps, 29.97);
+  EXPECT_EQ(scanWith({"--fps", "30000/1001"}).analysis.fps, 30000.0 / 1001.0);
+}
+
+TEST(ParseOptions, refusesAnEndThatIsNotBehindTheStart) {
+  const std::vector<std::pair<std::string, std::string>> empty = {
+      {"2", "1"},  {"2", "2"},       {"f:9", "f:9"},         {"", "0"},
+      {"", "f:0"}, {"1:00", "59.5"}, {"0:0:2:5", "0:0:2:5"}, {"0:0:2:5", "0:0:2;4"},
+  };
+  for (const auto& [start, end] : empty) {
+    Arguments arguments = {"a.mp4", "--end", end};
+    if (!start.empty()) arguments.insert(arguments.end(), {"--start", start});
+    expectMistake(arguments,
+                  "--end " + end + " is not behind --start " + (start.empty() ? "0" : start));
+  }
+  // Of these only the frame rate could tell.
+  for (const auto& [start, end] : {std::pair("2", "f:1"), {"f:9", "0.1"}, {"1.5", "0:0:1:20"}}) {
+    EXPECT_EQ(scanWith({"--start", start, "--end", end}).analysis.end.text, end);
+  }
+}
+
+TEST(ParseOptions, refusesAnEmptyNameForResults) {
+  expectMistake({"a.mp4", "-o", ""}, "--output");
+}
+
+TEST(ParseOptions, refusesStandardInputForTwoThings) {
+  expectMistake({"-", "--files-from", "-"}, "standard input is either a video or a list of files");
 }
 
 TEST(ParseOptions, refusesWhatIsNoPosition) {

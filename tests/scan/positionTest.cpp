@@ -55,6 +55,18 @@ TEST(Position, readsATimecode_countingItsLastPartInFrames) {
   EXPECT_EQ(position.frames, 4);
 }
 
+TEST(Position, readsADropFrameTimecode) {
+  const Position position = positionOf("01:02:03;04");
+  EXPECT_FALSE(position.isFrame);
+  EXPECT_EQ(position.seconds, 3723.0);
+  EXPECT_EQ(position.frames, 4);
+  for (const char* const text :
+       {"1;2", "01;02:03:04", "01:02;03", "01:02:03;", "1:2:3;4;5", "f;4"}) {
+    Position other;
+    EXPECT_FALSE(parsePosition(text, &other)) << text;
+  }
+}
+
 TEST(Position, forgetsWhatItWasBefore) {
   Position position = {"f:7", true, 3.0, 7};
   ASSERT_TRUE(parsePosition("2", &position));
