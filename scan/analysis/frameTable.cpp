@@ -51,9 +51,9 @@ bool parseFlag(std::string_view field, bool* flag) {
 
 // Whether a line has as many fields as the header, and only what shortestText() makes of numbers.
 bool hasFormOfRow(std::string_view line, bool hasMessages) {
-  const size_t COMMAS = 5 + INDICATORS + (hasMessages ? 1 : 0);
+  const size_t commas = 5 + INDICATORS + (hasMessages ? 1 : 0);
   const bool isNumeric = line.find_first_not_of("0123456789+-.e,") == std::string_view::npos;
-  return isNumeric && static_cast<size_t>(std::count(line.begin(), line.end(), ',')) == COMMAS;
+  return isNumeric && static_cast<size_t>(std::count(line.begin(), line.end(), ',')) == commas;
 }
 
 bool parseRow(std::string_view line, bool hasMessages, int64_t* frame, FrameRow* row) {

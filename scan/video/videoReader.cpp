@@ -64,9 +64,18 @@ double seconds(int64_t time, AVRational unit) {
   return static_cast<double>(time) * unit.num / unit.den;
 }
 
+// Seconds at which the container's first stream begins. FFmpeg rounds them to microseconds; the
+// stream that they are from knows them exactly.
 double startOf(const AVFormatContext& container) {
-  return container.start_time == AV_NOPTS_VALUE ? 0.0
-                                                : seconds(container.start_time, AV_TIME_BASE_Q);
+  if (container.start_time == AV_NOPTS_VALUE) return 0.0;
+  for (unsigned int i = 0; i < container.nb_streams; ++i) {
+    const AVStream& stream = *container.streams[i];
+    const bool isFirst =
+        stream.start_time != AV_NOPTS_VALUE &&
+        av_rescale_q(stream.start_time, stream.time_base, AV_TIME_BASE_Q) == container.start_time;
+    if (isFirst) return seconds(stream.start_time, stream.time_base);
+  }
+  return seconds(container.start_time, AV_TIME_BASE_Q);
 }
 
 void addDamage(DamageMessage message, VideoReader* reader) {

@@ -211,6 +211,17 @@ TEST(VideoReader, takesTimesFromTheStartOfTheFile_whateverTheirZeroIs) {
   EXPECT_NEAR(readAll(directory.path + "/sound.ts").times[0], 0.5, 0.1);
 }
 
+TEST(VideoReader, beginsAtZero_whereTheStartIsNoWholeMicrosecond) {
+  const TemporaryDirectory directory;
+  // The first frame at a thirtieth of a second, in units of that.
+  ffmpeg(directory, {"-f", "lavfi", "-i", "testsrc2=size=64x64:rate=30:duration=1", "-vf",
+                     "setpts=PTS+1", "-c:v", "ffv1", "clip.nut"});
+  const Reading reading = readAll(directory.path + "/clip.nut");
+  ASSERT_EQ(reading.times.size(), 30u);
+  EXPECT_EQ(reading.times[0], 0.0);
+  EXPECT_NEAR(reading.times[29], 29.0 / 30.0, 1e-12);
+}
+
 TEST(VideoReader, knowsTheAverageFrameRate) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.mkv", {"-c:v", "ffv1"},
