@@ -25,6 +25,7 @@ bool seekKey(const FramePlace& key, FrameSearch* search) {
     return false;
   }
   avcodec_flush_buffers(reader.decoder.get());
+  reader.ahead.clear();
   reader.isDrained = false;
   const AVFrame& picture = *search->picture;
   while (readNext(search) && picture.best_effort_timestamp <= key.pts) {

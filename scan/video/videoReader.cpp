@@ -1,6 +1,7 @@
 #include "scan/video/videoReader.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <string_view>
@@ -160,14 +161,61 @@ void noteEnd(const AVPacket& packet, VideoReader* reader) {
 }
 
 // The container's next packet. A demuxer may need several attempts to find one behind damage.
-int readPacket(VideoReader* reader) {
-  AVFormatContext* const container = reader->container.get();
+int readFrom(AVFormatContext* container, AVPacket* packet) {
   for (;;) {
     const int64_t place = container->pb == nullptr ? 0 : avio_tell(container->pb);
-    av_packet_unref(reader->packet.get());
-    const int read = av_read_frame(container, reader->packet.get());
+    const int read = av_read_frame(container, packet);
     const bool hasMoved = container->pb != nullptr && avio_tell(container->pb) > place;
     if (read != AVERROR(EAGAIN) || !hasMoved) return read;
+  }
+}
+
+int readPacket(VideoReader* reader) {
+  av_packet_unref(reader->packet.get());
+  if (reader->ahead.empty()) return readFrom(reader->container.get(), reader->packet.get());
+  av_packet_move_ref(reader->packet.get(), reader->ahead.front().get());
+  reader->ahead.pop_front();
+  return 0;
+}
+
+// The median of the steps between times, 0 where there are none.
+int64_t usualStep(std::vector<int64_t> times) {
+  std::sort(times.begin(), times.end());
+  std::vector<int64_t> steps;
+  for (size_t i = 1; i < times.size(); ++i) {
+    if (times[i] > times[i - 1]) steps.push_back(times[i] - times[i - 1]);
+  }
+  if (steps.empty()) return 0;
+  const auto middle = steps.begin() + static_cast<ptrdiff_t>(steps.size() / 2);
+  std::nth_element(steps.begin(), middle, steps.end());
+  return *middle;
+}
+
+// Gives a stream without an average rate that of its first packets: FFmpeg's guess where it agrees
+// with the usual step between them, which containers round, and else what that step makes.
+void findFrameRate(VideoReader* reader) {
+  constexpr size_t ENOUGH = 32;     // packets of the video
+  constexpr size_t MOST = 1000;     // of all streams
+  constexpr double ROUNDING = 0.1;  // of a step
+  AVStream& stream = *reader->stream;
+  if (stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0) return;
+  std::vector<int64_t> times;
+  while (times.size() < ENOUGH && reader->ahead.size() < MOST) {
+    FfmpegOwner<AVPacket> packet(av_packet_alloc());
+    if (readFrom(reader->container.get(), packet.get()) < 0) break;
+    const int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts;
+    if (packet->stream_index == stream.index && time != AV_NOPTS_VALUE) times.push_back(time);
+    reader->ahead.push_back(std::move(packet));
+  }
+  const int64_t step = usualStep(times);
+  if (step == 0) return;
+  const AVRational guess = stream.r_frame_rate;
+  const double frames = seconds(step, stream.time_base) * (guess.num > 0 ? av_q2d(guess) : 0.0);
+  if (std::fabs(frames - 1.0) <= ROUNDING) {
+    stream.avg_frame_rate = guess;
+  } else {
+    av_reduce(&stream.avg_frame_rate.num, &stream.avg_frame_rate.den, stream.time_base.den,
+              stream.time_base.num * step, INT_MAX);
   }
 }
 
@@ -249,6 +297,7 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   error = avcodec_open2(reader->decoder.get(), codec, nullptr);
   if (error < 0) return ffmpegError(error);
   reader->packet.reset(av_packet_alloc());
+  findFrameRate(reader);
   return "";
 }
 

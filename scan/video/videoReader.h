@@ -3,6 +3,7 @@
 #define LUMASCAN_VIDEO_READER_H
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ struct VideoReader {
   FfmpegOwner<AVFormatContext> container;
   FfmpegOwner<AVCodecContext> decoder;
   FfmpegOwner<AVPacket> packet;
+  std::deque<FfmpegOwner<AVPacket>> ahead;  // read to see the frame rate, and still to be decoded
   // The video. Not to be looked up while another thread reads: a stream that begins late moves the
   // container's list.
   AVStream* stream = nullptr;
@@ -72,7 +74,8 @@ double presentationDuration(const VideoReader& reader, const AVFrame& picture);
 // Whether the decoder found damage in the picture.
 bool isCorrupt(const AVFrame& picture);
 
-// Average frames per second of the stream; 25 when it does not say.
+// Average frames per second of the stream. Where it does not say, what its first packets show; 25
+// where they show nothing.
 double averageFrameRate(const VideoReader& reader);
 
 // Seconds that the container says it lasts; NaN when it does not, or when that is only a guess from

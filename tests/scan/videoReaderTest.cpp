@@ -231,6 +231,25 @@ TEST(VideoReader, knowsTheAverageFrameRate) {
   EXPECT_NEAR(averageFrameRate(reader), 30000.0 / 1001.0, 1e-6);
 }
 
+TEST(VideoReader, knowsTheFrameRateOfPackets_whereTheStreamDoesNotSay) {
+  const TemporaryDirectory directory;
+  const auto rateOf = [&](const std::string& name) {
+    VideoReader reader;
+    EXPECT_EQ(openVideo({directory.path + "/" + name, 0, 0, ""}, 1, &reader), "");
+    return averageFrameRate(reader);
+  };
+  for (const auto& [text, rate] :
+       {std::pair("50", 50.0), {"30000/1001", 30000.0 / 1001.0}, {"12", 12.0}}) {
+    const std::string source = "testsrc2=size=64x64:duration=2:rate=" + std::string(text);
+    makeClip(directory, "clip.ogv", {"-c:v", "libtheora"}, source);
+    makeClip(directory, "clip.ivf", {"-c:v", "libvpx", "-deadline", "realtime"}, source);
+    EXPECT_NEAR(rateOf("clip.ogv"), rate, 1e-9);
+    EXPECT_NEAR(rateOf("clip.ivf"), rate, 1e-9);
+    // What was read to see the rate is decoded all the same.
+    expectFrames(directory, "clip.ogv", static_cast<size_t>(std::lround(2 * rate)), 64, 64);
+  }
+}
+
 TEST(VideoReader, choosesTheVideoAmongOtherStreams) {
   const TemporaryDirectory directory;
   makeClip(directory, "cover.png", {"-frames:v", "1"}, "testsrc2=size=640x480");
