@@ -55,8 +55,11 @@ std::string damageText(const AnalysisFacts& analysis) {
   const std::optional<int64_t>& corrupt = analysis.corruptFrames;
   const std::optional<int64_t>& errors = analysis.decodeErrors;
   if (!corrupt && !errors) return "";
-  if (corrupt.value_or(0) <= 0 && errors.value_or(0) <= 0) return "none";
-  return joined({countText(corrupt, "damaged frame"), countText(errors, "decoding error")}, ", ");
+  const bool isSaid = analysis.messages > 0;
+  if (corrupt.value_or(0) <= 0 && errors.value_or(0) <= 0 && !isSaid) return "none";
+  return joined({countText(corrupt, "damaged frame"), countText(errors, "decoding error"),
+                 isSaid ? countText(analysis.messages, "message") : ""},
+                ", ");
 }
 
 }  // namespace

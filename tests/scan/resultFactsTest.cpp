@@ -62,6 +62,9 @@ TEST(Facts, countWhatIsDamaged) {
   EXPECT_EQ(damageOf(1, 1), "1 damaged frame, 1 decoding error");
   EXPECT_EQ(damageOf(0, 0), "none");
   EXPECT_EQ(damageOf(std::nullopt, std::nullopt), "");
+  record.analysis->messages = 14;
+  EXPECT_EQ(damageOf(0, 0), "0 damaged frames, 0 decoding errors, 14 messages");
+  EXPECT_EQ(damageOf(3, std::nullopt), "3 damaged frames, 14 messages");
 }
 
 TEST(Facts, giveTheRateOfTheFile_notTheOneOfTheAnalysis) {
