@@ -18,7 +18,7 @@ constexpr char FIRST_COLUMNS[] = "frame,pts,time_s,duration_s,keyframe,corrupt";
 // What no video reaches, while all that is computed of frames and times stays a number.
 constexpr int64_t LAST_FRAME = int64_t{1} << 53;
 constexpr double FARTHEST_TIME = 1e30;       // seconds
-constexpr char LAST_COLUMN[] = ",messages";  // files of version 1.0 end before it
+constexpr char LAST_COLUMN[] = ",messages";  // older files end before it
 constexpr size_t LONGEST_LINE = 1024;        // bytes; twenty-two numbers of at most 25
 
 std::string header() {

@@ -142,7 +142,7 @@ void notePacket(const AVPacket& packet, VideoReader* reader) {
   if (packet.pos >= 0) placeContainerMessages(packet.pos, reader);
   const int64_t time = packet.pts == AV_NOPTS_VALUE ? packet.dts : packet.pts;
   if (time != AV_NOPTS_VALUE) {
-    reader->packetTime = seconds(time, reader->stream->time_base) - startOf(*reader->container);
+    reader->packetTime = seconds(time, reader->stream->time_base) - reader->start;
   }
   if ((packet.flags & AV_PKT_FLAG_KEY) == 0 || reader->hasKeyPacket) return;
   reader->hasKeyPacket = true;
@@ -156,7 +156,7 @@ void noteEnd(const AVPacket& packet, VideoReader* reader) {
   const AVStream& stream = *reader->container->streams[packet.stream_index];
   const double end = seconds(time + packet.duration, stream.time_base);
   // What begins late has declared that as well, what begins before zero has not.
-  const double before = std::min(0.0, startOf(*reader->container));
+  const double before = std::min(0.0, reader->start);
   reader->lastEnd = std::max(reader->lastEnd, end - before);
 }
 
@@ -247,7 +247,7 @@ int feed(VideoReader* reader) {
 }
 
 // What a decoder leaves out of a damaged picture must not show what the memory has held before:
-// that depends on who has freed his frames by then.
+// that depends on which frames were freed by then.
 int cleanBuffer(AVCodecContext* decoder, AVFrame* picture, int flags) {
   const int error = avcodec_default_get_buffer2(decoder, picture, flags);
   for (int plane = 0; error >= 0 && plane < AV_NUM_DATA_POINTERS; ++plane) {
@@ -279,6 +279,7 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   if (found == AVERROR_STREAM_NOT_FOUND) return "there is no video in it";
   if (found < 0) return ffmpegError(found);
   reader->stream = container->streams[found];
+  reader->start = startOf(*container);
 
   reader->decoder.reset(avcodec_alloc_context3(codec));
   error = avcodec_parameters_to_context(reader->decoder.get(), videoStream(*reader).codecpar);
@@ -338,7 +339,7 @@ const AVStream& videoStream(const VideoReader& reader) {
 double presentationTime(const VideoReader& reader, const AVFrame& picture) {
   const int64_t timestamp = picture.best_effort_timestamp;
   if (timestamp == AV_NOPTS_VALUE) return UNKNOWN;
-  return seconds(timestamp, videoStream(reader).time_base) - startOf(*reader.container);
+  return seconds(timestamp, videoStream(reader).time_base) - reader.start;
 }
 
 double presentationDuration(const VideoReader& reader, const AVFrame& picture) {

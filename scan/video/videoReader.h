@@ -30,18 +30,18 @@ struct VideoReader {
   // The video. Not to be looked up while another thread reads: a stream that begins late moves the
   // container's list.
   AVStream* stream = nullptr;
+  double start = 0.0;              // seconds: where the container's time begins
   bool isDrained = false;          // the container has no further packets
   bool hasKeyPacket = false;       // a packet of a key frame has come
   double packetTime = UNKNOWN;     // seconds: when what is in the last packet so far is shown
   double keyPacketTime = UNKNOWN;  // the same of the first one of a key frame
-  int64_t decodeErrors = 0;        // packets that the decoder has refused since then
-  int64_t refusedBefore = 0;       // and before
+  int64_t decodeErrors = 0;        // packets that the decoder has refused since one came
+  int64_t refusedBefore = 0;       // and before it
   bool endsInDamage = false;       // the video's last packet so far was not whole
   double lastEnd = 0.0;   // seconds from zero: when the last packet so far, of any stream, ends
   int64_t bytesRead = 0;  // place in the file behind the last packet so far
-  std::vector<ContainerMessage>
-      unplaced;                       // what was said about bytes behind the last packet so far
-  std::vector<DamageMessage> damage;  // what was said and is not taken yet
+  std::vector<ContainerMessage> unplaced;  // said about bytes behind the last packet so far
+  std::vector<DamageMessage> damage;       // said and not taken yet
   // What was said of a stream that begins in the middle of a group of pictures, where it must come
   // to that: before its first key frame, and of pictures shown before that.
   std::vector<DamageMessage> beforeKeyFrame;  // at most MOST_BEFORE_KEY_FRAME

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <optional>
 #include <sstream>
@@ -103,6 +104,16 @@ std::optional<bool> truncationOf(const VideoSource& source) {
   }
   EXPECT_EQ(error, "");
   return isTruncated(reader);
+}
+
+// Overwrites what some of the pictures in a file begin with. Returns how many pictures there are.
+int spoil(const std::string& beginning, const std::function<bool(int)>& isSpoilt,
+          std::string* bytes) {
+  int pictures = 0;
+  for (size_t at = 0; (at = bytes->find(beginning, at)) != std::string::npos; ++at) {
+    if (isSpoilt(pictures++)) (*bytes)[at] = 'x';
+  }
+  return pictures;
 }
 
 const std::optional<bool> notTruncated = false;
@@ -213,7 +224,7 @@ TEST(VideoReader, takesTimesFromTheStartOfTheFile_whateverTheirZeroIs) {
 
 TEST(VideoReader, beginsAtZero_whereTheStartIsNoWholeMicrosecond) {
   const TemporaryDirectory directory;
-  // The first frame at a thirtieth of a second, in units of that.
+  // The first frame at a thirtieth of a second, which is no whole microsecond.
   ffmpeg(directory, {"-f", "lavfi", "-i", "testsrc2=size=64x64:rate=30:duration=1", "-vf",
                      "setpts=PTS+1", "-c:v", "ffv1", "clip.nut"});
   const Reading reading = readAll(directory.path + "/clip.nut");
@@ -363,11 +374,9 @@ TEST(VideoReader, passesOverPicturesThatTheDecoderRefuses) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.avi", {"-c:v", "png"});
   std::string bytes = readFile(directory.path + "/clip.avi");
-  int pictures = 0;
-  for (size_t at = 0; (at = bytes.find("\x89PNG", at)) != std::string::npos; ++at) {
-    if (pictures++ % 5 == 2) bytes[at] = 'x';
-  }
-  ASSERT_EQ(pictures, 25);
+  ASSERT_EQ(spoil(
+                "\x89PNG", [](int picture) { return picture % 5 == 2; }, &bytes),
+            25);
   writeFile(directory.path + "/damaged.avi", bytes);
   for (const int threads : {1, 0}) {
     const Reading reading = readAll(directory.path + "/damaged.avi", threads);
@@ -382,11 +391,9 @@ TEST(VideoReader, countsEachRefusedPictureOnce_atTheEndToo) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.mkv", {"-c:v", "png"});
   std::string bytes = readFile(directory.path + "/clip.mkv");
-  int picture = 0;
-  for (size_t at = 0; (at = bytes.find("IHDR", at)) != std::string::npos; ++at) {
-    if (picture++ >= 23) bytes[at] = 'x';
-  }
-  ASSERT_EQ(picture, 25);
+  ASSERT_EQ(spoil(
+                "IHDR", [](int picture) { return picture >= 23; }, &bytes),
+            25);
   writeFile(directory.path + "/clip.mkv", bytes);
   // Several threads tell of the last ones when there is nothing more to decode.
   for (const int threads : {1, 4}) {
