@@ -76,6 +76,7 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
   LumaConverter converter;
   TemporalResults temporal = {};
   double expected = 0.0;  // seconds: when the next frame appears
+  double last = UNKNOWN;  // when the last one appeared
   for (int64_t frame = 0;; ++frame) {
     const DecodedFrame decoded = next();
     outcome->error = decoded.error;
@@ -86,6 +87,7 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
     if (decoded.result == ReadResult::END) {
       outcome->isTruncated = isTruncated(reader);
       outcome->messagesBehind = keepMessages(decoded.damage, outcome);
+      if (!outcome->isTruncated) outcome->missingAtEnd = framesMissingBehind(reader, last);
       return AnalysisEnd::COMPLETE;
     }
     if (decoded.result == ReadResult::FAILURE) return AnalysisEnd::READ_ERROR;
@@ -93,6 +95,7 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
     const AVFrame& picture = *decoded.picture;
     const double time = timeOf(reader, picture, expected);
     expected = timeBehind(reader, picture, time);
+    last = time;
     const bool isEnding = !options.end.text.empty();
     if (isEnding && isAtOrBehind(frame, time, fps, options.end)) return AnalysisEnd::COMPLETE;
     if (!isAtOrBehind(frame, time, fps, options.start)) continue;

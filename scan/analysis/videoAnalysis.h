@@ -55,6 +55,9 @@ struct AnalysisOutcome {
   int64_t messages;                          // others
   int64_t messagesBehind;                    // of these, behind the last frame
   std::vector<DamageMessage> firstMessages;  // at most MOST_MESSAGES
+  // Frames that should have come behind the last one; 0 where the file's end was not reached or is
+  // missing.
+  int64_t missingAtEnd;
 };
 
 constexpr size_t MOST_MESSAGES = 20;

@@ -19,10 +19,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::array VIDEO_EXTENSIONS = {
-    "264", "265",  "3g2",  "3gp",  "asf",  "avc", "avi",  "dv",   "divx", "f4v", "flv",   "gif",
-    "gxf", "h264", "h265", "hevc", "ivf",  "m1v", "m2t",  "m2ts", "m2v",  "m4v", "mjpeg", "mjpg",
-    "mkv", "mov",  "mp4",  "mpe",  "mpeg", "mpg", "mpv",  "mts",  "mxf",  "nut", "obu",   "ogm",
-    "ogv", "qt",   "rm",   "rmvb", "ts",   "vob", "webm", "wmv",  "y4m"};
+    "264", "265",  "3g2",  "3gp",  "asf",  "avc", "avi", "dv",   "divx", "f4v", "flv",   "gif",
+    "gxf", "h264", "h265", "hevc", "ivf",  "m1v", "m2t", "m2ts", "m2v",  "m4v", "mjpeg", "mjpg",
+    "mkv", "mov",  "mp4",  "mpe",  "mpeg", "mpg", "mpv", "mts",  "mxf",  "nut", "obu",   "ogm",
+    "ogv", "qt",   "rm",   "rmvb", "roq",  "ts",  "vob", "webm", "wmv",  "y4m"};
 // Files that share a container with videos, and are none.
 constexpr std::array OTHER_EXTENSIONS = {"aac", "flac", "m4a", "mka",  "mp3", "oga",
                                          "ogg", "opus", "wav", "weba", "wma"};

@@ -57,6 +57,17 @@ void shareCores(size_t jobs, std::vector<Task>* tasks) {
   }
 }
 
+// Waits a little: the workers of a scan that has just been killed hold its lock until they end, too.
+bool lockDescriptor(int descriptor) {
+  constexpr int ATTEMPTS = 20;
+  constexpr std::chrono::milliseconds PAUSE(100);
+  for (int i = 0; i < ATTEMPTS; ++i) {
+    if (i > 0) std::this_thread::sleep_for(PAUSE);
+    if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
+  }
+  return false;
+}
+
 // Makes the folder, and keeps other scans out of it while the process lives. Negative, after a
 // message, when it cannot be had.
 int lockFolder(const std::string& folder) {
@@ -69,7 +80,7 @@ int lockFolder(const std::string& folder) {
   const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0) {
     complain("cannot open " + quoted(folder) + ": " + std::strerror(errno));
-  } else if (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+  } else if (!lockDescriptor(descriptor)) {
     complain("another scan is writing to " + quoted(folder));
     close(descriptor);
     return -1;

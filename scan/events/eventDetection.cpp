@@ -21,6 +21,10 @@ constexpr size_t NEIGHBOURS = 4;        // frames to either side that a scene cu
 constexpr double CONTAINER_ROUNDING = 1e-3;  // seconds; many containers round times to this
 // A threshold taken from the file's median: a stretch goes on for this share of the way to it.
 constexpr double RELATIVE_LEAVE = 0.75;
+// Steps from frame to frame are regular where so many of them are no further from their median
+// than this share of it.
+constexpr double REGULAR = 0.95;
+constexpr double JITTER = 0.25;
 
 // When each frame is shown. NaN: unknown.
 struct Times {
@@ -303,6 +307,37 @@ void findTimestampGaps(const Scene& scene, std::vector<Event>* events) {
   }
 }
 
+bool isRegular(const Values& time, double typicalStep) {
+  size_t regular = 0;
+  for (size_t i = 1; i < time.size(); ++i) {
+    if (std::fabs(time[i] - time[i - 1] - typicalStep) <= JITTER * typicalStep) ++regular;
+  }
+  return static_cast<double>(regular) >= REGULAR * static_cast<double>(time.size() - 1);
+}
+
+void addMissing(const Scene& scene, size_t row, double count, std::vector<Event>* events) {
+  Event event = eventAt(scene, row, row);
+  event.peakValue = count;
+  events->push_back(event);
+}
+
+void findMissingFrames(const Scene& scene, const StreamFindings& stream,
+                       std::vector<Event>* events) {
+  const Values& time = scene.table.time;
+  const double typical = scene.times.typicalStep;
+  if (!stream.hasOwnDurations && isRegular(time, typical)) {
+    // Encoders hold the first frame of a video when they begin before what they record.
+    const size_t held = scene.table.firstFrame == 0 ? 1 : 0;
+    const size_t first = std::max(rowsOfBeginning(scene.table, stream), held) + 1;
+    for (size_t i = first; i < time.size(); ++i) {
+      const double steps = (time[i] - time[i - 1]) / typical;
+      if (steps >= 2.0 - JITTER) addMissing(scene, i, std::round(steps) - 1.0, events);
+    }
+  }
+  if (stream.missingAtEnd > 0)
+    addMissing(scene, time.size() - 1, static_cast<double>(stream.missingAtEnd), events);
+}
+
 void findEvents(const Scene& scene, const StreamFindings& stream, std::vector<Event>* events) {
   const size_t last = scene.times.start.size() - 1;
   const size_t beginning = rowsOfBeginning(scene.table, stream);
@@ -333,6 +368,9 @@ void findEvents(const Scene& scene, const StreamFindings& stream, std::vector<Ev
       break;
     case EventKind::TIMESTAMP_GAP:
       findTimestampGaps(scene, events);
+      break;
+    case EventKind::MISSING:
+      findMissingFrames(scene, stream, events);
       break;
   }
 }

@@ -14,6 +14,8 @@ struct StreamFindings {
   bool isTruncated;
   bool hasSizeChange;            // the frame behind the last one has another size
   bool startsMidstream = false;  // with pictures whose key frame is missing
+  bool hasOwnDurations = false;  // how long each frame is shown was somebody's choice
+  int64_t missingAtEnd = 0;      // frames that should have come behind the last one
 };
 
 // All events, in order of their first frame and then of their type's name.
@@ -30,6 +32,9 @@ struct StreamFindings {
 //   such a frame, but what they say is the same once more.
 // Times are measured by presentation timestamps; frames without one are spaced by the frame rate.
 // When neither is known every run is long enough.
+//
+// Where the steps between frames are nearly all the same, a longer one is one in which frames are
+// missing, unless it follows the video's first frame. Their number is the event's value.
 //
 // The peak is the first of the worst frames. Events without a value have their first frame there.
 std::vector<Event> detectEvents(const FrameTable& table, const Thresholds& thresholds,

@@ -127,6 +127,7 @@ const std::array<EventRule, EVENT_TYPES> EVENT_RULES = {{
     {"size_change", "Change of the frame size", nullptr, EventKind::SIZE_CHANGE, Direction::ABOVE},
     {"timestamp_gap", "Gap between timestamps", nullptr, EventKind::TIMESTAMP_GAP,
      Direction::ABOVE},
+    {"missing_frames", "Missing frames", nullptr, EventKind::MISSING, Direction::ABOVE},
 }};
 
 // enter, leave, min_s, severity, enabled, mad, least, ratio, alone, hold_s. docs/thresholds.md says
@@ -153,6 +154,7 @@ const Thresholds DEFAULT_THRESHOLDS = {{
     {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // truncation
     {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // size_change
     {0.5, NONE, NONE, WARN, true, NONE, NONE, 3.0, NONE, NONE},      // timestamp_gap
+    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // missing_frames
 }};
 
 size_t eventTypeNamed(std::string_view type) {

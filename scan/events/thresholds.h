@@ -11,7 +11,7 @@
 #include "scan/events/event.h"
 #include "scan/files/jsonFwd.h"
 
-constexpr size_t EVENT_TYPES = 21;
+constexpr size_t EVENT_TYPES = 22;
 
 // How an event is found.
 enum class EventKind {
@@ -23,6 +23,7 @@ enum class EventKind {
   TRUNCATION,     // the last frame
   SIZE_CHANGE,    // the last frame
   TIMESTAMP_GAP,  // the frame behind a gap
+  MISSING,        // the frame behind others that are missing, or the last one before such
 };
 
 enum class Direction {

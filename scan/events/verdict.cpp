@@ -21,6 +21,7 @@ struct Group {
   int64_t frames;
   double seconds;  // NaN: unknown
   double firstStart;
+  double values;  // their peaks' sum
 };
 
 void addTo(std::vector<Group>* groups, const Event& event) {
@@ -28,11 +29,12 @@ void addTo(std::vector<Group>* groups, const Event& event) {
   const auto isSame = [&](const Group& group) { return group.type == type; };
   auto group = std::find_if(groups->begin(), groups->end(), isSame);
   if (group == groups->end())
-    group = groups->insert(group, {type, event.severity, 0, 0, 0.0, event.startTime});
+    group = groups->insert(group, {type, event.severity, 0, 0, 0.0, event.startTime, 0.0});
   group->severity = std::max(group->severity, event.severity);
   ++group->count;
   group->frames += event.lastFrame - event.firstFrame + 1;
   group->seconds += durationOf(event);
+  group->values += event.peakValue;
 }
 
 bool isWeightier(const Group& a, const Group& b) {
@@ -67,7 +69,12 @@ std::string reasonOf(const Group& group, double duration) {
   std::string text = std::string(rule.title) + ": ";
   if (isOne && hasLength(rule.kind) && group.seconds >= WHOLE * duration)
     return text + "throughout";
-  text += isOne ? "once" : std::to_string(group.count) + " times";
+  if (rule.kind == EventKind::MISSING) {
+    text += shortestText(group.values);
+    if (!isOne) text += fmt::format(" in {} places", group.count);
+  } else {
+    text += isOne ? "once" : std::to_string(group.count) + " times";
+  }
   if (hasLength(rule.kind) && group.seconds >= 0.0)
     text += ", " + secondsText(group.seconds) + (isOne ? "" : " in all");
   if (!std::isnan(group.firstStart))

@@ -94,6 +94,7 @@ Json analysisJson(const AnalysisFacts& analysis) {
   json["decode_errors"] = countJson(analysis.decodeErrors);
   json["messages"] = analysis.messages;
   json["messages_before_key_frame"] = analysis.messagesBeforeKeyFrame;
+  json["missing_at_end"] = analysis.missingAtEnd;
   json["ended_by"] = endName(analysis.endedBy);
   return json;
 }
@@ -244,6 +245,7 @@ std::optional<AnalysisFacts> readAnalysis(const Json& json) {
   analysis.decodeErrors = readCount(json, "decode_errors");
   analysis.messages = wholeNumberOf(json, "messages");
   analysis.messagesBeforeKeyFrame = wholeNumberOf(json, "messages_before_key_frame");
+  analysis.missingAtEnd = wholeNumberOf(json, "missing_at_end");
   analysis.endedBy = named(textOf(json, "ended_by"), ENDS, endName, AnalysisEnd::COMPLETE);
   return analysis;
 }

@@ -32,6 +32,11 @@ std::string shortcoming(const AnalysisOutcome& outcome) {
   return "";
 }
 
+// Containers of pictures each of which is shown for as long as its author chose.
+bool hasOwnDurations(const std::string& container) {
+  return container == "gif" || container == "apng" || container == "webp_pipe";
+}
+
 AnalysisFacts analysisFacts(const AnalysisOptions& options, const Measurement& measured) {
   const AnalysisOutcome& outcome = measured.outcome;
   const FrameTable& frames = measured.frames;
@@ -47,6 +52,7 @@ AnalysisFacts analysisFacts(const AnalysisOptions& options, const Measurement& m
   facts.decodeErrors = outcome.decodeErrors;
   facts.messages = outcome.messages;
   facts.messagesBeforeKeyFrame = outcome.messagesBeforeKeyFrame;
+  facts.missingAtEnd = outcome.missingAtEnd;
   facts.endedBy = outcome.end;
   return facts;
 }
@@ -114,8 +120,10 @@ void judgeResult(const Thresholds& thresholds, VideoResult* result) {
     const double frameRate = std::isnan(ofStream) ? record.analysis->fps : ofStream;
     const bool hasSizeChange = record.analysis->endedBy == AnalysisEnd::SIZE_CHANGE;
     const bool startsMidstream = record.analysis->messagesBeforeKeyFrame > 0;
+    const bool isAnimation = record.input.stream && hasOwnDurations(record.input.stream->container);
     result->events = detectEvents(result->frames, thresholds,
-                                  {frameRate, record.isTruncated, hasSizeChange, startsMidstream});
+                                  {frameRate, record.isTruncated, hasSizeChange, startsMidstream,
+                                   isAnimation, record.analysis->missingAtEnd});
     duration = endOfLast(result->frames, frameRate) - result->frames.time.front();
   }
   record.judgement = judge(record.status, record.error, result->events, duration);

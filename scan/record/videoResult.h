@@ -47,6 +47,7 @@ struct AnalysisFacts {
   std::optional<int64_t> decodeErrors;
   int64_t messages = 0;                // of damage
   int64_t messagesBeforeKeyFrame = 0;  // others, of a stream that begins between key frames
+  int64_t missingAtEnd = 0;            // frames that should have come behind the last one
   AnalysisEnd endedBy = AnalysisEnd::COMPLETE;
 };
 

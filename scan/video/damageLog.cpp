@@ -10,6 +10,10 @@ namespace {
 // Formats of FFmpeg 5.1 for what it does not hold for an error.
 constexpr std::string_view DAMAGED_PACKET = "Packet corrupt (stream = %d";
 constexpr std::string_view LOST_PACKETS = "Continuity check failed for pid %d";
+// Of a parser, which names a decoder of its own.
+constexpr std::string_view LOST_PICTURE = "missing picture in access unit";
+
+thread_local AVFormatContext* readContainer = nullptr;
 
 bool startsWith(const char* text, std::string_view start) {
   return std::string_view(text).substr(0, start.size()) == start;
@@ -53,7 +57,7 @@ void addContainerMessage(const AVFormatContext& container, int level, const char
 void addDecoderMessage(const AVCodecContext& decoder, int level, const char* format,
                        va_list arguments) {
   auto* const log = static_cast<DamageLog*>(decoder.opaque);
-  if (log == nullptr || level > AV_LOG_ERROR) return;
+  if (level > AV_LOG_ERROR) return;
   const std::string text = formatted(format, arguments);
   const std::lock_guard<std::mutex> lock(log->mutex);
   log->unfinished += text;
@@ -62,14 +66,25 @@ void addDecoderMessage(const AVCodecContext& decoder, int level, const char* for
   log->unfinished.clear();
 }
 
+// Of parts that belong to a container without knowing it: some demuxers, filters of packets,
+// parsers.
+void addReadersMessage(const AVClass* kind, int level, const char* format, va_list arguments) {
+  const bool isOfDecoder = kind == avcodec_get_class() && !startsWith(format, LOST_PICTURE);
+  if (readContainer == nullptr || isOfDecoder || kind == sws_get_class()) return;
+  addContainerMessage(*readContainer, level, format, arguments);
+}
+
 void listen(void* source, int level, const char* format, va_list arguments) {
   const AVClass* const kind = source == nullptr ? nullptr : *static_cast<const AVClass**>(source);
   va_list copy;
   va_copy(copy, arguments);
   if (kind == avformat_get_class()) {
     addContainerMessage(*static_cast<AVFormatContext*>(source), level, format, copy);
-  } else if (kind == avcodec_get_class()) {
+  } else if (kind == avcodec_get_class() &&
+             static_cast<AVCodecContext*>(source)->opaque != nullptr) {
     addDecoderMessage(*static_cast<AVCodecContext*>(source), level, format, copy);
+  } else {
+    addReadersMessage(kind, level, format, copy);
   }
   va_end(copy);
   if (kind != sws_get_class()) av_log_default_callback(source, level, format, arguments);
@@ -79,6 +94,14 @@ void listen(void* source, int level, const char* format, va_list arguments) {
 
 void listenToFfmpeg() {
   av_log_set_callback(listen);
+}
+
+Listening::Listening(AVFormatContext* container) {
+  readContainer = container;
+}
+
+Listening::~Listening() {
+  readContainer = nullptr;
 }
 
 std::vector<ContainerMessage> takeContainerMessages(DamageLog* log) {

@@ -36,6 +36,15 @@ struct DamageLog {
 // in a transport stream. FFmpeg prints as before, except for what the scaler says.
 void listenToFfmpeg();
 
+// While one lives, what the parts of FFmpeg that read say on this thread without naming the
+// container is of this one.
+struct Listening {
+  explicit Listening(AVFormatContext* container);
+  ~Listening();
+  Listening(const Listening&) = delete;
+  Listening& operator=(const Listening&) = delete;
+};
+
 // What was said since the last call.
 std::vector<ContainerMessage> takeContainerMessages(DamageLog* log);
 std::vector<std::string> takeDecoderMessages(DamageLog* log);

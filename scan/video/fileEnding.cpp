@@ -79,14 +79,51 @@ uint64_t elementLength(std::ifstream* file, std::streamoff place) {
   return length == ones ? 0 : identifier + width + length;
 }
 
-// Whether an element of the file's top level reaches past its end. Each begins at a multiple of
-// `unit`; what fills one up to there may be missing at the end. What is behind the last whole one
-// and too short for a header is nobody's.
+// The same of a RoQ chunk; the file's own header has none.
+uint64_t roqLength(std::ifstream* file, std::streamoff place) {
+  constexpr uint64_t HEADER = 8;
+  constexpr uint64_t NONE = 0xffffffff;
+  const uint64_t length = littleEndian(bytesAt(file, place + 2, 4));
+  return length == NONE ? HEADER : HEADER + length;
+}
+
+// The same of an open bitstream unit of AV1: a byte of flags, perhaps another one, and a length in
+// groups of seven bits, the lowest first, of which all but the last are marked.
+uint64_t unitLength(std::ifstream* file, std::streamoff place) {
+  constexpr size_t LONGEST = 10;
+  constexpr int HAS_EXTENSION = 4;
+  constexpr int HAS_LENGTH = 2;
+  const std::string bytes = bytesAt(file, place, LONGEST);
+  if ((bytes[0] & HAS_LENGTH) == 0) return 0;
+  const size_t header = (bytes[0] & HAS_EXTENSION) != 0 ? 2 : 1;
+  uint64_t length = 0;
+  for (size_t i = header; i < bytes.size(); ++i) {
+    length |= uint64_t{bytes[i] & 0x7fU} << (7 * (i - header));
+    if ((bytes[i] & 0x80) == 0) return i + 1 + length;
+  }
+  return LONGEST;  // the length itself is cut
+}
+
+// The same of an element of MXF (SMPTE 336): a key, and a length whose first byte says how many
+// follow, or is the length itself.
+uint64_t keyedLength(std::ifstream* file, std::streamoff place) {
+  constexpr size_t KEY_LENGTH = 16;
+  const std::string bytes = bytesAt(file, place, KEY_LENGTH + 9);
+  if (bytes.size() <= KEY_LENGTH) return KEY_LENGTH + 1;  // it is cut
+  const auto first = static_cast<unsigned char>(bytes[KEY_LENGTH]);
+  const size_t width = first < 0x80 ? 0 : first & 0x7fU;
+  const std::string_view length = std::string_view(bytes).substr(KEY_LENGTH + 1, width);
+  return KEY_LENGTH + 1 + width + (width == 0 ? first : bigEndian(length));
+}
+
+// Whether an element of the file's top level, from a place on, reaches past its end. Each begins at
+// a multiple of `unit`; what fills one up to there may be missing at the end. What is behind the
+// last whole one and too short for a header is nobody's.
 bool hasLongElement(std::ifstream* file, std::streamoff size, uint64_t unit,
-                    uint64_t (*lengthAt)(std::ifstream*, std::streamoff)) {
-  constexpr uint64_t SHORTEST_HEADER = 8;
-  uint64_t left = static_cast<uint64_t>(size);
-  while (left >= SHORTEST_HEADER) {
+                    uint64_t (*lengthAt)(std::ifstream*, std::streamoff),
+                    uint64_t shortestHeader = 8, uint64_t place = 0) {
+  uint64_t left = static_cast<uint64_t>(size) - place;
+  while (left >= shortestHeader) {
     const uint64_t length = lengthAt(file, size - static_cast<std::streamoff>(left));
     if (length == 0) return false;
     if (length > left) return true;
@@ -118,6 +155,79 @@ bool closesStream(const std::string& tail) {
   return (byteAt(OGG_FLAGS) & OGG_CLOSES_STREAM) != 0 && start + length <= tail.size();
 }
 
+// Whether the header of an ASF file names a length that the file does not have. One that was
+// broadcast has none.
+bool isShorterThanASFSays(std::ifstream* file, std::streamoff size) {
+  constexpr std::streamoff LONGEST_HEADER = 1 << 16;
+  constexpr std::string_view FILE_PROPERTIES(
+      "\xa1\xdc\xab\x8c\x47\xa9\xcf\x11\x8e\xe4\0\xc0\x0c\x20\x53\x65", 16);
+  constexpr size_t LENGTH = 40;  // places in this object
+  constexpr size_t FLAGS = 88;
+  constexpr size_t OBJECT = 104;
+  const std::string header = bytesAt(file, 0, LONGEST_HEADER);
+  const size_t place = header.find(FILE_PROPERTIES);
+  if (place == std::string::npos || place + OBJECT > header.size()) return false;
+  const bool isBroadcast = (header[place + FLAGS] & 1) != 0;
+  return !isBroadcast &&
+         littleEndian(header.substr(place + LENGTH, 8)) > static_cast<uint64_t>(size);
+}
+
+// Whether the last partition of an MXF file (SMPTE 377) is not all there. The first one says where
+// it begins, or 0.
+bool lacksFooter(std::ifstream* file, std::streamoff size) {
+  constexpr std::streamoff LENGTH = 16;  // places in the first one
+  constexpr std::streamoff FOOTER = 24;  // behind the length
+  const std::string length = bytesAt(file, LENGTH, 1);
+  const bool isLong = !length.empty() && (length[0] & 0x80) != 0;
+  const std::streamoff value = LENGTH + 1 + (isLong ? length[0] & 0x7f : 0);
+  const uint64_t footer = bigEndian(bytesAt(file, value + FOOTER, 8));
+  if (footer >= static_cast<uint64_t>(size)) return true;
+  return footer > 0 && hasLongElement(file, size, 1, keyedLength, 1, footer);
+}
+
+constexpr std::string_view JPEG_END("\xff\xd9");
+
+// Whether no end of the picture follows the beginning of its data in a JPEG file. Cameras write
+// more behind that, films even.
+bool lacksEndOfPicture(std::ifstream* file, std::streamoff size) {
+  constexpr std::string_view START("\xff\xd8");
+  constexpr char PICTURE_DATA = '\xda';
+  constexpr std::streamoff CHUNK = 1 << 16;
+  if (bytesAt(file, 0, 2) != START) return false;
+  std::streamoff place = 2;
+  for (char marker = 0; marker != PICTURE_DATA;) {
+    const std::string segment = bytesAt(file, place, 4);
+    if (segment.size() < 4) return true;
+    if (segment[0] != '\xff') return false;  // it is no JPEG
+    marker = segment[1];
+    place += 2 + static_cast<std::streamoff>(bigEndian(std::string_view(segment).substr(2)));
+  }
+  // The next one begins with the last byte of this one.
+  for (; place < size; place += CHUNK) {
+    if (bytesAt(file, place, CHUNK + 1).find(JPEG_END) != std::string::npos) return false;
+  }
+  return true;
+}
+
+// The same of the last picture of a stream of them.
+bool lacksEndOfLastPicture(std::ifstream* file, std::streamoff size) {
+  constexpr std::streamoff LONGEST_PICTURE = 1 << 24;  // bytes; of a longer one nothing is said
+  constexpr std::string_view START("\xff\xd8\xff");
+  const std::string tail = tailOf(file, size, LONGEST_PICTURE);
+  const size_t start = tail.rfind(START);
+  return start != std::string::npos && tail.find(JPEG_END, start) == std::string::npos;
+}
+
+// Of DV a frame has 10 sequences of 12000 bytes, or 12 where the eighth bit of the fourth byte says
+// that there are 50 fields a second.
+bool endsInsideFrame(std::ifstream* file, std::streamoff size) {
+  constexpr std::streamoff SEQUENCE = 12000;
+  const std::string header = bytesAt(file, 0, 4);
+  if (header.size() < 4) return true;
+  const bool has50Fields = (header[3] & 0x80) != 0;
+  return size % (SEQUENCE * (has50Fields ? 12 : 10)) != 0;
+}
+
 }  // namespace
 
 bool lacksEnding(const std::string& path, const std::string& container) {
@@ -133,6 +243,13 @@ bool lacksEnding(const std::string& path, const std::string& container) {
   if (container == "flv") return !endsBehindTag(&file, size);
   if (container == "gif") return tailOf(&file, size, 2) != GIF_ENDING;
   if (container == "ogg") return !closesStream(tailOf(&file, size, OGG_LONGEST_PAGE));
+  if (container == "roq") return hasLongElement(&file, size, 1, roqLength);
+  if (container == "obu") return hasLongElement(&file, size, 1, unitLength, 1);
+  if (container == "asf") return isShorterThanASFSays(&file, size);
+  if (container == "mxf") return lacksFooter(&file, size);
+  if (container == "dv") return endsInsideFrame(&file, size);
+  if (container == "mjpeg") return lacksEndOfLastPicture(&file, size);
+  if (container == "jpeg_pipe" || container == "image2") return lacksEndOfPicture(&file, size);
   if (container != "mpegts") return false;
   return std::none_of(TRANSPORT_PACKETS.begin(), TRANSPORT_PACKETS.end(),
                       [&](int packet) { return size % packet == 0; });

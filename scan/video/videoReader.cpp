@@ -144,6 +144,10 @@ void notePacket(const AVPacket& packet, VideoReader* reader) {
   if (time != AV_NOPTS_VALUE) {
     reader->packetTime = seconds(time, reader->stream->time_base) - reader->start;
   }
+  if (time != AV_NOPTS_VALUE) reader->lastTick = std::max(reader->lastTick, time);
+  const bool isShown = packet.size > 0 && (packet.flags & AV_PKT_FLAG_DISCARD) == 0;
+  if (isShown && packet.pts != AV_NOPTS_VALUE)
+    reader->lastShown = std::fmax(reader->lastShown, reader->packetTime);
   if ((packet.flags & AV_PKT_FLAG_KEY) == 0 || reader->hasKeyPacket) return;
   reader->hasKeyPacket = true;
   reader->keyPacketTime = reader->packetTime;
@@ -162,10 +166,15 @@ void noteEnd(const AVPacket& packet, VideoReader* reader) {
 
 // The container's next packet. A demuxer may need several attempts to find one behind damage.
 int readFrom(AVFormatContext* container, AVPacket* packet) {
+  const Listening listening(container);
   for (;;) {
     const int64_t place = container->pb == nullptr ? 0 : avio_tell(container->pb);
     const int read = av_read_frame(container, packet);
     const bool hasMoved = container->pb != nullptr && avio_tell(container->pb) > place;
+    // Some demuxers hold the end of the file for a failure.
+    const bool isEnd = read == AVERROR(EIO) && container->pb != nullptr &&
+                       container->pb->eof_reached != 0 && container->pb->error == 0;
+    if (isEnd) return AVERROR_EOF;
     if (read != AVERROR(EAGAIN) || !hasMoved) return read;
   }
 }
@@ -266,7 +275,10 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   int error = openContainer(source, &container);
   if (error < 0) return ffmpegError(error);
   reader->container.reset(container);
-  error = avformat_find_stream_info(container, nullptr);
+  {
+    const Listening listening(container);
+    error = avformat_find_stream_info(container, nullptr);
+  }
   if (error < 0) return ffmpegError(error);
 
   // FFmpeg measures the average rate, and not of raw files.
@@ -307,7 +319,10 @@ ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error) 
   for (;;) {
     const int received = avcodec_receive_frame(reader->decoder.get(), picture);
     takeDecoderMessages(reader);
-    if (received == 0) return ReadResult::FRAME;
+    if (received == 0) {
+      reader->hasFields = reader->hasFields || picture->interlaced_frame != 0;
+      return ReadResult::FRAME;
+    }
     if (received == AVERROR_EOF) return ReadResult::END;
     if (received != AVERROR(EAGAIN)) countRefusal(reader);
     if (reader->isDrained) {
@@ -380,6 +395,16 @@ bool isTruncated(const VideoReader& reader) {
   const std::string url = container.url;
   return url.compare(0, sizeof FILE_ADDRESS - 1, FILE_ADDRESS) == 0 &&
          lacksEnding(url.substr(sizeof FILE_ADDRESS - 1), format);
+}
+
+int64_t framesMissingBehind(const VideoReader& reader, double time) {
+  const bool isCounted = std::string_view(reader.container->iformat->name) == "avi";
+  const int64_t frames = videoStream(reader).nb_frames;
+  const int64_t missingPackets = isCounted && frames > 0 ? frames - 1 - reader.lastTick : 0;
+  // Each of two fields may have a packet with a time of its own.
+  const double missingPictures =
+      reader.hasFields ? 0.0 : (reader.lastShown - time) * averageFrameRate(reader);
+  return std::max(int64_t{0}, missingPackets) + std::lround(std::fmax(0.0, missingPictures));
 }
 
 double positionInFile(const VideoReader& reader) {

@@ -38,8 +38,11 @@ struct VideoReader {
   int64_t decodeErrors = 0;        // packets that the decoder has refused since one came
   int64_t refusedBefore = 0;       // and before it
   bool endsInDamage = false;       // the video's last packet so far was not whole
-  double lastEnd = 0.0;   // seconds from zero: when the last packet so far, of any stream, ends
-  int64_t bytesRead = 0;  // place in the file behind the last packet so far
+  double lastShown = UNKNOWN;      // seconds: when the last picture of all packets so far is shown
+  int64_t lastTick = 0;  // the same in the stream's unit; where that is unknown, when it is decoded
+  bool hasFields = false;  // a picture came that consists of two fields
+  double lastEnd = 0.0;    // seconds from zero: when the last packet so far, of any stream, ends
+  int64_t bytesRead = 0;   // place in the file behind the last packet so far
   std::vector<ContainerMessage> unplaced;  // said about bytes behind the last packet so far
   std::vector<DamageMessage> damage;       // said and not taken yet
   // What was said of a stream that begins in the middle of a group of pictures, where it must come
@@ -85,6 +88,11 @@ double declaredDuration(const VideoReader& reader);
 // Whether a file that has been read to its end ends before the time that its container declares, in
 // the middle of a packet, or without what closes a file of its kind.
 bool isTruncated(const VideoReader& reader);
+
+// How many frames should have come behind the last one, which is shown at this time: those whose
+// packets came, and those that an AVI file has counted: its times go on behind a lost packet as if
+// it had never been.
+int64_t framesMissingBehind(const VideoReader& reader, double time);
 
 // How much of the file is behind the reader, 0 to 1, by the bytes read; 0 for a pipe.
 double positionInFile(const VideoReader& reader);

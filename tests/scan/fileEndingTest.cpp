@@ -24,6 +24,17 @@ const std::vector<Kind> KINDS = {
     {"a.flv", "flv", {"-c:v", "flv1"}},
     {"a.gif", "gif", {}},
     {"a.ogv", "ogg", {"-c:v", "libtheora"}},
+    {"a.wmv", "asf", {"-c:v", "wmv2"}},
+    {"a.mxf", "mxf", {"-c:v", "mpeg2video"}},
+    {"a.dv", "dv", {"-c:v", "dvvideo", "-s", "720x576", "-pix_fmt", "yuv420p"}},
+    {"ntsc.dv",
+     "dv",
+     {"-c:v", "dvvideo", "-s", "720x480", "-r", "30000/1001", "-pix_fmt", "yuv411p", "-frames:v",
+      "10"}},
+    {"a.obu", "obu", {"-c:v", "libsvtav1", "-preset", "12", "-pix_fmt", "yuv420p"}},
+    {"a.mjpeg", "mjpeg", {"-c:v", "mjpeg", "-f", "mjpeg"}},
+    {"a.jpg", "image2", {"-frames:v", "1"}},
+    {"a.roq", "roq", {"-c:v", "roqvideo", "-s", "128x128", "-r", "30"}},
 };
 
 // A RIFF chunk with so many bytes in it, without the one that makes an odd length even.
@@ -117,6 +128,49 @@ TEST(LacksEnding, isFalseOfOtherContainersAndOfWhatIsNotThere) {
   EXPECT_FALSE(lacksEnding(directory.path + "/fifo.gif", "gif"));
   writeFile(directory.path + "/empty.gif", "");
   EXPECT_FALSE(lacksEnding(directory.path + "/empty.gif", "gif"));
+}
+
+TEST(LacksEnding, isFalseOfAJPEGThatMoreIsBehind) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.jpg", {"-frames:v", "1"});
+  const std::string whole = readFile(directory.path + "/a.jpg");
+  const std::string other = directory.path + "/other.jpg";
+  // Even what could be the beginning of another picture.
+  writeFile(other, whole + std::string(1000, '\0') + "\xff\xd8\xff\xda" + std::string(1000, '\0'));
+  EXPECT_FALSE(lacksEnding(other, "jpeg_pipe"));
+  writeFile(other, whole.substr(0, whole.size() - 2));
+  EXPECT_TRUE(lacksEnding(other, "jpeg_pipe"));
+  // The marker may lie anywhere: on both sides of a chunk of 64 KiB, too.
+  const size_t data = whole.find("\xff\xda") + 12;
+  for (const size_t length : {65535U, 65536U, 65537U}) {
+    writeFile(other, whole.substr(0, data) + std::string(length - 12 + 2, 'x') + "\xff\xd9");
+    EXPECT_FALSE(lacksEnding(other, "jpeg_pipe")) << length;
+  }
+  // Other pictures have other ends.
+  writeFile(other, whole.substr(1, whole.size() - 3));
+  EXPECT_FALSE(lacksEnding(other, "image2"));
+  writeFile(other, "\xff\xd8\xff\xe0" + std::string(4, '\0'));
+  EXPECT_FALSE(lacksEnding(other, "image2"));
+}
+
+TEST(LacksEnding, isFalseOfASFAndMXF_whoseHeadersSayNothing) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.wmv", {"-c:v", "wmv2"});
+  std::string whole = readFile(directory.path + "/a.wmv");
+  const size_t properties = whole.find("\xa1\xdc\xab\x8c");
+  ASSERT_NE(properties, std::string::npos);
+  whole.at(properties + 88) |= 1;  // broadcast
+  writeFile(directory.path + "/cut.wmv", whole.substr(0, whole.size() / 2));
+  EXPECT_FALSE(lacksEnding(directory.path + "/cut.wmv", "asf"));
+  // Of a pipe the muxer cannot go back to the header.
+  makeClip(directory, "a.mxf", {"-c:v", "mpeg2video", "-seekable", "0", "-f", "mxf"});
+  EXPECT_FALSE(lacksEnding(directory.path + "/a.mxf", "mxf"));
+  for (const size_t bytes : {0, 1, 16, 17, 30, 48}) {
+    writeFile(directory.path + "/short", readFile(directory.path + "/a.mxf").substr(0, bytes));
+    EXPECT_FALSE(lacksEnding(directory.path + "/short", "mxf")) << bytes;
+    writeFile(directory.path + "/short", whole.substr(0, bytes));
+    EXPECT_FALSE(lacksEnding(directory.path + "/short", "asf")) << bytes;
+  }
 }
 
 TEST(LacksEnding, readsAllFourBytesOfALength) {

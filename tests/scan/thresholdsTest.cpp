@@ -52,7 +52,8 @@ constexpr char DOCUMENTED_THRESHOLDS[] = R"({
   "starts_midstream": {"severity": "info"},
   "truncation": {"severity": "fail"},
   "size_change": {"severity": "warn"},
-  "timestamp_gap": {"enter": 0.5, "ratio": 3, "severity": "warn"}
+  "timestamp_gap": {"enter": 0.5, "ratio": 3, "severity": "warn"},
+  "missing_frames": {"severity": "warn"}
 })";
 
 // Expects an error, and that nothing has changed.
@@ -74,7 +75,7 @@ TEST(EventRules, nameEveryTypeOnce_andIndicatorsThatExist) {
   }
   EXPECT_EQ(types.size(), EVENT_TYPES);
   EXPECT_EQ(eventTypeNamed("black"), 0u);
-  EXPECT_EQ(eventTypeNamed("timestamp_gap"), EVENT_TYPES - 1);
+  EXPECT_EQ(eventTypeNamed("missing_frames"), EVENT_TYPES - 1);
   EXPECT_EQ(eventTypeNamed("nothing"), EVENT_TYPES);
   EXPECT_EQ(eventTypeNamed(""), EVENT_TYPES);
 }

@@ -111,6 +111,17 @@ TEST(Reasons, haveNoLength_whereOneMomentIsMeant) {
                                         "Gap between timestamps: 2 times, first at 00:00:01.000"}));
 }
 
+TEST(Reasons, sayHowManyFramesAreMissing) {
+  Event hole = eventOf("missing_frames", Severity::WARN, 25, 25);
+  hole.peakValue = 3.0;
+  EXPECT_EQ(judge(Status::COMPLETE, "", {hole}, LONG_VIDEO).reasons,
+            Reasons{"Missing frames: 3, at 00:00:01.000"});
+  Event other = eventOf("missing_frames", Severity::WARN, 50, 50);
+  other.peakValue = 7.0;
+  EXPECT_EQ(judge(Status::COMPLETE, "", {hole, other}, LONG_VIDEO).reasons,
+            Reasons{"Missing frames: 10 in 2 places, first at 00:00:01.000"});
+}
+
 TEST(Reasons, sayWhatLastsThroughout) {
   const std::vector<Event> events = {eventOf("blur", Severity::WARN, 0, 249)};  // 10 s
   EXPECT_EQ(judge(Status::COMPLETE, "", events, 10.0).reasons,

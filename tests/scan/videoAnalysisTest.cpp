@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -72,6 +73,18 @@ std::string lumaprobeReport(const TemporaryDirectory& directory, const std::stri
 // Movement, stillness for two seconds and movement again, of 320 x 272 at 10 frames per second:
 // every indicator has something to say.
 constexpr const char* LIVELY_PICTURE = "testsrc2=size=320x272:rate=10:duration=5";
+// Where the bytes of each packet are, as the ffprobe program has it.
+std::vector<size_t> placesOfPackets(const TemporaryDirectory& directory, const std::string& name) {
+  const ProgramRun run =
+      runProgram("/usr/bin/ffprobe",
+                 {"-v", "error", "-show_entries", "packet=pos", "-of", "default=nw=1:nk=1", name},
+                 directory.path);
+  std::istringstream lines(run.out);
+  std::vector<size_t> places;
+  for (size_t place = 0; lines >> place;) places.push_back(place);
+  return places;
+}
+
 constexpr const char* STILL_FOR_A_WHILE = "noise=alls=10,loop=loop=20:size=1:start=15";
 
 }  // namespace
@@ -192,6 +205,44 @@ TEST(VideoAnalysis, countsDamagedFramesAndErrors) {
   EXPECT_EQ(analysis.outcome.corruptFrames, 7);
   EXPECT_TRUE(analysis.frames[6].row.isCorrupt);
   EXPECT_FALSE(analysis.frames[7].row.isCorrupt);
+}
+
+TEST(VideoAnalysis, countsFramesThatAVIHasCounted) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mjpeg"});
+  EXPECT_EQ(analyse(directory.path + "/clip.avi").outcome.missingAtEnd, 0);
+  std::string bytes = readFile(directory.path + "/clip.avi");
+  const std::vector<size_t> places = placesOfPackets(directory, "clip.avi");
+  ASSERT_EQ(places.size(), 25u);
+  // Nothing is left of two packets and of the headers of their chunks.
+  constexpr size_t HEADER = 8;
+  std::fill(bytes.begin() + static_cast<ptrdiff_t>(places[10] - HEADER),
+            bytes.begin() + static_cast<ptrdiff_t>(places[12] - HEADER), '\0');
+  writeFile(directory.path + "/damaged.avi", bytes);
+  EXPECT_EQ(placesOfPackets(directory, "damaged.avi").size(), 23u);
+  const AnalysisOutcome outcome = analyse(directory.path + "/damaged.avi").outcome;
+  EXPECT_EQ(outcome.frames, 23);
+  EXPECT_FALSE(outcome.isTruncated);
+  EXPECT_EQ(outcome.missingAtEnd, 2);
+}
+
+TEST(VideoAnalysis, countsFramesWhosePacketsCame) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mp4",
+           {"-c:v", "libx264", "-bf", "0", "-pix_fmt", "yuv420p", "-x264-params", "slices=1"});
+  EXPECT_EQ(analyse(directory.path + "/clip.mp4").outcome.missingAtEnd, 0);
+  std::string bytes = readFile(directory.path + "/clip.mp4");
+  const std::vector<size_t> places = placesOfPackets(directory, "clip.mp4");
+  ASSERT_EQ(places.size(), 25u);
+  // Behind its length of four bytes the data of a picture becomes data of no use.
+  constexpr char FILLER = 12;
+  for (const size_t packet : {22, 23, 24}) bytes.at(places[packet] + 4) = FILLER;
+  writeFile(directory.path + "/damaged.mp4", bytes);
+  const AnalysisOutcome outcome = analyse(directory.path + "/damaged.mp4").outcome;
+  EXPECT_EQ(outcome.frames, 22);
+  EXPECT_EQ(outcome.missingAtEnd, 3);
+  // Where the file's end is not reached nothing is known of it.
+  EXPECT_EQ(analyse(directory.path + "/damaged.mp4", between("", "f:10")).outcome.missingAtEnd, 0);
 }
 
 TEST(VideoAnalysis, endsWhereTheSizeChanges) {
