@@ -8,6 +8,15 @@ namespace {
 
 constexpr int WORD_BITS = 16;
 
+// Whether samples that are as far from each other as the format says lie within its rows. Of one
+// format they do not, whose luma has no single step.
+bool isEvenlySpaced(const AVPixFmtDescriptor& format) {
+  constexpr int WIDTH = 64;
+  const AVComponentDescriptor& y = format.comp[0];
+  const int bytes = y.offset + (WIDTH - 1) * y.step + (y.depth > 8 ? 2 : 1);
+  return bytes <= av_image_get_linesize(av_pix_fmt_desc_get_id(&format), WIDTH, y.plane);
+}
+
 // Whether a YUV format has its luma in bytes or in 16-bit words of their own.
 bool isReadable(const AVPixFmtDescriptor& format) {
   constexpr uint64_t OTHERS = AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL |
@@ -19,7 +28,7 @@ bool isReadable(const AVPixFmtDescriptor& format) {
                      std::string_view(format.name).substr(0, 3) != "xyz";
   const bool isByte = y.depth == 8 && y.shift == 0;
   const bool isWord = y.depth > 8 && y.depth + y.shift <= WORD_BITS && y.step % 2 == 0;
-  return isYuv && (isByte || isWord);
+  return isYuv && (isByte || isWord) && isEvenlySpaced(format);
 }
 
 void copyRow(const uint8_t* samples, int step, int w, uint8_t* luma) {
