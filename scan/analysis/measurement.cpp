@@ -1,12 +1,34 @@
 #include "scan/analysis/measurement.h"
 
+#include <fmt/core.h>
+
 #include "driver/reportOutput.h"
+#include "scan/numbers/sortedValues.h"
 
 std::optional<Fingerprint> fingerprintOf(const VideoSource& source) {
   Fingerprint fingerprint;
   const bool isTaken = source.path != "-" && takeFingerprint(source.path, &fingerprint);
   return isTaken ? std::optional(fingerprint) : std::nullopt;
 }
+
+namespace {
+
+// Where frames come at another rate than the container declares; else an empty text.
+std::string rateWarning(const FrameTable& frames, double declared) {
+  constexpr double FACTOR = 1.5;
+  Column<double> steps;
+  for (size_t i = 1; i < frames.time.size(); ++i) {
+    const double step = frames.time[i] - frames.time[i - 1];
+    if (step > 0.0) steps.push_back(step);
+  }
+  const double step = medianOf(steps);  // NaN: there is none
+  const double ratio = declared * step;
+  if (!(ratio >= FACTOR || ratio <= 1.0 / FACTOR)) return "";
+  return fmt::format("{:.6g} frames per second are declared, but most come at {:.6g} per second",
+                     declared, 1.0 / step);
+}
+
+}  // namespace
 
 Measurement measureVideo(const VideoSource& source, const AnalysisOptions& options,
                          int decoderThreads, FILE* rows, const ProgressListener& onProgress) {
@@ -33,5 +55,7 @@ Measurement measureVideo(const VideoSource& source, const AnalysisOptions& optio
   measured.frameRate = averageFrameRate(reader);
   measured.stream = streamFacts(reader);
   measured.warnings = streamWarnings(reader);
+  const std::string warning = rateWarning(frames, measured.stream->frameRate);
+  if (!warning.empty()) measured.warnings.push_back(warning);
   return measured;
 }

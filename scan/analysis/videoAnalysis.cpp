@@ -1,6 +1,7 @@
 #include "scan/analysis/videoAnalysis.h"
 
 #include <cmath>
+#include <utility>
 
 #include "driver/videoInput.h"
 #include "scan/video/decodedFrames.h"
@@ -18,16 +19,10 @@ int64_t timestamp(const AVFrame& picture) {
   return pts == AV_NOPTS_VALUE ? NO_TIMESTAMP : pts;
 }
 
-// When a frame appears, in seconds. One without a timestamp follows the frame before it.
-double timeOf(const VideoReader& reader, const AVFrame& picture, double expected) {
-  const double time = presentationTime(reader, picture);
-  return std::isnan(time) ? expected : time;
-}
-
-// When the frame behind a picture is expected.
-double timeBehind(const VideoReader& reader, const AVFrame& picture, double time) {
+// Seconds for which a picture is shown, of which the file need not say anything.
+double durationOf(const VideoReader& reader, const AVFrame& picture) {
   const double duration = presentationDuration(reader, picture);
-  return time + (std::isnan(duration) ? 1.0 / averageFrameRate(reader) : duration);
+  return std::isnan(duration) ? 1.0 / averageFrameRate(reader) : duration;
 }
 
 // Makes the images, or sees that the frame fits them.
@@ -57,10 +52,14 @@ bool showsDamage(const VideoReader& reader, const DecodedFrame& decoded) {
   return isSaid || isSeen || decoded.decodeErrors > 0;
 }
 
-// Counts messages, and keeps the first ones. Returns how many they are.
-int64_t keepMessages(const std::vector<DamageMessage>& messages, AnalysisOutcome* outcome) {
+// Counts messages, and keeps the first ones, whose times are to be moved by so many seconds.
+// Returns how many they are.
+int64_t keepMessages(const std::vector<DamageMessage>& messages, double offset,
+                     AnalysisOutcome* outcome) {
   for (const DamageMessage& message : messages) {
-    if (outcome->firstMessages.size() < MOST_MESSAGES) outcome->firstMessages.push_back(message);
+    if (outcome->firstMessages.size() == MOST_MESSAGES) break;
+    outcome->firstMessages.push_back(message);
+    outcome->firstMessages.back().time += offset;
   }
   const auto count = static_cast<int64_t>(messages.size());
   outcome->messages += count;
@@ -69,14 +68,12 @@ int64_t keepMessages(const std::vector<DamageMessage>& messages, AnalysisOutcome
 
 AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& reader,
                           const std::function<DecodedFrame()>& next, FrameImages* images,
-                          AnalysisOutcome* outcome,
+                          JoinedTimes* times, AnalysisOutcome* outcome,
                           const std::function<void(const FrameRecord&)>& onFrame) {
   const double fps = options.fps > 0.0 ? options.fps : averageFrameRate(reader);
   const auto schedule = options.isThreaded ? analyseFrame : analyseFrameSerially;
   LumaConverter converter;
   TemporalResults temporal = {};
-  double expected = 0.0;  // seconds: when the next frame appears
-  double last = UNKNOWN;  // when the last one appeared
   for (int64_t frame = 0;; ++frame) {
     const DecodedFrame decoded = next();
     outcome->error = decoded.error;
@@ -86,16 +83,16 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
     if (options.endsAtDamage && showsDamage(reader, decoded)) return AnalysisEnd::DAMAGE;
     if (decoded.result == ReadResult::END) {
       outcome->isTruncated = isTruncated(reader);
-      outcome->messagesBehind = keepMessages(decoded.damage, outcome);
-      if (!outcome->isTruncated) outcome->missingAtEnd = framesMissingBehind(reader, last);
+      outcome->messagesBehind = keepMessages(decoded.damage, times->offset, outcome);
+      if (!outcome->isTruncated && times->joins.empty())
+        outcome->missingAtEnd = framesMissingBehind(reader, times->stamp, times->spacing);
       return AnalysisEnd::COMPLETE;
     }
     if (decoded.result == ReadResult::FAILURE) return AnalysisEnd::READ_ERROR;
 
     const AVFrame& picture = *decoded.picture;
-    const double time = timeOf(reader, picture, expected);
-    expected = timeBehind(reader, picture, time);
-    last = time;
+    const double time =
+        timeOfFrame(frame, presentationTime(reader, picture), durationOf(reader, picture), times);
     const bool isEnding = !options.end.text.empty();
     if (isEnding && isAtOrBehind(frame, time, fps, options.end)) return AnalysisEnd::COMPLETE;
     if (!isAtOrBehind(frame, time, fps, options.start)) continue;
@@ -115,7 +112,7 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
          {timestamp(picture), time, presentationDuration(reader, picture), picture.key_frame != 0,
           isDamaged,
           measuredValues(Results, temporal, mask, !isFirst, images->current.w, images->current.h),
-          keepMessages(decoded.damage, outcome)},
+          keepMessages(decoded.damage, times->offset, outcome)},
          Results,
          temporal,
          decoded.position});
@@ -131,16 +128,18 @@ AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader
                              const std::function<void(const FrameRecord&)>& onFrame) {
   AnalysisOutcome outcome = {};
   FrameImages images = {};
+  JoinedTimes times;
   if (options.isThreaded) {
     DecodeAhead ahead(reader);
     // The decoder's threads have their stacks by now.
     useSmallStacks();
     outcome.end = analyseFrames(
-        options, *reader, [&] { return fetchNext(&ahead); }, &images, &outcome, onFrame);
+        options, *reader, [&] { return fetchNext(&ahead); }, &images, &times, &outcome, onFrame);
   } else {
     outcome.end = analyseFrames(
-        options, *reader, [&] { return decodeNext(reader); }, &images, &outcome, onFrame);
+        options, *reader, [&] { return decodeNext(reader); }, &images, &times, &outcome, onFrame);
   }
   freeFrameImages(&images);
+  outcome.joins = std::move(times.joins);
   return outcome;
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "scan/analysis/frameTable.h"
+#include "scan/analysis/joinedTimes.h"
 #include "scan/video/luma.h"
 #include "scan/video/position.h"
 #include "scan/video/videoReader.h"
@@ -58,6 +59,7 @@ struct AnalysisOutcome {
   // Frames that should have come behind the last one; 0 where the file's end was not reached or is
   // missing.
   int64_t missingAtEnd;
+  std::vector<Join> joins;  // the first ones of all frames decoded
 };
 
 constexpr size_t MOST_MESSAGES = 20;

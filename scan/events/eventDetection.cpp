@@ -293,17 +293,28 @@ size_t rowsOfBeginning(const FrameTable& table, const StreamFindings& stream) {
   return key == table.isKey.size() ? 0 : key;
 }
 
-void findTimestampGaps(const Scene& scene, std::vector<Event>* events) {
+void addGap(const Scene& scene, size_t row, double step, double longest,
+            std::vector<Event>* events) {
+  Event event = eventAt(scene, row, row);
+  event.peakValue = step;
+  event.threshold = step < 0.0 ? 0.0 : longest;
+  events->push_back(event);
+}
+
+void findTimestampGaps(const Scene& scene, const std::vector<Join>& joins,
+                       std::vector<Event>* events) {
   const Values& time = scene.table.time;
   const double longest =
       std::max(scene.threshold.enter, scene.threshold.ratio * scene.times.typicalStep);
   for (size_t i = 1; i < time.size(); ++i) {
     const double step = time[i] - time[i - 1];
-    if (!(step < 0.0 || step > longest)) continue;
-    Event event = eventAt(scene, i, i);
-    event.peakValue = step;
-    event.threshold = step < 0.0 ? 0.0 : longest;
-    events->push_back(event);
+    if (step < 0.0 || step > longest) addGap(scene, i, step, longest, events);
+  }
+  // Where recordings were joined, times go on, but timestamps did not.
+  for (const Join& join : joins) {
+    const int64_t row = join.frame - scene.table.firstFrame;
+    if (row > 0 && row < scene.table.rows())
+      addGap(scene, static_cast<size_t>(row), join.step, longest, events);
   }
 }
 
@@ -367,7 +378,7 @@ void findEvents(const Scene& scene, const StreamFindings& stream, std::vector<Ev
       if (stream.hasSizeChange) events->push_back(eventAt(scene, last, last));
       break;
     case EventKind::TIMESTAMP_GAP:
-      findTimestampGaps(scene, events);
+      findTimestampGaps(scene, stream.joins, events);
       break;
     case EventKind::MISSING:
       findMissingFrames(scene, stream, events);

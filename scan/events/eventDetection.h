@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "scan/analysis/frameTable.h"
+#include "scan/analysis/joinedTimes.h"
 #include "scan/events/event.h"
 #include "scan/events/thresholds.h"
 
@@ -16,6 +17,7 @@ struct StreamFindings {
   bool startsMidstream = false;  // with pictures whose key frame is missing
   bool hasOwnDurations = false;  // how long each frame is shown was somebody's choice
   int64_t missingAtEnd = 0;      // frames that should have come behind the last one
+  std::vector<Join> joins = {};  // of recordings
 };
 
 // All events, in order of their first frame and then of their type's name.

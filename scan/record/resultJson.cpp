@@ -81,6 +81,16 @@ Json optionsJson(const AskedOptions& options) {
   return json;
 }
 
+Json joinsJson(const std::vector<Join>& joins) {
+  Json json = Json::array();
+  for (const Join& join : joins) {
+    json.push_back({{"frame", join.frame},
+                    {"step_s", numberOrNull(wholeNanoseconds(join.step))},
+                    {"offset_s", numberOrNull(wholeNanoseconds(join.offset))}});
+  }
+  return json;
+}
+
 Json analysisJson(const AnalysisFacts& analysis) {
   Json json;
   json["indicators"] = maskJson(analysis.indicators);
@@ -95,6 +105,7 @@ Json analysisJson(const AnalysisFacts& analysis) {
   json["messages"] = analysis.messages;
   json["messages_before_key_frame"] = analysis.messagesBeforeKeyFrame;
   json["missing_at_end"] = analysis.missingAtEnd;
+  json["joins"] = joinsJson(analysis.joins);
   json["ended_by"] = endName(analysis.endedBy);
   return json;
 }
@@ -231,6 +242,16 @@ AskedOptions readOptions(const Json& json) {
   return options;
 }
 
+std::vector<Join> readJoins(const Json& json) {
+  std::vector<Join> joins;
+  if (!json.is_array()) return joins;
+  for (const Json& join : json) {
+    joins.push_back(
+        {wholeNumberOf(join, "frame"), numberOf(join, "step_s"), numberOf(join, "offset_s")});
+  }
+  return joins;
+}
+
 std::optional<AnalysisFacts> readAnalysis(const Json& json) {
   if (!json.is_object()) return std::nullopt;
   AnalysisFacts analysis;
@@ -246,6 +267,7 @@ std::optional<AnalysisFacts> readAnalysis(const Json& json) {
   analysis.messages = wholeNumberOf(json, "messages");
   analysis.messagesBeforeKeyFrame = wholeNumberOf(json, "messages_before_key_frame");
   analysis.missingAtEnd = wholeNumberOf(json, "missing_at_end");
+  analysis.joins = readJoins(memberOf(json, "joins"));
   analysis.endedBy = named(textOf(json, "ended_by"), ENDS, endName, AnalysisEnd::COMPLETE);
   return analysis;
 }

@@ -53,6 +53,7 @@ AnalysisFacts analysisFacts(const AnalysisOptions& options, const Measurement& m
   facts.messages = outcome.messages;
   facts.messagesBeforeKeyFrame = outcome.messagesBeforeKeyFrame;
   facts.missingAtEnd = outcome.missingAtEnd;
+  facts.joins = outcome.joins;
   facts.endedBy = outcome.end;
   return facts;
 }
@@ -121,9 +122,10 @@ void judgeResult(const Thresholds& thresholds, VideoResult* result) {
     const bool hasSizeChange = record.analysis->endedBy == AnalysisEnd::SIZE_CHANGE;
     const bool startsMidstream = record.analysis->messagesBeforeKeyFrame > 0;
     const bool isAnimation = record.input.stream && hasOwnDurations(record.input.stream->container);
-    result->events = detectEvents(result->frames, thresholds,
-                                  {frameRate, record.isTruncated, hasSizeChange, startsMidstream,
-                                   isAnimation, record.analysis->missingAtEnd});
+    result->events =
+        detectEvents(result->frames, thresholds,
+                     {frameRate, record.isTruncated, hasSizeChange, startsMidstream, isAnimation,
+                      record.analysis->missingAtEnd, record.analysis->joins});
     duration = endOfLast(result->frames, frameRate) - result->frames.time.front();
   }
   record.judgement = judge(record.status, record.error, result->events, duration);

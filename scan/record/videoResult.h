@@ -48,6 +48,7 @@ struct AnalysisFacts {
   int64_t messages = 0;                // of damage
   int64_t messagesBeforeKeyFrame = 0;  // others, of a stream that begins between key frames
   int64_t missingAtEnd = 0;            // frames that should have come behind the last one
+  std::vector<Join> joins;             // of recordings, at most MOST_JOINS
   AnalysisEnd endedBy = AnalysisEnd::COMPLETE;
 };
 

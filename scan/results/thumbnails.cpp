@@ -84,6 +84,14 @@ FramePlace placeOf(const FrameTable& frames, int64_t row) {
   return {frames.firstFrame + row, frames.pts[static_cast<size_t>(row)]};
 }
 
+// Whether timestamps fall back, and may come twice.
+bool hasJoins(const FrameTable& frames) {
+  for (size_t i = 1; i < frames.pts.size(); ++i) {
+    if (frames.pts[i] < frames.pts[i - 1] && frames.pts[i] != NO_TIMESTAMP) return true;
+  }
+  return false;
+}
+
 // Decodes a frame that lies behind the one found last.
 bool find(const FrameTable& frames, int64_t row, FrameSearch* search) {
   const int64_t key = keyBefore(frames, row);
@@ -140,6 +148,7 @@ Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
   Thumbnails thumbnails;
   FrameSearch search;
   if (wanted.empty() || !startSearch(source, &search)) return thumbnails;
+  search.isSeekable = !hasJoins(frames);
   for (const int64_t frame : wanted) {
     if (!find(frames, frame - frames.firstFrame, &search)) continue;
     const std::string jpeg = jpegOf(*search.picture, shapeOf(*search.reader, search.picture.get()));

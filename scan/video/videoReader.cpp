@@ -389,7 +389,8 @@ bool isTruncated(const VideoReader& reader) {
   const double missing = declaredDuration(reader) - reader.lastEnd;  // NaN: nothing is declared
   const double tolerance =
       std::max(SECONDS_OF_TOLERANCE, FRAMES_OF_TOLERANCE / averageFrameRate(reader));
-  if (reader.endsInDamage || missing > tolerance) return true;
+  // Of Ogg the declared end is when the last picture goes, which may be held as long as one likes.
+  if (reader.endsInDamage || (missing > tolerance && format != "ogg")) return true;
   // Of YUV4MPEG a part of a frame is passed over without a word.
   if (format == "yuv4mpegpipe" && avio_tell(container.pb) > reader.bytesRead) return true;
   const std::string url = container.url;
@@ -397,14 +398,15 @@ bool isTruncated(const VideoReader& reader) {
          lacksEnding(url.substr(sizeof FILE_ADDRESS - 1), format);
 }
 
-int64_t framesMissingBehind(const VideoReader& reader, double time) {
+int64_t framesMissingBehind(const VideoReader& reader, double time, double spacing) {
+  const AVStream& stream = videoStream(reader);
+  const double step = std::isnan(spacing) ? 1.0 / averageFrameRate(reader) : spacing;
   const bool isCounted = std::string_view(reader.container->iformat->name) == "avi";
-  const int64_t frames = videoStream(reader).nb_frames;
-  const int64_t missingPackets = isCounted && frames > 0 ? frames - 1 - reader.lastTick : 0;
+  const int64_t ticksBehind = isCounted ? stream.nb_frames - reader.lastTick : 0;
+  const double missingPackets = seconds(ticksBehind, stream.time_base) / step - 1.0;
   // Each of two fields may have a packet with a time of its own.
-  const double missingPictures =
-      reader.hasFields ? 0.0 : (reader.lastShown - time) * averageFrameRate(reader);
-  return std::max(int64_t{0}, missingPackets) + std::lround(std::fmax(0.0, missingPictures));
+  const double missingPictures = reader.hasFields ? 0.0 : (reader.lastShown - time) / step;
+  return std::lround(std::fmax(0.0, missingPackets)) + std::lround(std::fmax(0.0, missingPictures));
 }
 
 double positionInFile(const VideoReader& reader) {

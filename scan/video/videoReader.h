@@ -89,10 +89,12 @@ double declaredDuration(const VideoReader& reader);
 // the middle of a packet, or without what closes a file of its kind.
 bool isTruncated(const VideoReader& reader);
 
-// How many frames should have come behind the last one, which is shown at this time: those whose
-// packets came, and those that an AVI file has counted: its times go on behind a lost packet as if
-// it had never been.
-int64_t framesMissingBehind(const VideoReader& reader, double time);
+// How many frames should have come behind the last one: those whose packets came, and those that an
+// AVI file has counted: its times go on behind a lost packet as if it had never been.
+//
+// time     seconds: when the last frame is shown, by its timestamp
+// spacing  seconds from frame to frame; NaN: unknown
+int64_t framesMissingBehind(const VideoReader& reader, double time, double spacing);
 
 // How much of the file is behind the reader, 0 to 1, by the bytes read; 0 for a pipe.
 double positionInFile(const VideoReader& reader);

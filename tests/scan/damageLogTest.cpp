@@ -170,3 +170,17 @@ TEST(DamageLog, goesOnBehindAStretchOfZeros) {
   EXPECT_GT(measured.outcome.messages, 0);
   EXPECT_GT(measured.frames.time.back(), 3.9);
 }
+
+TEST(Measurement, warnsWhereFramesComeAtAnotherRateThanIsDeclared) {
+  const TemporaryDirectory directory;
+  const auto warnings = [&](const char* unit) {
+    makeClip(directory, "clip.avi",
+             {"-fps_mode", "passthrough", "-enc_time_base", unit, "-c:v", "mpeg4", "-bf", "2"});
+    return measure(directory, "clip.avi").warnings;
+  };
+  // The rate of AVI is that of its times' unit; 25 frames come in a second.
+  EXPECT_EQ(warnings("1:50"),
+            std::vector<std::string>{
+                "50 frames per second are declared, but most come at 25 per second"});
+  EXPECT_EQ(warnings("1:25"), std::vector<std::string>{});
+}

@@ -14,7 +14,7 @@ namespace {
 using Values = std::vector<double>;
 
 const double NONE = std::nan("");
-constexpr StreamFindings WHOLE = {10.0, false, false};
+const StreamFindings WHOLE = {10.0, false, false};
 
 // Levels that are easy to compute with; all other types are off.
 Thresholds only(const std::string& type, double enter, double leave, double minSeconds) {
@@ -642,6 +642,21 @@ TEST(TimestampGaps, areLongerThanTheLongestStepThatIsNone) {
   FrameTable table = emptyTable(6);
   table.time = {0.0, 0.25, 0.5, 1.5, 1.75, 3.0};
   EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "5-5");
+}
+
+TEST(TimestampGaps, areWhereRecordingsWereJoined) {
+  StreamFindings stream = WHOLE;
+  stream.joins = {{5, -1.9, 0.5}, {7, 4000.0, -4000.0}, {8, -1.0, 0.0}};
+  FrameTable table = emptyTable(8);
+  const std::vector<Event> events = detectEvents(table, only("timestamp_gap"), stream);
+  ASSERT_EQ(stretches(events), "5-5 7-7");
+  EXPECT_EQ(events[0].peakValue, -1.9);
+  EXPECT_EQ(events[0].threshold, 0.0);
+  EXPECT_EQ(events[1].peakValue, 4000.0);
+  EXPECT_EQ(events[1].threshold, 0.5);
+  // Joins before the analysed frames, and at the first of them, are not within these.
+  table.firstFrame = 5;
+  EXPECT_EQ(stretches(detectEvents(table, only("timestamp_gap"), stream)), "7-7 8-8");
 }
 
 TEST(TimestampGaps, areNotSeen_whereTimesAreUnknownOrEqual) {

@@ -115,12 +115,14 @@ TEST(ResultJson, saysWhatWasAnalysed) {
   analysis.messages = 4;
   analysis.messagesBeforeKeyFrame = 1;
   analysis.missingAtEnd = 6;
+  analysis.joins = {{40, -8.5, 8.75}};
   const Json json = resultJson(record);
   EXPECT_EQ(json["analysis"].dump(),
             R"({"indicators":["blockiness","blur","contrast"],"fps":12.5,"luma":"copied",)"
             R"("first_frame":5,"frames":118,"start_s":0.25,"end_s":9.75,"corrupt_frames":3,)"
             R"("decode_errors":2,"messages":4,"messages_before_key_frame":1,)"
-            R"("missing_at_end":6,"ended_by":"size_change"})");
+            R"("missing_at_end":6,)"
+            R"("joins":[{"frame":40,"step_s":-8.5,"offset_s":8.75}],"ended_by":"size_change"})");
   EXPECT_EQ(again(json).dump(), json.dump());
 }
 

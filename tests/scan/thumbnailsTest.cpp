@@ -232,6 +232,21 @@ TEST(Thumbnails, areOfTheirFrames_inAStreamWithoutTimes) {
   expectAnyPicturesOfClip("clip.h264", {"-c:v", "libx264", "-qp", "4", "-g", "10", "-bf", "3"});
 }
 
+TEST(Thumbnails, areOfTheirFrames_whereRecordingsAreJoined) {
+  const TemporaryDirectory directory;
+  // Both halves have the same timestamps.
+  for (const char* const half : {"0", "25"}) {
+    makeClip(directory, std::string(half) + ".ts",
+             {"-vf", std::string("trim=start_frame=") + half + ",setpts=PTS-STARTPTS", "-frames:v",
+              "25", "-c:v", "mpeg2video", "-q:v", "2", "-g", "5"},
+             LEVELS);
+  }
+  const std::string path = directory.path + "/joined.ts";
+  writeFile(path, readFile(directory.path + "/0.ts") + readFile(directory.path + "/25.ts"));
+  const VideoSource source = {path, 0, 0, ""};
+  expectAnyPictures(source, framesOf(source));
+}
+
 TEST(Thumbnails, areOfTheirFrames_whereEveryFrameIsAKey) {
   expectAnyPicturesOfClip("clip.mkv", {"-c:v", "ffv1"});
 }

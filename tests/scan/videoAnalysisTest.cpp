@@ -245,6 +245,24 @@ TEST(VideoAnalysis, countsFramesWhosePacketsCame) {
   EXPECT_EQ(analyse(directory.path + "/damaged.mp4", between("", "f:10")).outcome.missingAtEnd, 0);
 }
 
+TEST(VideoAnalysis, goesOnWhereRecordingsAreJoined) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.ts", {"-c:v", "mpeg2video"});
+  const std::string clip = readFile(directory.path + "/clip.ts");
+  writeFile(directory.path + "/joined.ts", clip + clip);
+  const Analysis analysis = analyse(directory.path + "/joined.ts");
+  ASSERT_EQ(analysis.frames.size(), 50u);
+  for (size_t k = 0; k < 50; ++k)
+    EXPECT_NEAR(analysis.frames[k].row.time, 0.04 * static_cast<double>(k), 1e-9) << k;
+  ASSERT_EQ(analysis.outcome.joins.size(), 1u);
+  EXPECT_EQ(analysis.outcome.joins[0].frame, 25);
+  EXPECT_NEAR(analysis.outcome.joins[0].step, -0.96, 1e-9);
+  EXPECT_NEAR(analysis.outcome.joins[0].offset, 1.0, 1e-9);
+  EXPECT_EQ(analysis.outcome.missingAtEnd, 0);
+  // What is said of the second one has its times.
+  for (const DamageMessage& message : analysis.outcome.firstMessages) EXPECT_GE(message.time, 1.0);
+}
+
 TEST(VideoAnalysis, endsWhereTheSizeChanges) {
   const TemporaryDirectory directory;
   const Arguments encoding = {"-c:v", "libx264", "-pix_fmt", "yuv420p"};

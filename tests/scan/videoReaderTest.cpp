@@ -14,6 +14,10 @@
 #include "clips.h"
 #include "scan/video/luma.h"
 
+extern "C" {
+#include <libavutil/crc.h>
+}
+
 namespace {
 
 struct Reading {
@@ -509,6 +513,29 @@ TEST(IsTruncated, isFalseOfWholeFiles_whichEndWithASubtitle) {
   EXPECT_EQ(numbersByProgram(directory, "moment.mkv", "format=duration"), std::vector<double>{5.0});
   expectWhole(directory, "long.mkv");
   expectWhole(directory, "moment.mkv");
+}
+
+TEST(IsTruncated, isFalseOfTheora_whoseLastPictureIsHeld) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.ogv", {"-c:v", "libtheora", "-g", "12"});
+  std::string bytes = readFile(directory.path + "/clip.ogv");
+  // Of the last page (RFC 3533) the time at which it ends, in frames since the last key frame, and
+  // the checksum.
+  const size_t page = bytes.rfind("OggS");
+  constexpr size_t TIME = 6;
+  constexpr size_t CHECKSUM = 22;
+  bytes.at(page + TIME) = static_cast<char>(bytes.at(page + TIME) + 20);
+  std::fill_n(bytes.begin() + static_cast<ptrdiff_t>(page + CHECKSUM), 4, '\0');
+  const uint32_t checksum =
+      av_crc(av_crc_get_table(AV_CRC_32_IEEE), 0, reinterpret_cast<const uint8_t*>(&bytes[page]),
+             bytes.size() - page);
+  for (size_t i = 0; i < 4; ++i) {
+    bytes.at(page + CHECKSUM + i) = static_cast<char>(checksum >> (24 - 8 * i));
+  }
+  writeFile(directory.path + "/held.ogv", bytes);
+  const std::vector<double> duration = numbersByProgram(directory, "held.ogv", "format=duration");
+  EXPECT_EQ(duration, std::vector<double>{1.8});  // 25 frames and 20
+  expectWhole(directory, "held.ogv");
 }
 
 TEST(IsTruncated, isTrue_whereTheLastPacketIsNotWhole) {

@@ -1,0 +1,54 @@
+#include "scan/analysis/joinedTimes.h"
+
+#include <cmath>
+#include <utility>
+
+namespace {
+
+constexpr double JITTER_SECONDS = 0.5;  // by which times may differ from what is expected
+constexpr double LONGEST_GAP = 3600;    // seconds that may be missing from a recording
+
+bool isExpected(double time, double expected) {
+  return std::fabs(time - expected) <= JITTER_SECONDS;
+}
+
+double timeWithoutStamp(const JoinedTimes& times) {
+  if (std::isnan(times.time)) return 0.0;
+  return std::isnan(times.spacing) ? times.expected : times.time + times.spacing;
+}
+
+// Chooses what is added to a timestamp.
+void join(int64_t frame, double stamp, JoinedTimes* times) {
+  const double ahead = stamp + times->offset - times->expected;  // NaN: of the first frame
+  const bool goesOnAsBefore = isExpected(stamp + times->otherOffset, times->expected);
+  if (std::fabs(ahead) > JITTER_SECONDS && goesOnAsBefore) {
+    std::swap(times->offset, times->otherOffset);
+  } else if (ahead < -JITTER_SECONDS || ahead > LONGEST_GAP) {
+    times->otherOffset = std::exchange(times->offset, times->expected - stamp);
+  } else {
+    return;
+  }
+  if (times->joins.size() < MOST_JOINS)
+    times->joins.push_back({frame, stamp - times->stamp, times->offset});
+}
+
+}  // namespace
+
+double timeOfFrame(int64_t frame, double stamp, double duration, JoinedTimes* times) {
+  double time = 0.0;
+  if (std::isnan(stamp)) {
+    time = timeWithoutStamp(*times);
+  } else {
+    const bool endsGap = isExpected(stamp + times->offset, times->expectedOther);
+    if (!endsGap) join(frame, stamp, times);
+    time = stamp + times->offset;
+    if (endsGap) times->expectedOther = UNKNOWN;
+    if (time - times->expected > JITTER_SECONDS) times->expectedOther = times->expected;
+    if (time > times->time) times->spacing = time - times->time;
+    times->stamp = stamp;
+  }
+  times->time = time;
+  times->expected = time + duration;
+  times->expectedOther += duration;
+  return time;
+}
