@@ -46,6 +46,11 @@ size_t indicatorNamed(std::string_view name) {
   return i;
 }
 
+IndicatorMask withNeeded(IndicatorMask requested) {
+  const bool isFreezing = (requested & FREEZING) != 0;
+  return isFreezing ? requested | TEMPORAL_ACTIVITY | BLACKOUT : requested;
+}
+
 IndicatorValues measuredValues(const FrameResults& spatial, const TemporalResults& temporal,
                                IndicatorMask mask, bool hasPrevious, uint64_t w, uint64_t h) {
   mask &= meaningful(w, h);

@@ -104,7 +104,7 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
       outcome->error = "no luma is known of this pixel format";
       return AnalysisEnd::UNSUPPORTED;
     }
-    const IndicatorMask mask = computable(options.mask, images->current);
+    const IndicatorMask mask = computable(withNeeded(options.mask), images->current);
     schedule(mask, fps, !isFirst, images, &temporal);
     const bool isDamaged = isCorrupt(picture);
     onFrame(

@@ -13,7 +13,7 @@
 #include "scan/video/videoReader.h"
 
 struct AnalysisOptions {
-  IndicatorMask mask = 0x7fff;
+  IndicatorMask mask = 0x7fff;  // and what these need
   double fps = 0.0;  // frames per second, for freezing; 0: the stream's average
   Position start;    // the first frame analysed
   Position end;      // the first one not analysed any more

@@ -11,6 +11,7 @@
 #include <iostream>
 #include <map>
 
+#include "scan/commandLine/messages.h"
 #include "scan/files/names.h"
 #include "scan/results/storedResult.h"
 
@@ -64,16 +65,25 @@ bool isVideo(const fs::path& path, bool isRaw) {
   return !isAmong(extension, OTHER_EXTENSIONS) && hasVideoContent(path);
 }
 
-bool matches(const std::vector<std::string>& patterns, const fs::path& path) {
+bool matches(const std::vector<std::string>& patterns, const fs::path& path, int flags) {
   return std::any_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
-    return fnmatch(pattern.c_str(), path.c_str(), 0) == 0 ||
-           fnmatch(pattern.c_str(), path.filename().c_str(), 0) == 0;
+    return fnmatch(pattern.c_str(), path.c_str(), flags) == 0 ||
+           fnmatch(pattern.c_str(), path.filename().c_str(), flags) == 0;
   });
 }
 
+// Such files are no videos, though macOS calls companions of videos "._film.mp4".
+bool isHidden(const fs::path& path) {
+  return path.filename().native()[0] == '.';
+}
+
+// Patterns that ask for files ask for them whatever they are called, but for a hidden one only
+// where they begin with its period.
 bool isWanted(const Options& options, const fs::path& path) {
-  if (!options.include.empty() && !matches(options.include, path)) return false;
-  return !matches(options.exclude, path) && isVideo(path, options.raw.rawWidth > 0);
+  if (matches(options.exclude, path, 0)) return false;
+  if (!options.include.empty())
+    return matches(options.include, path, isHidden(path) ? FNM_PERIOD | FNM_PATHNAME : 0);
+  return !isHidden(path) && isVideo(path, options.raw.rawWidth > 0);
 }
 
 bool isResultFolder(const fs::path& folder, const fs::path& output) {
@@ -88,6 +98,7 @@ std::string refusal(const fs::path& path, const std::string& reason) {
 void addFolder(const Options& options, const fs::path& folder, std::vector<std::string>* files,
                std::vector<std::string>* problems) {
   std::vector<std::string> found;
+  int hidden = 0;
   std::error_code error;
   fs::recursive_directory_iterator walk(folder, error);
   while (!error && walk != fs::recursive_directory_iterator()) {
@@ -95,13 +106,16 @@ void addFolder(const Options& options, const fs::path& folder, std::vector<std::
     const fs::path path = walk->path();
     if (walk->is_directory(ignored)) {
       std::error_code closed;
-      const bool isEntered = !walk->is_symlink(ignored) && !isResultFolder(path, options.output);
+      const bool isEntered =
+          !walk->is_symlink(ignored) && !isHidden(path) && !isResultFolder(path, options.output);
       // The walk itself would end at a folder that may not be entered: it is said, and passed over.
       if (isEntered) fs::directory_iterator(path, closed);
       if (closed) problems->push_back(refusal(path, closed.message()));
       if (closed || !isEntered) walk.disable_recursion_pending();
     } else if (walk->is_regular_file(ignored) && isWanted(options, path)) {
       found.push_back(path.string());
+    } else if (isHidden(path)) {
+      ++hidden;
     }
     walk.increment(error);
     if (error) {
@@ -111,6 +125,8 @@ void addFolder(const Options& options, const fs::path& folder, std::vector<std::
     }
   }
   if (error) problems->push_back(refusal(folder, error.message()));
+  if (options.isVerbose && hidden > 0)
+    complain(std::to_string(hidden) + " hidden in " + quoted(folder.string()) + " left out");
   if (found.empty() && !error) {
     problems->push_back("there is no video in \"" + printableName(folder.string()) + "\"");
   }
@@ -180,7 +196,10 @@ std::vector<std::string> findInputs(const Options& options, std::vector<std::str
     if (input != "-" && fs::is_directory(status)) {
       addFolder(options, input, &files, problems);
     } else if (input != "-" && !fs::exists(status)) {
-      problems->push_back(refusal(input, error ? error.message() : std::strerror(ENOENT)));
+      const bool isAddress = input.find("://") != std::string::npos;
+      problems->push_back(refusal(input, isAddress ? "addresses are not read, files are"
+                                         : error   ? error.message()
+                                                   : std::strerror(ENOENT)));
     } else {
       files.push_back(input);
     }

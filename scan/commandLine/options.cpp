@@ -107,6 +107,22 @@ std::string parsePlace(const std::string& text, Position* position) {
              : "\"" + text + "\" is neither seconds nor a timecode nor f:FRAME";
 }
 
+// The pattern's brackets end; fnmatch() takes one that does not for itself.
+std::string mistakeIn(const std::vector<std::string>& patterns) {
+  for (const std::string& pattern : patterns) {
+    for (size_t i = 0; i < pattern.size(); ++i) {
+      if (pattern[i] == '\\') {
+        if (++i == pattern.size()) return "\"" + pattern + "\" ends with a backslash";
+      } else if (pattern[i] == '[') {
+        const bool isNegated = pattern.find_first_of("!^", i + 1) == i + 1;
+        i = pattern.find(']', i + (isNegated ? 3 : 2));  // one that comes first is meant itself
+        if (i == std::string::npos) return "the bracket in \"" + pattern + "\" has no end";
+      }
+    }
+  }
+  return "";
+}
+
 std::string parseSeverity(const std::string& text, std::optional<Severity>* severity) {
   for (const Severity each : {Severity::INFO, Severity::WARN, Severity::FAIL}) {
     if (text == severityName(each)) *severity = each;
@@ -225,6 +241,10 @@ bool isEmptyRange(const Position& start, const Position& end) {
 std::string contradictionIn(const Options& options) {
   const std::vector<std::string>& inputs = options.inputs;
   if (inputs.empty() && options.filesFrom.empty()) return "there is no input";
+  for (const std::vector<std::string>* patterns : {&options.include, &options.exclude}) {
+    std::string mistake = mistakeIn(*patterns);
+    if (!mistake.empty()) return mistake;
+  }
   if (options.filesFrom == "-" && std::find(inputs.begin(), inputs.end(), "-") != inputs.end()) {
     return "standard input is either a video or a list of files";
   }
@@ -233,6 +253,13 @@ std::string contradictionIn(const Options& options) {
            (options.analysis.start.text.empty() ? "0" : options.analysis.start.text);
   }
   return "";
+}
+
+// Says what is wrong, and which help has the options of the command.
+int refuse(const std::string& verb, const std::string& mistake) {
+  const std::string help = isVerb(verb) ? "lumascan " + verb : "lumascan";
+  std::fprintf(stderr, "lumascan: %s\nTry '%s --help'.\n", mistake.c_str(), help.c_str());
+  return USAGE;
 }
 
 // "scan" is understood where no verb stands.
@@ -279,13 +306,13 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   for (CLI::App* const verb : {scan, events, report, probe}) addFlags(verb, options);
 
   std::vector<std::string> arguments = argumentsWithVerb(argc, argv);
+  const std::string verb = arguments.empty() ? "" : arguments[0];
   std::reverse(arguments.begin(), arguments.end());
   try {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return finishOutput(app.exit(error));
-    std::fprintf(stderr, "lumascan: %s\nTry 'lumascan --help'.\n", error.what());
-    return USAGE;
+    return refuse(verb, error.what());
   }
   if (events->parsed()) options->verb = Verb::EVENTS;
   if (report->parsed()) options->verb = Verb::REPORT;
@@ -293,10 +320,7 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   if (scan->parsed()) {
     if (options->output.empty()) options->output = "lumascan-results";
     const std::string mistake = contradictionIn(*options);
-    if (!mistake.empty()) {
-      std::fprintf(stderr, "lumascan: %s\nTry 'lumascan --help'.\n", mistake.c_str());
-      return USAGE;
-    }
+    if (!mistake.empty()) return refuse(verb, mistake);
   }
   return std::nullopt;
 }

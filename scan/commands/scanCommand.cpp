@@ -57,7 +57,8 @@ void shareCores(size_t jobs, std::vector<Task>* tasks) {
   }
 }
 
-// Waits a little: the workers of a scan that has just been killed hold its lock until they end, too.
+// Waits a little: the workers of a scan that has just been killed hold its lock until they end,
+// too.
 bool lockDescriptor(int descriptor) {
   constexpr int ATTEMPTS = 20;
   constexpr std::chrono::milliseconds PAUSE(100);
@@ -144,9 +145,11 @@ int runTasks(const Options& options, const ScanSettings& settings, std::vector<T
   for (const Task& task : *tasks) {
     if (task.state == TaskState::FINISHED && isTelling) printVerdict(entryOf(task, options, true));
   }
+  recordProgress(*tasks, progress);
   const int stopSignal =
       superviseTasks(settings, {jobs, options.stallTimeout, options.isVerbose}, listener, tasks);
   clearProgress(&progress);
+  recordProgress(*tasks, progress);
   return stopSignal;
 }
 

@@ -222,6 +222,16 @@ size_t worstRow(const Values& values, size_t first, size_t last, Direction direc
   return worst;
 }
 
+// Values may hold for frames before their own: of those that have the worst one, the first that was
+// measured so.
+size_t rowOfValue(const Scene& scene, const Values& own, size_t first, size_t last, size_t worst) {
+  const Values& measured = scene.table.values[indicatorNamed(scene.rule.indicator)];
+  for (size_t i = first; i <= last; ++i) {
+    if (own[i] == own[worst] && measured[i] == own[worst]) return i;
+  }
+  return worst;
+}
+
 void findStretches(const Scene& scene, std::vector<Event>* events) {
   const bool isHeld = scene.threshold.holdSeconds > 0.0;
   const Values own = consideredValues(scene.table, scene.rule);
@@ -238,7 +248,7 @@ void findStretches(const Scene& scene, std::vector<Event>* events) {
     while (next < rows && isBeyond(values[next], levels.leave, direction)) ++next;
     size_t last = next - 1;
     while (!isBeyond(own[last], levels.leave, direction)) --last;  // not held any more
-    const size_t worst = worstRow(own, first, last, direction);
+    const size_t worst = rowOfValue(scene, own, first, last, worstRow(own, first, last, direction));
     Event event = eventAt(scene, first, last);
     event.peakFrame = scene.table.firstFrame + static_cast<int64_t>(worst);
     event.peakValue = own[worst];

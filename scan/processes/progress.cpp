@@ -139,6 +139,12 @@ void showProgress(const std::vector<Task>& tasks, Progress* progress) {
   }
 }
 
+void recordProgress(const std::vector<Task>& tasks, const Progress& progress) {
+  if (progress.style != ProgressStyle::JSON) return;
+  const double elapsed = std::chrono::duration<double>(Clock::now() - progress.start).count();
+  printJson(stateOf(tasks), tasks.size(), elapsed);
+}
+
 void clearProgress(Progress* progress) {
   if (progress->hasLine) std::fputs("\r\x1b[K", stderr);
   progress->hasLine = false;

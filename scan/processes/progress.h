@@ -21,6 +21,9 @@ Progress startProgress(ProgressStyle style, bool isQuiet);
 // Shows how far all tasks are, when it is time to.
 void showProgress(const std::vector<Task>& tasks, Progress* progress);
 
+// Tells the beginning or the end as a JSON record, where these are asked for.
+void recordProgress(const std::vector<Task>& tasks, const Progress& progress);
+
 // Takes the bar away, so that something else can be printed.
 void clearProgress(Progress* progress);
 

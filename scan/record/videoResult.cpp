@@ -18,10 +18,12 @@ double endOfLast(const FrameTable& frames, double frameRate) {
 }
 
 // Why the analysis is not complete, in words; empty when it is.
-std::string shortcoming(const AnalysisOutcome& outcome) {
+std::string shortcoming(const AnalysisOutcome& outcome, const std::string& codec) {
   if (outcome.end == AnalysisEnd::SIZE_CHANGE)
     return "the picture size changes: analysed up to there";
   if (!outcome.error.empty()) return outcome.error;
+  if (outcome.frames == 0 && codec == "webp")
+    return "there is no frame to analyse: FFmpeg does not decode animated WebP";
   if (outcome.frames == 0) return "there is no frame to analyse";
   if (outcome.isTruncated) return "the file is cut: its end is missing";
   if (outcome.decodeErrors == 1) return "a packet could not be decoded: its picture is missing";
@@ -41,7 +43,7 @@ AnalysisFacts analysisFacts(const AnalysisOptions& options, const Measurement& m
   const AnalysisOutcome& outcome = measured.outcome;
   const FrameTable& frames = measured.frames;
   AnalysisFacts facts;
-  facts.indicators = options.mask;
+  facts.indicators = withNeeded(options.mask);
   facts.fps = options.fps > 0.0 ? options.fps : measured.frameRate;
   facts.lumaPath = outcome.lumaPath;
   facts.firstFrame = frames.firstFrame;
@@ -65,7 +67,7 @@ ResultRecord recordOf(const VideoSource& source, const AnalysisOptions& options,
   record.options = askedOptions(source, options);
   record.error = measured.openError;
   if (!record.error.empty()) return record;
-  record.error = shortcoming(measured.outcome);
+  record.error = shortcoming(measured.outcome, measured.stream->codec);
   record.analysis = analysisFacts(options, measured);
   record.status = measured.outcome.frames == 0 ? Status::FAILED
                   : record.error.empty()       ? Status::COMPLETE

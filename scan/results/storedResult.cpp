@@ -1,5 +1,6 @@
 #include "scan/results/storedResult.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -90,6 +91,13 @@ std::string resultFolder(const std::string& output, const std::string& path) {
   return (fs::path(output) / relative).string() + ".lumascan";
 }
 
+bool hasFiles(const fs::path& folder, std::initializer_list<const char*> names) {
+  return std::all_of(names.begin(), names.end(), [&](const char* name) {
+    std::error_code ignored;
+    return fs::exists(folder / name, ignored);
+  });
+}
+
 Freshness freshnessOf(const std::string& folder, const VideoSource& source,
                       const AnalysisOptions& options, const Thresholds& thresholds,
                       const OutputChoice& choice) {
@@ -105,8 +113,12 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
   if (!isValid) return Freshness::STALE;
   const bool isJudged =
       thresholdsJson(record.thresholds) == thresholdsJson(thresholds) && record.outputs == choice;
-  if (isJudged) return Freshness::COMPLETE;
-  return record.outputs.hasCsv ? Freshness::JUDGE : Freshness::STALE;
+  const bool hasCsv =
+      record.outputs.hasCsv && hasFiles(folder, {"rows.tsv", "frames.csv", "events.csv"});
+  const bool hasHtml = record.outputs.hasHtml && hasFiles(folder, {"report.html"});
+  const bool isThere = hasCsv == record.outputs.hasCsv && hasHtml == record.outputs.hasHtml;
+  if (isJudged && isThere) return Freshness::COMPLETE;
+  return hasCsv ? Freshness::JUDGE : Freshness::STALE;
 }
 
 std::string readRecord(const std::string& folder, ResultRecord* record,

@@ -60,6 +60,17 @@ int openContainer(const VideoSource& source, AVFormatContext** container) {
   return error;
 }
 
+// Why a source cannot be opened, and what to do.
+std::string openingError(const VideoSource& source, int error) {
+  const bool isOtherFormat = error == AVERROR_INVALIDDATA || error == AVERROR(EINVAL);
+  const bool isRaw = source.path.size() > 4 &&
+                     source.path.compare(source.path.size() - 4, std::string::npos, ".yuv") == 0;
+  if (isOtherFormat && source.path == "-") return "standard input is no YUV4MPEG stream";
+  if (isOtherFormat && isRaw && source.rawWidth == 0)
+    return "raw video says nothing about itself: give --raw WIDTHxHEIGHT@FPS";
+  return ffmpegError(error);
+}
+
 // One rounding alone: 5 units of 1/100 are 0.05.
 double seconds(int64_t time, AVRational unit) {
   return static_cast<double>(time) * unit.num / unit.den;
@@ -273,7 +284,7 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   AVFormatContext* container = avformat_alloc_context();
   container->opaque = &reader->log;
   int error = openContainer(source, &container);
-  if (error < 0) return ffmpegError(error);
+  if (error < 0) return openingError(source, error);
   reader->container.reset(container);
   {
     const Listening listening(container);

@@ -61,6 +61,8 @@ TEST(Commands, explainMistakes) {
        "thresholds of \"none.json\": No such file or directory"},
       {{"events", "a.mp4", "--thresholds", "none.json"}, "thresholds of \"none.json\": "},
       {{"a.mp4", "--fps", "-5"}, "--fps"},
+      {{"a.mp4", "--include", "[a"},
+       "the bracket in \"[a\" has no end\nTry 'lumascan scan --help'."},
       {{"events"}, "RESULT"}};
   for (const auto& mistake : mistakes) {
     const ProgramRun run = lumascan(directory, mistake.first);
@@ -289,7 +291,11 @@ TEST(Commands, tellProgressAsJson) {
   const ProgramRun run = endOf(&scan);
   EXPECT_EQ(run.status, 0);
   double share = 0.0;
-  for (const std::string& line : linesOf(run.err)) {
+  const std::vector<std::string> lines = linesOf(run.err);
+  EXPECT_EQ(Json::parse(lines.front())["progress"], 0.0);
+  EXPECT_EQ(Json::parse(lines.back())["progress"], 1.0);
+  EXPECT_EQ(Json::parse(lines.back())["finished"], 2);
+  for (const std::string& line : lines) {
     const Json progress = Json::parse(line);
     EXPECT_GE(progress["progress"], share);
     EXPECT_LE(progress["progress"], 1.0);

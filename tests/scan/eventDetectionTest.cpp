@@ -432,7 +432,7 @@ TEST(Freeze, beginsWhereThePictureStopped) {
   column(&table, "temporal_activity") = {NONE, 9, 9, 1, 0, 0, 0, 9};
   const std::vector<Event> events = detectEvents(table, only("freeze", 1, 1, 0), WHOLE);
   ASSERT_EQ(stretches(events), "3-6");
-  EXPECT_EQ(events[0].peakFrame, 3);
+  EXPECT_EQ(events[0].peakFrame, 5);  // the first one whose own value is the peak's
   EXPECT_EQ(events[0].peakValue, 1.0);
 }
 
@@ -470,6 +470,18 @@ TEST(Flicker, coversTheComparisonsThatItIsTheMeanOf) {
   EXPECT_EQ(
       stretches(detectEvents(tableOf("flickering", values), only("flicker", 0.5, 0.4, 0), WHOLE)),
       "1-27");
+}
+
+TEST(Flicker, hasItsPeakWhereItIsSpoken) {
+  Values values(28, NONE);
+  values[8] = 0.0;
+  values[16] = 0.6;
+  values[24] = 0.9;
+  const std::vector<Event> events =
+      detectEvents(tableOf("flickering", values), only("flicker", 0.5, 0.4, 0), WHOLE);
+  ASSERT_EQ(stretches(events), "9-27");
+  EXPECT_EQ(events[0].peakFrame, 24);
+  EXPECT_EQ(events[0].peakValue, 0.9);
 }
 
 TEST(Flicker, isNothing_whenNoPeriodEnds) {

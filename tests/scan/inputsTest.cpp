@@ -139,6 +139,39 @@ TEST(FindInputs, includesAndExcludesFilesOfFoldersByTheirNames) {
   EXPECT_EQ(filesOf(options), Names({"old/c.mp4"}));
 }
 
+TEST(FindInputs, takesWhatIsIncluded_whateverItIsCalled) {
+  const CurrentFolder here;
+  makeFiles({"a.mp4", "b.bin", "c.txt"});
+  Options options = scanOf({"."});
+  EXPECT_EQ(filesOf(options), Names({"a.mp4"}));
+  options.include = {"*.bin", "c.*"};
+  EXPECT_EQ(filesOf(options), Names({"b.bin", "c.txt"}));
+}
+
+TEST(FindInputs, leavesHiddenFilesOut_unlessAPatternNamesThem) {
+  const CurrentFolder here;
+  makeFiles({"a.mp4", "._a.mp4", ".b.mp4", ".trash/c.mp4", "d/.e.mp4", "d/f.mp4"});
+  Options options = scanOf({"."});
+  EXPECT_EQ(filesOf(options), Names({"a.mp4", "d/f.mp4"}));
+  options.include = {"*.mp4"};
+  EXPECT_EQ(filesOf(options), Names({"a.mp4", "d/f.mp4"}));
+  options.include = {".[_be]*"};
+  EXPECT_EQ(filesOf(options), Names({"._a.mp4", ".b.mp4", "d/.e.mp4"}));
+  // What is named is no part of a folder.
+  EXPECT_EQ(filesOf({".b.mp4", ".trash"}), Names({".b.mp4", ".trash/c.mp4"}));
+  options = scanOf({"."});
+  options.isVerbose = true;
+  testing::internal::CaptureStderr();
+  filesOf(options);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "lumascan: 3 hidden in \".\" left out\n");
+}
+
+TEST(FindInputs, saysThatAnAddressIsNoFile) {
+  const CurrentFolder here;
+  EXPECT_EQ(problemsOf(scanOf({"http://example.org/a.mp4"})),
+            Names({"cannot open \"http://example.org/a.mp4\": addresses are not read, files are"}));
+}
+
 TEST(FindInputs, doesNotAskPatternsAboutFilesThatAreNamed) {
   const CurrentFolder here;
   makeFiles({"a.mp4"});

@@ -56,7 +56,12 @@ void expectMistake(const Arguments& arguments, const std::string& text) {
   EXPECT_EQ(parsing.out, "");
   EXPECT_EQ(parsing.err.rfind("lumascan: ", 0), 0u) << parsing.err;
   EXPECT_NE(parsing.err.find(text), std::string::npos) << parsing.err;
-  EXPECT_NE(parsing.err.find("\nTry 'lumascan --help'.\n"), std::string::npos) << parsing.err;
+  const bool isVerb = !arguments.empty() && (arguments[0] == "events" || arguments[0] == "report" ||
+                                             arguments[0] == "probe");
+  const std::string help = "lumascan " + (isVerb ? arguments[0] : "scan") + " --help";
+  EXPECT_NE(parsing.err.find("\nTry '" + (arguments.empty() ? "lumascan --help" : help) + "'.\n"),
+            std::string::npos)
+      << parsing.err;
 }
 
 }  // namespace
@@ -306,6 +311,17 @@ TEST(ParseOptions, refusesAnEndThatIsNotBehindTheStart) {
   // Of these only the frame rate could tell.
   for (const auto& [start, end] : {std::pair("2", "f:1"), {"f:9", "0.1"}, {"1.5", "0:0:1:20"}}) {
     EXPECT_EQ(scanWith({"--start", start, "--end", end}).analysis.end.text, end);
+  }
+}
+
+TEST(ParseOptions, refusesPatternsThatAreNone) {
+  expectMistake({"a", "--include", "[ab"}, "the bracket in \"[ab\" has no end");
+  expectMistake({"a", "--exclude", "[!]"}, "the bracket in \"[!]\" has no end");
+  expectMistake({"a", "--exclude", "x[]"}, "the bracket in \"x[]\" has no end");
+  expectMistake({"a", "--include", "a\\"}, "\"a\\\" ends with a backslash");
+  const std::vector<std::string> good = {"[ab]", "[]]", "[!]]*", "\\[", "a]", "\\\\", ""};
+  for (const std::string& pattern : good) {
+    EXPECT_EQ(scanWith({"--include", pattern}).include, std::vector<std::string>{pattern});
   }
 }
 

@@ -62,6 +62,13 @@ std::string notWritten(const std::string& name) {
   return name + " is not what lumascan writes";
 }
 
+// Stores a result and the rows that a scan has written beside it before.
+std::string storeWithRows(const std::string& folder, const VideoResult& result) {
+  const std::string error = storeResult(folder, result, nullptr);
+  writeFile(folder + "/rows.tsv", "");
+  return error;
+}
+
 }  // namespace
 
 TEST(ResultFolder, isBelowTheFolderOfAllResults_byThePathFromHere) {
@@ -181,7 +188,7 @@ TEST(StoredResult, isStale_whenItDoesNotSayWhatItIsOf) {
   const std::string video = directory.path + "/a.mp4";
   const std::string folder = directory.path + "/results";
   writeFile(video, "some bytes");
-  ASSERT_EQ(storeResult(folder, smallResult(video), nullptr), "");
+  ASSERT_EQ(storeWithRows(folder, smallResult(video)), "");
   const std::string whole = readFile(folder + "/result.json");
   const auto freshness = [&](const std::string& changes) {
     Json json = Json::parse(whole);
@@ -217,7 +224,7 @@ TEST(StoredResult, isStale_whenAnythingElseIsAsked) {
     VideoResult result = smallResult(video);
     result.record.status = status;
     result.record.options = {0x421, 12.5, "f:5", "00:00:09", "64x48@25"};
-    ASSERT_EQ(storeResult(folder, result, nullptr), "");
+    ASSERT_EQ(storeWithRows(folder, result), "");
     EXPECT_EQ(freshness(source, options), Freshness::COMPLETE);
     EXPECT_EQ(freshness({video, 65, 48, "25"}, options), Freshness::STALE);
     EXPECT_EQ(freshness({video, 64, 49, "25"}, options), Freshness::STALE);
@@ -249,7 +256,7 @@ TEST(StoredResult, isStale_whenItFailedOrIsOfAnotherVersion) {
     VideoResult result = smallResult(video);
     result.record.status = status;
     result.record.toolVersion = version;
-    EXPECT_EQ(storeResult(folder, result, nullptr), "");
+    EXPECT_EQ(storeWithRows(folder, result), "");
     return freshnessOf(folder, {video, 0, 0, ""}, {}, DEFAULT_THRESHOLDS, {});
   };
   EXPECT_EQ(freshnessIn(Status::COMPLETE, LUMASCAN_VERSION), Freshness::COMPLETE);
@@ -268,7 +275,7 @@ TEST(StoredResult, isJudgedAgain_whenOtherFilesOrThresholdsAreAsked) {
   const auto freshness = [&](const Thresholds& thresholds, const OutputChoice& choice) {
     return freshnessOf(folder, {video, 0, 0, ""}, {}, thresholds, choice);
   };
-  ASSERT_EQ(storeResult(folder, smallResult(video), nullptr), "");
+  ASSERT_EQ(storeWithRows(folder, smallResult(video)), "");
   EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {}), Freshness::COMPLETE);
   EXPECT_EQ(freshness(others, {}), Freshness::JUDGE);
   EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {true, true, Thumbs::ALL}), Freshness::JUDGE);
@@ -277,9 +284,26 @@ TEST(StoredResult, isJudgedAgain_whenOtherFilesOrThresholdsAreAsked) {
   // Without frames.csv there are no values that could be judged.
   VideoResult withoutFrames = smallResult(video);
   withoutFrames.record.outputs.hasCsv = false;
-  ASSERT_EQ(storeResult(folder, withoutFrames, nullptr), "");
+  ASSERT_EQ(storeWithRows(folder, withoutFrames), "");
   EXPECT_EQ(freshness(DEFAULT_THRESHOLDS, {false, true, Thumbs::EVENTS}), Freshness::COMPLETE);
   EXPECT_EQ(freshness(others, {false, true, Thumbs::EVENTS}), Freshness::STALE);
+}
+
+TEST(StoredResult, isMadeAgain_whereFilesAreGone) {
+  const TemporaryDirectory directory;
+  const std::string video = directory.path + "/a.mp4";
+  const std::string folder = directory.path + "/results";
+  writeFile(video, "some bytes");
+  const auto without = [&](const char* name) {
+    EXPECT_EQ(storeWithRows(folder, smallResult(video)), "");
+    fs::remove(folder + "/" + name);
+    return freshnessOf(folder, {video, 0, 0, ""}, {}, DEFAULT_THRESHOLDS, {});
+  };
+  EXPECT_EQ(without("nothing"), Freshness::COMPLETE);
+  EXPECT_EQ(without("report.html"), Freshness::JUDGE);
+  for (const char* const name : {"rows.tsv", "frames.csv", "events.csv", "result.json"}) {
+    EXPECT_EQ(without(name), Freshness::STALE) << name;
+  }
 }
 
 TEST(StoredResult, hasNoPicturesOfAnEarlierOne) {

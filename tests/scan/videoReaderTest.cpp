@@ -323,6 +323,15 @@ TEST(VideoReader, saysWhyThereIsNothingToRead) {
   EXPECT_EQ(openError(directory.path + "/cover.m4a"), "there is no video in it");
 }
 
+TEST(VideoReader, saysWhatToDo_whereRawVideoHasNoSize) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/film.yuv", std::string(38016, 'x'));
+  VideoReader reader;
+  EXPECT_EQ(openVideo({directory.path + "/film.yuv", 0, 0, ""}, 1, &reader),
+            "raw video says nothing about itself: give --raw WIDTHxHEIGHT@FPS");
+  EXPECT_EQ(openVideo({directory.path + "/film.yuv", 176, 144, "25"}, 1, &reader), "");
+}
+
 TEST(VideoReader, takesNamesThatLookLikeAddresses) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.avi", {"-c:v", "mpeg4"});
