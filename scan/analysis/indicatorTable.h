@@ -23,7 +23,8 @@ extern const std::array<IndicatorInfo, INDICATORS> INDICATOR_TABLE;
 // Place in the table, or INDICATORS when there is no such name.
 size_t indicatorNamed(std::string_view name);
 
-// The requested indicators and those that they rest on: freezing needs temporal activity and blackout.
+// The requested indicators and those that they rest on: freezing needs temporal activity and
+// blackout.
 IndicatorMask withNeeded(IndicatorMask requested);
 
 // One frame's values in the order of the table.

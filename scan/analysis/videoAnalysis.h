@@ -14,9 +14,9 @@
 
 struct AnalysisOptions {
   IndicatorMask mask = 0x7fff;  // and what these need
-  double fps = 0.0;  // frames per second, for freezing; 0: the stream's average
-  Position start;    // the first frame analysed
-  Position end;      // the first one not analysed any more
+  double fps = 0.0;             // frames per second, for freezing; 0: the stream's average
+  Position start;               // the first frame analysed
+  Position end;                 // the first one not analysed any more
   // Decode ahead on one thread and give each indicator one of its own, or do all on the calling
   // thread.
   bool isThreaded = false;

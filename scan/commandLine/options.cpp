@@ -162,9 +162,20 @@ std::string parseProgress(const std::string& text, ProgressStyle* style) {
   return "";
 }
 
-void addJudgement(CLI::App* app, Options* options) {
+void addStream(CLI::App* app, Options* options) {
+  app->add_option("--stream", options->raw.stream,
+                  "number of the video's stream in the file, from 0 (the main video)")
+      ->type_name("N")
+      ->check(CLI::NonNegativeNumber);
+}
+
+void addThresholds(CLI::App* app, Options* options) {
   app->add_option("--thresholds", options->thresholds, "judge by the thresholds in this JSON file")
       ->type_name("FILE");
+}
+
+void addJudgement(CLI::App* app, Options* options) {
+  addThresholds(app, options);
   addParsed(app, "--fail-on", "SEVERITY",
             "end with status 1 at a finding of this severity: info, warn, fail", parseSeverity,
             &options->failOn);
@@ -191,6 +202,7 @@ void addScan(CLI::App* app, Options* options) {
       ->type_name("FILE");
   addParsed(app, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS", parseRaw,
             &options->raw);
+  addStream(app, options);
   addParsed(app, "--start", "T", "first frame: seconds, HH:MM:SS[.mmm], HH:MM:SS:FF or f:FRAME",
             parsePlace, &options->analysis.start);
   addParsed(app, "--end", "T", "frame to stop before, in the same forms", parsePlace,
@@ -298,11 +310,13 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   report->add_option("-o,--output", options->output,
                      "file to write, - for standard output (report.html in the folder; of several:"
                      " lumascan-report.html)");
+  addThresholds(report, options);
   CLI::App* const probe = app.add_subcommand("probe", "say what a file says about itself");
   probe->add_option("INPUT", options->inputs, "video files")->required();
   probe->add_flag("--json", options->printsJson, "print JSON");
   addParsed(probe, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS",
             parseRaw, &options->raw);
+  addStream(probe, options);
   for (CLI::App* const verb : {scan, events, report, probe}) addFlags(verb, options);
 
   std::vector<std::string> arguments = argumentsWithVerb(argc, argv);

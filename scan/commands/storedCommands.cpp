@@ -70,12 +70,15 @@ int runEvents(const Options& options) {
 }
 
 int runReport(const Options& options) {
+  Thresholds thresholds;
+  if (!chooseThresholds(options, &thresholds)) return USAGE;
   int status = DONE;
   std::vector<VideoResult> results;
   const std::vector<std::string> folders = namedResults(options, &status);
   for (const std::string& folder : folders) {
     VideoResult result;
     if (!readStored(folder, &result, &status)) continue;
+    if (!options.thresholds.empty()) judgeResult(thresholds, &result);
     result.thumbnails = readThumbnails(folder);
     results.push_back(std::move(result));
   }

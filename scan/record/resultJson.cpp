@@ -78,6 +78,7 @@ Json optionsJson(const AskedOptions& options) {
   json["start"] = textOrNull(options.start);
   json["end"] = textOrNull(options.end);
   json["raw"] = textOrNull(options.raw);
+  json["stream"] = options.stream < 0 ? Json() : Json(options.stream);
   return json;
 }
 
@@ -239,6 +240,9 @@ AskedOptions readOptions(const Json& json) {
   options.start = textOf(json, "start");
   options.end = textOf(json, "end");
   options.raw = textOf(json, "raw");
+  if (memberOf(json, "stream").is_number_integer()) {
+    options.stream = static_cast<int>(wholeNumberOf(json, "stream"));
+  }
   return options;
 }
 

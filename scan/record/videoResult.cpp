@@ -81,7 +81,8 @@ ResultRecord recordOf(const VideoSource& source, const AnalysisOptions& options,
 }  // namespace
 
 AskedOptions askedOptions(const VideoSource& source, const AnalysisOptions& options) {
-  AskedOptions asked = {options.mask, options.fps, options.start.text, options.end.text, ""};
+  AskedOptions asked = {options.mask,     options.fps, options.start.text,
+                        options.end.text, "",          source.stream};
   if (source.rawWidth > 0) {
     asked.raw = std::to_string(source.rawWidth) + 'x' + std::to_string(source.rawHeight) + '@' +
                 source.rawRate;
@@ -90,8 +91,8 @@ AskedOptions askedOptions(const VideoSource& source, const AnalysisOptions& opti
 }
 
 bool operator==(const AskedOptions& a, const AskedOptions& b) {
-  return std::tie(a.indicators, a.fps, a.start, a.end, a.raw) ==
-         std::tie(b.indicators, b.fps, b.start, b.end, b.raw);
+  return std::tie(a.indicators, a.fps, a.start, a.end, a.raw, a.stream) ==
+         std::tie(b.indicators, b.fps, b.start, b.end, b.raw, b.stream);
 }
 
 VideoResult analyseSource(const VideoSource& source, const AnalysisOptions& options,

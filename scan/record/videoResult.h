@@ -32,6 +32,7 @@ struct AskedOptions {
   std::string start;  // as it was written; empty: from the first frame
   std::string end;    // to the last one
   std::string raw;    // WIDTHxHEIGHT@FPS; empty: the file has headers
+  int stream = -1;    // number of the video's stream; negative: the main one
 };
 
 struct AnalysisFacts {

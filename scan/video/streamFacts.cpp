@@ -68,14 +68,19 @@ bool showsItsEnd(const AVFormatContext& container) {
          SHOWING.end();
 }
 
-int videoStreams(const AVFormatContext& container) {
-  int count = 0;
+// What to do about further videos; empty: there are none.
+std::string furtherVideos(const VideoReader& reader) {
+  const AVFormatContext& container = *reader.container;
+  std::string numbers;
   for (unsigned int i = 0; i < container.nb_streams; ++i) {
     const AVStream& stream = *container.streams[i];
     const bool isCover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
-    if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover) ++count;
+    const bool isVideo = stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover;
+    if (isVideo && &stream != reader.stream)
+      numbers += (numbers.empty() ? "" : ", ") + std::to_string(i);
   }
-  return count;
+  if (numbers.empty()) return "";
+  return "there are further video streams, which are not measured: --stream takes " + numbers;
 }
 
 }  // namespace
@@ -124,7 +129,7 @@ std::vector<std::string> streamWarnings(const VideoReader& reader) {
   warn(stream.avg_frame_rate.num <= 0, "the frame rate is not known: 25 is assumed for freezing");
   warn(std::isnan(declaredDuration(reader)) && !showsItsEnd(*reader.container),
        "the container does not say how long it is: a missing end may not be seen");
-  warn(videoStreams(*reader.container) > 1,
-       "there are further video streams: they are not measured");
+  const std::string others = furtherVideos(reader);
+  warn(!others.empty(), others.c_str());
   return warnings;
 }

@@ -22,6 +22,11 @@ constexpr double FRAMES_OF_TOLERANCE = 2.5;
 constexpr double SECONDS_OF_TOLERANCE = 0.2;
 constexpr char FILE_ADDRESS[] = "file:";
 
+// A video that is named by its number.
+int namedVideo(AVFormatContext* container, int number, const AVCodec** codec) {
+  return av_find_best_stream(container, AVMEDIA_TYPE_VIDEO, number, -1, codec, 0);
+}
+
 // The stream that FFmpeg holds for the best, or the best of the others when that is a cover
 // picture.
 int mainVideo(AVFormatContext* container, const AVCodec** codec) {
@@ -298,7 +303,10 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   }
 
   const AVCodec* codec = nullptr;
-  const int found = mainVideo(container, &codec);
+  const int found = source.stream < 0 ? mainVideo(container, &codec)
+                                      : namedVideo(container, source.stream, &codec);
+  if (found == AVERROR_STREAM_NOT_FOUND && source.stream >= 0)
+    return "stream " + std::to_string(source.stream) + " of it is no video";
   if (found == AVERROR_STREAM_NOT_FOUND) return "there is no video in it";
   if (found < 0) return ffmpegError(found);
   reader->stream = container->streams[found];

@@ -17,6 +17,7 @@ struct VideoSource {
   int rawWidth = 0;     // 0: the file has headers. Else it is planar YUV 4:2:0, 8 bit, without any:
   int rawHeight = 0;    // frames of this size
   std::string rawRate;  // and so many per second, a number or a fraction
+  int stream = -1;      // the number of a stream of the file; negative: its main video
 };
 
 constexpr size_t MOST_BEFORE_KEY_FRAME = 10000;
@@ -50,8 +51,8 @@ struct VideoReader {
   std::vector<DamageMessage> beforeKeyFrame;  // at most MOST_BEFORE_KEY_FRAME
 };
 
-// Opens the source's main video: the stream that a player would choose, and no cover art. Returns
-// an empty text, or why there is nothing to read.
+// Opens the source's main video: the stream that a player would choose, and no cover art; or the
+// one that is named. Returns an empty text, or why there is nothing to read.
 //
 // threads   that the decoder may use; 0: as many as the machine has
 std::string openVideo(const VideoSource& source, int threads, VideoReader* reader);

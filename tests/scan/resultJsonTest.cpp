@@ -26,7 +26,7 @@ ResultRecord fullRecord() {
   record.input.stream->timeBase = "1/12800";
   record.input.stream->declaredFrames = 280;
   record.input.stream->rotation = -90.0;
-  record.options = {0x421, 12.5, "f:5", "00:00:09", "64x48@25"};
+  record.options = {0x421, 12.5, "f:5", "00:00:09", "64x48@25", 2};
   record.analysis->indicators = 0x421;
   record.analysis->firstFrame = 5;
   record.analysis->endedBy = AnalysisEnd::SIZE_CHANGE;
@@ -45,7 +45,7 @@ TEST(ResultJson, comesBack) {
   EXPECT_EQ(again(json).dump(), json.dump());
   EXPECT_EQ(json["options"].dump(),
             R"({"indicators":["blockiness","blur","contrast"],"fps":12.5,"start":"f:5",)"
-            R"("end":"00:00:09","raw":"64x48@25"})");
+            R"("end":"00:00:09","raw":"64x48@25","stream":2})");
   EXPECT_EQ(json["input"]["mtime_ns"], 1700000000123456789);
   EXPECT_EQ(json["analysis"]["ended_by"], "size_change");
   EXPECT_EQ(json["outputs"].dump(), R"({"formats":["csv"],"thumbs":"all"})");

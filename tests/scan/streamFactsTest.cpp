@@ -24,7 +24,8 @@ const char* const converted =
 const char* const unknownRate = "the frame rate is not known: 25 is assumed for freezing";
 const char* const unknownLength =
     "the container does not say how long it is: a missing end may not be seen";
-const char* const furtherVideos = "there are further video streams: they are not measured";
+const char* const furtherVideos =
+    "there are further video streams, which are not measured: --stream takes 1";
 
 struct Said {
   StreamFacts facts;
@@ -233,6 +234,9 @@ TEST(StreamWarnings, countVideosButNoCovers) {
   ffmpeg(directory,
          {"-f", "lavfi", "-i", "sine=duration=1", "-i", "clip.mp4", "-c:v", "copy", "loud.mp4"});
   EXPECT_EQ(saidBy({directory.path + "/two.mp4", 0, 0, ""}).warnings, Warnings({furtherVideos}));
+  EXPECT_EQ(
+      saidBy({directory.path + "/two.mp4", 0, 0, "", 1}).warnings,
+      Warnings({"there are further video streams, which are not measured: --stream takes 0"}));
   EXPECT_EQ(saidBy({directory.path + "/covered.mp4", 0, 0, ""}).warnings, Warnings());
   EXPECT_EQ(saidBy({directory.path + "/loud.mp4", 0, 0, ""}).warnings, Warnings());
 }

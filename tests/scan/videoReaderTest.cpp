@@ -295,6 +295,28 @@ TEST(VideoReader, choosesTheVideoAmongOtherStreams) {
   EXPECT_EQ(reading.luma.size(), 25u * 128 * 80);
 }
 
+TEST(VideoReader, takesTheStreamThatIsNamed) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "large.mp4", {"-c:v", "mpeg4"});
+  makeClip(directory, "small.mp4", {"-c:v", "mpeg4"}, "testsrc2=size=64x48:rate=25:duration=1");
+  ffmpeg(directory, {"-f", "lavfi", "-i", "sine=duration=1", "-i", "large.mp4", "-i", "small.mp4",
+                     "-map", "0", "-map", "1", "-map", "2", "-c:v", "copy", "both.mp4"});
+  const std::string path = directory.path + "/both.mp4";
+  const auto widthOf = [&](int stream) {
+    VideoReader reader;
+    EXPECT_EQ(openVideo({path, 0, 0, "", stream}, 1, &reader), "");
+    return videoStream(reader).codecpar->width;
+  };
+  EXPECT_EQ(widthOf(-1), 128);
+  EXPECT_EQ(widthOf(1), 128);
+  EXPECT_EQ(widthOf(2), 64);
+  for (const int other : {0, 3}) {
+    VideoReader reader;
+    EXPECT_EQ(openVideo({path, 0, 0, "", other}, 1, &reader),
+              "stream " + std::to_string(other) + " of it is no video");
+  }
+}
+
 // FFmpeg's own choice is the cover: streams for the visually impaired come last there.
 TEST(VideoReader, choosesTheVideo_whateverItIsFor) {
   const TemporaryDirectory directory;
