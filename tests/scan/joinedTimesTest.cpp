@@ -3,13 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace {
 
 using Values = std::vector<double>;
-
-const double NONE = std::nan("");
 
 // Of frames of a quarter of a second, from frame 0 on.
 Values timesOf(const Values& stamps, JoinedTimes* times) {
@@ -71,11 +67,11 @@ TEST(JoinedTimes, goBackToTheFirstRecording) {
 }
 
 TEST(JoinedTimes, ofFramesWithoutTimestampsFollowThoseBefore) {
-  EXPECT_EQ(timesOf({NONE, NONE, NONE}), (Values{0.0, 0.25, 0.5}));
-  EXPECT_EQ(timesOf({3.0, NONE, NONE}), (Values{3.0, 3.25, 3.5}));
+  EXPECT_EQ(timesOf({UNKNOWN, UNKNOWN, UNKNOWN}), (Values{0.0, 0.25, 0.5}));
+  EXPECT_EQ(timesOf({3.0, UNKNOWN, UNKNOWN}), (Values{3.0, 3.25, 3.5}));
   // What was seen counts more than what is declared.
-  EXPECT_EQ(timesOf({3.0, 3.5, 4.0, NONE, NONE}), (Values{3.0, 3.5, 4.0, 4.5, 5.0}));
-  EXPECT_EQ(timesOf({3.0, 3.125, NONE, NONE, 3.5}), (Values{3.0, 3.125, 3.25, 3.375, 3.5}));
+  EXPECT_EQ(timesOf({3.0, 3.5, 4.0, UNKNOWN, UNKNOWN}), (Values{3.0, 3.5, 4.0, 4.5, 5.0}));
+  EXPECT_EQ(timesOf({3.0, 3.125, UNKNOWN, UNKNOWN, 3.5}), (Values{3.0, 3.125, 3.25, 3.375, 3.5}));
 }
 
 TEST(JoinedTimes, rememberAThousandJoins) {

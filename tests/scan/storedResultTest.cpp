@@ -64,7 +64,7 @@ std::string notWritten(const std::string& name) {
 
 // Stores a result and the rows that a scan has written beside it before.
 std::string storeWithRows(const std::string& folder, const VideoResult& result) {
-  const std::string error = storeResult(folder, result, nullptr);
+  std::string error = storeResult(folder, result, nullptr);
   writeFile(folder + "/rows.tsv", "");
   return error;
 }
