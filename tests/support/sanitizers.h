@@ -1,5 +1,5 @@
-// Which sanitizer the tests, or the programs that they run, are built with. GCC tells it by macros, clang by
-// features, of tests that are not sanitized themselves the build.
+// Which sanitizer the tests, or the programs that they run, are built with. GCC tells it by macros,
+// clang by features, of tests that are not sanitized themselves the build.
 #ifndef LUMAPROBE_TESTS_SANITIZERS_H
 #define LUMAPROBE_TESTS_SANITIZERS_H
 
@@ -7,7 +7,8 @@
 #define __has_feature(name) 0
 #endif
 
-#if defined(PROGRAMS_ARE_ADDRESS_SANITIZED) || defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
+#if defined(PROGRAMS_ARE_ADDRESS_SANITIZED) || defined(__SANITIZE_ADDRESS__) || \
+    __has_feature(address_sanitizer)
 inline constexpr bool isAddressSanitized = true;
 #else
 inline constexpr bool isAddressSanitized = false;
