@@ -5,8 +5,9 @@
 
 namespace {
 
-constexpr double JITTER_SECONDS = 0.5;  // by which times may differ from what is expected
-constexpr double LONGEST_GAP = 3600;    // seconds that may be missing from a recording
+constexpr double JITTER_SECONDS =
+    0.5;  // by which times may fall back, or differ from what is expected
+constexpr double LONGEST_GAP = 3600;  // seconds that may be missing from a recording
 
 bool isExpected(double time, double expected) {
   return std::fabs(time - expected) <= JITTER_SECONDS;
@@ -19,11 +20,14 @@ double timeWithoutStamp(const JoinedTimes& times) {
 
 // Chooses what is added to a timestamp.
 void join(int64_t frame, double stamp, JoinedTimes* times) {
-  const double ahead = stamp + times->offset - times->expected;  // NaN: of the first frame
+  const double time = stamp + times->offset;
+  // Unlike what a file says of durations, what it says of the last frame's time is trusted.
+  const bool fallsBack = times->time - time > JITTER_SECONDS;
+  const double ahead = time - times->expected;  // NaN: of the first frame
   const bool goesOnAsBefore = isExpected(stamp + times->otherOffset, times->expected);
-  if (std::fabs(ahead) > JITTER_SECONDS && goesOnAsBefore) {
+  if ((fallsBack || ahead > JITTER_SECONDS) && goesOnAsBefore) {
     std::swap(times->offset, times->otherOffset);
-  } else if (ahead < -JITTER_SECONDS || ahead > LONGEST_GAP) {
+  } else if (fallsBack || ahead > LONGEST_GAP) {
     times->otherOffset = std::exchange(times->offset, times->expected - stamp);
   } else {
     return;
@@ -43,8 +47,11 @@ double timeOfFrame(int64_t frame, double stamp, double duration, JoinedTimes* ti
     if (!endsGap) join(frame, stamp, times);
     time = stamp + times->offset;
     if (endsGap) times->expectedOther = UNKNOWN;
-    if (time - times->expected > JITTER_SECONDS) times->expectedOther = times->expected;
-    if (time > times->time) times->spacing = time - times->time;
+    if (time - times->expected > JITTER_SECONDS) {
+      times->expectedOther = times->expected;
+    } else if (time > times->time) {
+      times->spacing = time - times->time;
+    }
     times->stamp = stamp;
   }
   times->time = time;

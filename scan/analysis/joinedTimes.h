@@ -25,17 +25,17 @@ struct JoinedTimes {
   double expected = UNKNOWN;       // when it goes
   double expectedOther = UNKNOWN;  // the same without the last gap; NaN: there was none
   double stamp = UNKNOWN;          // the last timestamp in seconds
-  double spacing = UNKNOWN;        // seconds between the last two frames with timestamps
+  double spacing = UNKNOWN;        // seconds between the last two frames without a gap
   std::vector<Join> joins;         // at most MOST_JOINS
 };
 
 // When a frame appears, in seconds. Its timestamp in seconds may be unknown, NaN.
 //
-// A timestamp that is half a second before the expected one, or more than an hour behind it, is of
-// another recording; its frame follows the one before it. One that is wrong alone is none:
-// times return to where they were with the next frame. Other gaps stay as they are. A frame without
-// a timestamp is as far from the one before it as that was from its own, or as long as that was
-// shown.
+// A timestamp that falls back by more than half a second, or is more than an hour behind the
+// expected one, is of another recording; its frame follows the one before it. One that is wrong
+// alone is none: times return to where they were with the next frame. Other gaps stay as they are.
+// A frame without a timestamp is as far from the one before it as that was from its own, or as long
+// as that was shown.
 //
 // duration  seconds for which the frame is shown
 double timeOfFrame(int64_t frame, double stamp, double duration, JoinedTimes* times);

@@ -5,12 +5,6 @@
 #include "driver/reportOutput.h"
 #include "scan/numbers/sortedValues.h"
 
-std::optional<Fingerprint> fingerprintOf(const VideoSource& source) {
-  Fingerprint fingerprint;
-  const bool isTaken = source.path != "-" && takeFingerprint(source.path, &fingerprint);
-  return isTaken ? std::optional(fingerprint) : std::nullopt;
-}
-
 namespace {
 
 // Where frames come at another rate than the container declares; else an empty text.
@@ -29,6 +23,12 @@ std::string rateWarning(const FrameTable& frames, double declared) {
 }
 
 }  // namespace
+
+std::optional<Fingerprint> fingerprintOf(const VideoSource& source) {
+  Fingerprint fingerprint;
+  const bool isTaken = source.path != "-" && takeFingerprint(source.path, &fingerprint);
+  return isTaken ? std::optional(fingerprint) : std::nullopt;
+}
 
 Measurement measureVideo(const VideoSource& source, const AnalysisOptions& options,
                          int decoderThreads, FILE* rows, const ProgressListener& onProgress) {

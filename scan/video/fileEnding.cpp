@@ -98,7 +98,7 @@ uint64_t unitLength(std::ifstream* file, std::streamoff place) {
   const size_t header = (bytes[0] & HAS_EXTENSION) != 0 ? 2 : 1;
   uint64_t length = 0;
   for (size_t i = header; i < bytes.size(); ++i) {
-    length |= uint64_t{bytes[i] & 0x7fU} << (7 * (i - header));
+    length |= (static_cast<uint64_t>(bytes[i]) & 0x7f) << (7 * (i - header));
     if ((bytes[i] & 0x80) == 0) return i + 1 + length;
   }
   return LONGEST;  // the length itself is cut

@@ -33,15 +33,24 @@ TEST(JoinedTimes, areTheTimestamps_whereTheseGoOn) {
 
 TEST(JoinedTimes, goOn_whereTimestampsBeginAnew) {
   JoinedTimes times;
-  EXPECT_EQ(timesOf({8.0, 8.25, 8.5, 0.0, 0.25, 0.5, 0.0, 0.25}, &times),
-            (Values{8.0, 8.25, 8.5, 8.75, 9.0, 9.25, 9.5, 9.75}));
+  EXPECT_EQ(timesOf({8.0, 8.25, 8.5, 0.0, 0.25, 0.5, 0.75, 0.0, 0.25}, &times),
+            (Values{8.0, 8.25, 8.5, 8.75, 9.0, 9.25, 9.5, 9.75, 10.0}));
   ASSERT_EQ(times.joins.size(), 2u);
   EXPECT_EQ(times.joins[0].frame, 3);
   EXPECT_EQ(times.joins[0].step, -8.5);
   EXPECT_EQ(times.joins[0].offset, 8.75);
-  EXPECT_EQ(times.joins[1].frame, 6);
-  EXPECT_EQ(times.joins[1].step, -0.5);
-  EXPECT_EQ(times.joins[1].offset, 9.5);
+  EXPECT_EQ(times.joins[1].frame, 7);
+  EXPECT_EQ(times.joins[1].step, -0.75);
+  EXPECT_EQ(times.joins[1].offset, 9.75);
+}
+
+TEST(JoinedTimes, areTheTimestamps_whateverTheFileSaysOfDurations) {
+  JoinedTimes times;
+  const Values stamps = {0.0, 0.25, 0.5, 0.25, 0.75};
+  for (size_t i = 0; i < stamps.size(); ++i) {
+    EXPECT_EQ(timeOfFrame(static_cast<int64_t>(i), stamps[i], 60.0, &times), stamps[i]);
+  }
+  EXPECT_TRUE(times.joins.empty());
 }
 
 TEST(JoinedTimes, goOn_whereTimestampsLeapByMoreThanAnHour) {
