@@ -240,7 +240,7 @@ TEST(VideoAnalysis, countsFramesWhosePacketsCame) {
   ASSERT_EQ(places.size(), 25u);
   // Behind its length of four bytes the data of a picture becomes data of no use.
   constexpr char FILLER = 12;
-  for (const size_t packet : {22, 23, 24}) bytes.at(places[packet] + 4) = FILLER;
+  for (const size_t packet : {22U, 23U, 24U}) bytes.at(places[packet] + 4) = FILLER;
   writeFile(directory.path + "/damaged.mp4", bytes);
   const AnalysisOutcome outcome = analyse(directory.path + "/damaged.mp4").outcome;
   EXPECT_EQ(outcome.frames, 22);
