@@ -165,7 +165,7 @@ TEST(LacksEnding, isFalseOfASFAndMXF_whoseHeadersSayNothing) {
   // Of a pipe the muxer cannot go back to the header.
   makeClip(directory, "a.mxf", {"-c:v", "mpeg2video", "-seekable", "0", "-f", "mxf"});
   EXPECT_FALSE(lacksEnding(directory.path + "/a.mxf", "mxf"));
-  for (const size_t bytes : {0, 1, 16, 17, 30, 48}) {
+  for (const size_t bytes : {0U, 1U, 16U, 17U, 30U, 48U}) {
     writeFile(directory.path + "/short", readFile(directory.path + "/a.mxf").substr(0, bytes));
     EXPECT_FALSE(lacksEnding(directory.path + "/short", "mxf")) << bytes;
     writeFile(directory.path + "/short", whole.substr(0, bytes));

@@ -81,8 +81,9 @@ TEST(Luma, ofEightBitsIsWhatTheScalerTakesFromThem) {
     std::string name = format.name;
     if (name.substr(0, 4) == "yuvj") id = av_get_pix_fmt(name.erase(3, 1).c_str());
     if (id == AV_PIX_FMT_NV16) {  // which it does not know: luma is a plane, as in NV12
-      for (size_t i = 0; i < luma.size(); ++i) {
-        EXPECT_EQ(luma[i], picture->data[0][i / 32 * picture->linesize[0] + i % 32]);
+      for (int i = 0; i < 32 * 16; ++i) {
+        EXPECT_EQ(luma[static_cast<size_t>(i)],
+                  picture->data[0][i / 32 * picture->linesize[0] + i % 32]);
       }
       return;
     }
