@@ -69,13 +69,28 @@ std::string jpegOf(const AVFrame& picture, double shape) {
   return {reinterpret_cast<const char*>(packet->data), static_cast<size_t>(packet->size)};
 }
 
-// The last key frame at or before a row, among those that can be sought; -1: there is none.
-int64_t keyBefore(const FrameTable& frames, int64_t row) {
-  while (row >= 0 && !(frames.isKey[static_cast<size_t>(row)] &&
-                       frames.pts[static_cast<size_t>(row)] != NO_TIMESTAMP)) {
-    --row;
+// Rows of key frames that can be sought: their timestamps lie behind all earlier ones and before
+// all later ones. Where recordings are joined a timestamp may come twice.
+std::vector<int64_t> keyRows(const FrameTable& frames) {
+  const auto rows = static_cast<size_t>(frames.rows());
+  std::vector<int64_t> keys;
+  int64_t latest = NO_TIMESTAMP;
+  for (size_t row = 0; row < rows; ++row) {
+    const int64_t pts = frames.pts[row];
+    // Whoever seeks one of a later or the same time may find this frame's surroundings.
+    while (pts != NO_TIMESTAMP && !keys.empty() &&
+           frames.pts[static_cast<size_t>(keys.back())] >= pts)
+      keys.pop_back();
+    if (frames.isKey[row] && pts > latest) keys.push_back(static_cast<int64_t>(row));
+    latest = std::max(latest, pts);
   }
-  return row;
+  return keys;
+}
+
+// The last of them at or before a row; -1: there is none.
+int64_t keyBefore(const std::vector<int64_t>& keys, int64_t row) {
+  const auto behind = std::upper_bound(keys.begin(), keys.end(), row);
+  return behind == keys.begin() ? -1 : *(behind - 1);
 }
 
 static_assert(NO_TIMESTAMP == AV_NOPTS_VALUE);
@@ -84,17 +99,10 @@ FramePlace placeOf(const FrameTable& frames, int64_t row) {
   return {frames.firstFrame + row, frames.pts[static_cast<size_t>(row)]};
 }
 
-// Whether timestamps fall back, and may come twice.
-bool hasJoins(const FrameTable& frames) {
-  for (size_t i = 1; i < frames.pts.size(); ++i) {
-    if (frames.pts[i] < frames.pts[i - 1] && frames.pts[i] != NO_TIMESTAMP) return true;
-  }
-  return false;
-}
-
 // Decodes a frame that lies behind the one found last.
-bool find(const FrameTable& frames, int64_t row, FrameSearch* search) {
-  const int64_t key = keyBefore(frames, row);
+bool find(const FrameTable& frames, const std::vector<int64_t>& keys, int64_t row,
+          FrameSearch* search) {
+  const int64_t key = keyBefore(keys, row);
   return findFrame(placeOf(frames, row),
                    key < 0 ? std::nullopt : std::optional(placeOf(frames, key)), search);
 }
@@ -121,12 +129,13 @@ std::vector<int64_t> framesToShow(const std::vector<Event>& events, Thumbs thumb
   if (thumbs == Thumbs::NONE || frames.rows() == 0) return {};
   const bool isLimited = thumbs != Thumbs::ALL;
   const int64_t budget = std::max(LEAST_BUDGET, frames.rows() / BUDGET_SHARE);
+  const std::vector<int64_t> keys = keyRows(frames);
   std::set<int64_t> shown;
   std::map<int64_t, int64_t> decoded;  // how many frames from each key frame on
   int64_t spent = 0;
   for (const int64_t frame : ranked(events)) {
     const int64_t row = frame - frames.firstFrame;
-    const int64_t key = keyBefore(frames, row);
+    const int64_t key = keyBefore(keys, row);
     const int64_t start = std::max(int64_t{0}, key);
     const int64_t extra = std::max(int64_t{0}, row - start + 1 - decoded[key]);
     if (isLimited && spent + extra > budget) continue;
@@ -148,9 +157,9 @@ Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
   Thumbnails thumbnails;
   FrameSearch search;
   if (wanted.empty() || !startSearch(source, &search)) return thumbnails;
-  search.isSeekable = !hasJoins(frames);
+  const std::vector<int64_t> keys = keyRows(frames);
   for (const int64_t frame : wanted) {
-    if (!find(frames, frame - frames.firstFrame, &search)) continue;
+    if (!find(frames, keys, frame - frames.firstFrame, &search)) continue;
     const std::string jpeg = jpegOf(*search.picture, shapeOf(*search.reader, search.picture.get()));
     if (!jpeg.empty()) thumbnails[frame] = jpeg;
   }

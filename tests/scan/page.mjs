@@ -236,6 +236,11 @@ const tests = {
     }
     await page.keyboard.press('?');
     assert.ok(await page.locator('dialog').isVisible());
+    const terms = await page.locator('dialog dt').allTextContents();
+    const texts = await page.locator('dialog dd').allTextContents();
+    assert.equal(texts.length, terms.length);
+    assert.equal(texts[terms.indexOf('n')], 'next event');
+    assert.ok(texts.every((text) => text !== ''));
     await page.keyboard.press('Escape');
     assert.ok(await page.locator('dialog').isHidden());
     await page.locator('#in').click();
