@@ -10,12 +10,7 @@ namespace {
 // Where frames come at another rate than the container declares; else an empty text.
 std::string rateWarning(const FrameTable& frames, double declared) {
   constexpr double FACTOR = 1.5;
-  Column<double> steps;
-  for (size_t i = 1; i < frames.time.size(); ++i) {
-    const double step = frames.time[i] - frames.time[i - 1];
-    if (step > 0.0) steps.push_back(step);
-  }
-  const double step = medianOf(steps);  // NaN: there is none
+  const double step = medianStep(frames.time);  // NaN: there is none
   const double ratio = declared * step;
   if (!(ratio >= FACTOR || ratio <= 1.0 / FACTOR)) return "";
   return fmt::format("{:.6g} frames per second are declared, but most come at {:.6g} per second",

@@ -126,7 +126,7 @@ void addFolder(const Options& options, const fs::path& folder, std::vector<std::
   }
   if (error) problems->push_back(refusal(folder, error.message()));
   if (options.isVerbose && hidden > 0)
-    complain(std::to_string(hidden) + " hidden in " + quoted(folder.string()) + " left out");
+    complain("hidden files left out of " + quoted(folder.string()) + ": " + std::to_string(hidden));
   if (found.empty() && !error) {
     problems->push_back("there is no video in \"" + printableName(folder.string()) + "\"");
   }
@@ -197,7 +197,7 @@ std::vector<std::string> findInputs(const Options& options, std::vector<std::str
       addFolder(options, input, &files, problems);
     } else if (input != "-" && !fs::exists(status)) {
       const bool isAddress = input.find("://") != std::string::npos;
-      problems->push_back(refusal(input, isAddress ? "addresses are not read, files are"
+      problems->push_back(refusal(input, isAddress ? "it is an address, and only files are read"
                                          : error   ? error.message()
                                                    : std::strerror(ENOENT)));
     } else {

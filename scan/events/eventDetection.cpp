@@ -35,12 +35,8 @@ struct Times {
 };
 
 double typicalStep(const Values& time, double frameRate) {
-  Values steps;
-  for (size_t i = 1; i < time.size(); ++i) {
-    const double step = time[i] - time[i - 1];
-    if (step > 0.0) steps.push_back(step);
-  }
-  if (!steps.empty()) return medianOf(steps);
+  const double step = medianStep(time);
+  if (!std::isnan(step)) return step;
   return frameRate > 0.0 ? 1.0 / frameRate : UNKNOWN;
 }
 

@@ -81,3 +81,12 @@ double medianOf(const Column<double>& column) {
   if (values.count % 2 == 1) return above;
   return (valueAt(values.count / 2 - 1, &values) + above) / 2.0;
 }
+
+double medianStep(const Column<double>& column) {
+  Column<double> steps;
+  for (size_t i = 1; i < column.size(); ++i) {
+    const double step = column[i] - column[i - 1];
+    if (step > 0.0) steps.push_back(step);
+  }
+  return medianOf(steps);
+}

@@ -26,4 +26,7 @@ double valueAt(int64_t place, SortedValues* values);
 // The middle value, or the mean of both middle ones; NaN when no value is finite.
 double medianOf(const Column<double>& column);
 
+// The median of the steps upwards from each value to the next; NaN when there is none.
+double medianStep(const Column<double>& column);
+
 #endif

@@ -77,7 +77,7 @@ std::vector<int64_t> keyRows(const FrameTable& frames) {
   int64_t latest = NO_TIMESTAMP;
   for (size_t row = 0; row < rows; ++row) {
     const int64_t pts = frames.pts[row];
-    // Whoever seeks one of a later or the same time may find this frame's surroundings.
+    // A seek to a key that is not earlier than this later frame could end near this frame.
     while (pts != NO_TIMESTAMP && !keys.empty() &&
            frames.pts[static_cast<size_t>(keys.back())] >= pts)
       keys.pop_back();

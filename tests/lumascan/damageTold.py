@@ -5,8 +5,8 @@ usage: damageTold.py BUILD_FOLDER [--full] [--keep FOLDER]
   --full         all variants of all clips (over 1,500) instead of some
   --keep FOLDER  leaves clips, variants and results there
 
-What is true comes from elsewhere: the hashes of the frames of the undamaged clip, what ffmpeg's own
-decoding writes to standard error, and ffprobe's number of frames. Told is what keeps a result from "complete",
+What is true comes from elsewhere: the hashes of the frames that ffmpeg decodes, of the undamaged clip and of the
+variant, and what it writes to standard error meanwhile. Told is what keeps a result from "complete",
 and every event about the file instead of the picture.
 
 Fails when ffmpeg prints an error of which lumascan says nothing, when lumascan accuses a healthy clip, or when it

@@ -163,13 +163,16 @@ TEST(FindInputs, leavesHiddenFilesOut_unlessAPatternNamesThem) {
   options.isVerbose = true;
   testing::internal::CaptureStderr();
   filesOf(options);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "lumascan: 3 hidden in \".\" left out\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "lumascan: hidden files left out of \".\": 3\n");
 }
 
 TEST(FindInputs, saysThatAnAddressIsNoFile) {
   const CurrentFolder here;
-  EXPECT_EQ(problemsOf(scanOf({"http://example.org/a.mp4"})),
-            Names({"cannot open \"http://example.org/a.mp4\": addresses are not read, files are"}));
+  EXPECT_EQ(
+      problemsOf(scanOf({"http://example.org/a.mp4"})),
+      Names(
+          {"cannot open \"http://example.org/a.mp4\": it is an address, and only files are read"}));
 }
 
 TEST(FindInputs, doesNotAskPatternsAboutFilesThatAreNamed) {

@@ -99,3 +99,13 @@ TEST(MedianOf, aLongColumn) {
   for (size_t row = 0; row < LONG; ++row) values[row] = static_cast<double>(row * 7919 % LONG);
   EXPECT_EQ(medianOf(values), (LONG - 1) / 2.0);  // LONG and 7919 have no common factor
 }
+
+TEST(MedianStep, isThatOfStepsUpwards) {
+  Column<double> values;
+  EXPECT_TRUE(std::isnan(medianStep(values)));
+  values.push_back(3.0);
+  EXPECT_TRUE(std::isnan(medianStep(values)));
+  // Steps of 1, 0, -2, 4 and 2, of which three lead upwards.
+  for (const double value : {4.0, 4.0, 2.0, 6.0, 8.0}) values.push_back(value);
+  EXPECT_EQ(medianStep(values), 2.0);
+}
