@@ -71,6 +71,10 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
                           JoinedTimes* times, AnalysisOutcome* outcome,
                           const std::function<void(const FrameRecord&)>& onFrame) {
   const double fps = options.fps > 0.0 ? options.fps : averageFrameRate(reader);
+  for (const Position* position : {&options.start, &options.end}) {
+    outcome->error = mistakeAtRate(*position, fps);
+    if (!outcome->error.empty()) return AnalysisEnd::UNSUPPORTED;
+  }
   const auto schedule = options.isThreaded ? analyseFrame : analyseFrameSerially;
   LumaConverter converter;
   TemporalResults temporal = {};

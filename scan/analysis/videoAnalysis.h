@@ -38,7 +38,7 @@ enum class AnalysisEnd {
   COMPLETE,     // the file's own end, or the position at which to end
   READ_ERROR,   // `error` says why the file cannot be read any further
   SIZE_CHANGE,  // the next frame has another size
-  UNSUPPORTED,  // `error` says what about the next frame
+  UNSUPPORTED,  // `error` says what about the next frame, or about a position
   DAMAGE,       // see endsAtDamage
 };
 

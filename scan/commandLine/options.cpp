@@ -249,6 +249,14 @@ bool isEmptyRange(const Position& start, const Position& end) {
   return isComparable && std::tie(end.seconds, end.frames) <= std::tie(start.seconds, start.frames);
 }
 
+// Frames per second where the command line says them; else NaN: each file has its own.
+double knownRate(const Options& options) {
+  if (options.analysis.fps > 0.0) return options.analysis.fps;
+  AVRational rate = {0, 1};
+  const bool isKnown = av_parse_video_rate(&rate, options.raw.rawRate.c_str()) == 0;
+  return isKnown ? av_q2d(rate) : UNKNOWN;
+}
+
 // What is wrong with the options of a scan taken together; empty: nothing.
 std::string contradictionIn(const Options& options) {
   const std::vector<std::string>& inputs = options.inputs;
@@ -259,6 +267,10 @@ std::string contradictionIn(const Options& options) {
   }
   if (options.filesFrom == "-" && std::find(inputs.begin(), inputs.end(), "-") != inputs.end()) {
     return "standard input is either a video or a list of files";
+  }
+  for (const Position* position : {&options.analysis.start, &options.analysis.end}) {
+    std::string mistake = mistakeAtRate(*position, knownRate(options));
+    if (!mistake.empty()) return mistake;
   }
   if (isEmptyRange(options.analysis.start, options.analysis.end)) {
     return "--end " + options.analysis.end.text + " is not behind --start " +
@@ -312,7 +324,7 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
                      " lumascan-report.html)");
   addThresholds(report, options);
   CLI::App* const probe = app.add_subcommand("probe", "say what a file says about itself");
-  probe->add_option("INPUT", options->inputs, "video files")->required();
+  probe->add_option("INPUT", options->inputs, "files and folders")->required();
   probe->add_flag("--json", options->printsJson, "print JSON");
   addParsed(probe, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS",
             parseRaw, &options->raw);

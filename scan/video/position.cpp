@@ -1,5 +1,6 @@
 #include "scan/video/position.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -8,8 +9,8 @@
 
 namespace {
 
-constexpr double SECONDS_PER_UNIT = 60.0;  // of the next smaller one
-constexpr double ROUNDING = 1e-6;          // seconds that a timestamp may be off a decimal time
+constexpr double SECONDS_PER_UNIT = 60.0;    // of the next smaller one
+constexpr double TIMESTAMP_ROUNDING = 1e-6;  // seconds that a timestamp may be off a decimal time
 
 template <typename Number>
 bool parseWhole(std::string_view text, Number* number) {
@@ -61,9 +62,16 @@ bool parsePosition(const std::string& text, Position* position) {
   return true;
 }
 
+std::string mistakeAtRate(const Position& position, double fps) {
+  const bool isBeyond = !position.isFrame && static_cast<double>(position.frames) >= std::ceil(fps);
+  if (!isBeyond || position.frames == 0) return "";
+  return fmt::format("there is no frame {} in a second of {:.6g} frames: {}", position.frames, fps,
+                     position.text);
+}
+
 bool isAtOrBehind(int64_t frame, double time, double fps, const Position& position) {
   if (position.isFrame) return frame >= position.frames;
   const double now = std::isnan(time) ? static_cast<double>(frame) / fps : time;
   const double then = position.seconds + static_cast<double>(position.frames) / fps;
-  return now >= then - ROUNDING;
+  return now >= then - TIMESTAMP_ROUNDING;
 }

@@ -17,6 +17,10 @@ struct Position {
 // for any other text.
 bool parsePosition(const std::string& text, Position* position);
 
+// What is wrong with a position at a rate of `fps` frames per second, in words: a second has no
+// frames beyond those. Empty: nothing.
+std::string mistakeAtRate(const Position& position, double fps);
+
 // Whether a frame is at the position or behind it. `time` is in seconds, `fps` in frames per
 // second; a frame whose time is unknown (NaN) is placed by its number.
 bool isAtOrBehind(int64_t frame, double time, double fps, const Position& position);

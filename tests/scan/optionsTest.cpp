@@ -314,6 +314,16 @@ TEST(ParseOptions, refusesAnEndThatIsNotBehindTheStart) {
   }
 }
 
+TEST(ParseOptions, refusesATimecodeWithMoreFramesThanASecondHas) {
+  expectMistake({"a.mp4", "--fps", "24", "--start", "0:0:1:24"},
+                "there is no frame 24 in a second of 24 frames: 0:0:1:24");
+  expectMistake({"a.yuv", "--raw", "8x8@30000/1001", "--end", "0:0:1:30"},
+                "there is no frame 30 in a second of 29.97 frames: 0:0:1:30");
+  EXPECT_EQ(scanWith({"--fps", "25", "--start", "0:0:1:24"}).analysis.start.frames, 24);
+  // Each file has a rate of its own.
+  EXPECT_EQ(scanWith({"--start", "0:0:1:99"}).analysis.start.frames, 99);
+}
+
 TEST(ParseOptions, refusesPatternsThatAreNone) {
   expectMistake({"a", "--include", "[ab"}, "the bracket in \"[ab\" has no end");
   expectMistake({"a", "--exclude", "[!]"}, "the bracket in \"[!]\" has no end");

@@ -67,6 +67,21 @@ TEST(Position, readsADropFrameTimecode) {
   }
 }
 
+TEST(Position, isMistaken_whereASecondHasFewerFrames) {
+  EXPECT_EQ(mistakeAtRate(positionOf("0:0:1:24"), 25.0), "");
+  EXPECT_EQ(mistakeAtRate(positionOf("0:0:1:25"), 25.0),
+            "there is no frame 25 in a second of 25 frames: 0:0:1:25");
+  // Of a broken rate the last frame of a second begins within it.
+  EXPECT_EQ(mistakeAtRate(positionOf("0:0:1;29"), 30000.0 / 1001.0), "");
+  EXPECT_EQ(mistakeAtRate(positionOf("0:0:1;30"), 30000.0 / 1001.0),
+            "there is no frame 30 in a second of 29.97 frames: 0:0:1;30");
+  EXPECT_EQ(mistakeAtRate(positionOf("0:0:1:00"), 0.04), "");
+  for (const char* const text : {"f:99", "99.5", "99"}) {
+    EXPECT_EQ(mistakeAtRate(positionOf(text), 25.0), "") << text;
+  }
+  EXPECT_EQ(mistakeAtRate(positionOf("0:0:1:99"), std::nan("")), "");
+}
+
 TEST(Position, forgetsWhatItWasBefore) {
   Position position = {"f:7", true, 3.0, 7};
   ASSERT_TRUE(parsePosition("2", &position));

@@ -108,6 +108,20 @@ TEST(VideoAnalysis, hasTheRowsOfLumaprobe) {
   }
 }
 
+TEST(VideoAnalysis, refusesATimecodeThatTheFilesRateDoesNotHave) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.avi", {"-c:v", "mpeg4"}, LIVELY_PICTURE);
+  for (const auto& [start, end] : {std::pair("0:0:1:10", ""), {"", "0:0:1:10"}}) {
+    const AnalysisOutcome outcome =
+        analyse(directory.path + "/clip.avi", between(start, end)).outcome;
+    EXPECT_EQ(outcome.end, AnalysisEnd::UNSUPPORTED);
+    EXPECT_EQ(outcome.error, "there is no frame 10 in a second of 10 frames: 0:0:1:10");
+    EXPECT_EQ(outcome.frames, 0);
+  }
+  EXPECT_EQ(analyse(directory.path + "/clip.avi", between("0:0:1:09", "f:20"), 19).frames.size(),
+            1u);
+}
+
 TEST(VideoAnalysis, computesWhatIsRequested_withTheFrameRateThatIsGiven) {
   const TemporaryDirectory directory;
   makeClip(directory, "clip.avi", {"-vf", STILL_FOR_A_WHILE, "-c:v", "mpeg4"}, LIVELY_PICTURE);
