@@ -1,4 +1,4 @@
-// Which files a scan is about.
+// Which files a scan or a probe is about.
 #ifndef LUMASCAN_INPUTS_H
 #define LUMASCAN_INPUTS_H
 

@@ -1,5 +1,6 @@
 // What files say about themselves, without decoding them.
 #include "scan/commandLine/exitStatus.h"
+#include "scan/commandLine/inputs.h"
 #include "scan/commandLine/messages.h"
 #include "scan/commands/commands.h"
 #include "scan/files/json.h"
@@ -8,14 +9,27 @@
 
 namespace {
 
+std::string textOf(const Json& value) {
+  return value.is_string() ? printableName(value.get<std::string>())
+         : value.is_null() ? "unknown"
+                           : value.dump();
+}
+
+void printFact(const std::string& name, const std::string& value) {
+  std::printf("  %-20s %s\n", name.c_str(), value.c_str());
+}
+
 void printFacts(const Json& file) {
   std::printf("%s\n", printableName(file["path"].get<std::string>()).c_str());
   for (const auto& fact : file["stream"].items()) {
-    const Json& value = fact.value();
-    const std::string text = value.is_string() ? value.get<std::string>()
-                             : value.is_null() ? "unknown"
-                                               : value.dump();
-    std::printf("  %-20s %s\n", fact.key().c_str(), text.c_str());
+    if (!fact.value().is_array()) printFact(fact.key(), textOf(fact.value()));
+  }
+  for (const Json& audio : file["stream"]["audio"]) {
+    std::string facts;
+    for (const auto& fact : audio.items()) {
+      facts += (facts.empty() ? "" : ", ") + fact.key() + ' ' + textOf(fact.value());
+    }
+    printFact("audio", facts);
   }
   for (const Json& warning : file["warnings"]) {
     std::printf("  warning: %s\n", warning.get<std::string>().c_str());
@@ -26,9 +40,12 @@ void printFacts(const Json& file) {
 
 int runProbe(const Options& options) {
   av_log_set_level(options.isVerbose ? AV_LOG_INFO : AV_LOG_QUIET);
-  int status = DONE;
+  std::vector<std::string> problems;
+  const std::vector<std::string> paths = findInputs(options, &problems);
+  for (const std::string& problem : problems) complain(problem);
+  int status = problems.empty() ? DONE : INPUT_PROBLEM;
   Json files = Json::array();
-  for (const std::string& path : options.inputs) {
+  for (const std::string& path : paths) {
     VideoSource source = options.raw;
     source.path = path;
     VideoReader reader;

@@ -55,6 +55,21 @@ Json countJson(const std::optional<int64_t>& count) {
   return count ? Json(*count) : Json(nullptr);
 }
 
+Json positiveOrNull(int64_t number) {
+  return number > 0 ? Json(number) : Json(nullptr);
+}
+
+Json audioJson(const AudioFacts& audio) {
+  Json json;
+  json["stream"] = audio.stream;
+  json["codec"] = audio.codec;
+  json["channels"] = positiveOrNull(audio.channels);
+  json["sample_rate"] = positiveOrNull(audio.sampleRate);
+  json["language"] = textOrNull(audio.language);
+  json["duration_s"] = numberOrNull(audio.duration);
+  return json;
+}
+
 Json inputJson(const InputFacts& input) {
   Json json;
   json["path"] = input.path;
@@ -213,15 +228,28 @@ std::optional<Fingerprint> readFingerprint(const Json& input) {
                      textOf(input, "checksum")};
 }
 
+std::vector<AudioFacts> readAudio(const Json& json) {
+  std::vector<AudioFacts> all;
+  if (!json.is_array()) return all;
+  for (const Json& audio : json) {
+    all.push_back({wholeNumberOf(audio, "stream"), textOf(audio, "codec"),
+                   wholeNumberOf(audio, "channels"), wholeNumberOf(audio, "sample_rate"),
+                   textOf(audio, "language"), numberOf(audio, "duration_s")});
+  }
+  return all;
+}
+
 std::optional<StreamFacts> readStream(const Json& input) {
   if (!memberOf(input, "codec").is_string()) return std::nullopt;
   StreamFacts stream;
   stream.container = textOf(input, "container");
   stream.codec = textOf(input, "codec");
+  stream.profile = textOf(input, "profile");
   stream.pixelFormat = textOf(input, "pixel_format");
   stream.width = wholeNumberOf(input, "width");
   stream.height = wholeNumberOf(input, "height");
   stream.frameRate = numberOf(input, "frame_rate");
+  stream.frameRateFraction = textOf(input, "frame_rate_fraction");
   stream.timeBase = textOf(input, "time_base");
   stream.declaredDuration = numberOf(input, "declared_duration_s");
   stream.declaredFrames = wholeNumberOf(input, "declared_frames");
@@ -230,6 +258,10 @@ std::optional<StreamFacts> readStream(const Json& input) {
   stream.colorTransfer = textOf(input, "color_transfer");
   stream.rotation = numberOf(input, "rotation");
   stream.sampleAspectRatio = textOf(input, "sample_aspect_ratio");
+  stream.bitRate = wholeNumberOf(input, "bit_rate");
+  stream.containerBitRate = wholeNumberOf(input, "container_bit_rate");
+  stream.startTimecode = textOf(input, "start_timecode");
+  stream.audio = readAudio(memberOf(input, "audio"));
   return stream;
 }
 
@@ -314,18 +346,25 @@ Json streamJson(const StreamFacts& facts) {
   Json json;
   json["container"] = facts.container;
   json["codec"] = facts.codec;
+  json["profile"] = textOrNull(facts.profile);
   json["pixel_format"] = facts.pixelFormat;
   json["width"] = facts.width;
   json["height"] = facts.height;
   json["frame_rate"] = numberOrNull(facts.frameRate);
+  json["frame_rate_fraction"] = textOrNull(facts.frameRateFraction);
   json["time_base"] = facts.timeBase;
   json["declared_duration_s"] = numberOrNull(facts.declaredDuration);
-  json["declared_frames"] = facts.declaredFrames > 0 ? Json(facts.declaredFrames) : Json(nullptr);
+  json["declared_frames"] = positiveOrNull(facts.declaredFrames);
   json["field_order"] = facts.fieldOrder;
   json["color_range"] = facts.colorRange;
   json["color_transfer"] = facts.colorTransfer;
   json["rotation"] = facts.rotation;
   json["sample_aspect_ratio"] = facts.sampleAspectRatio;
+  json["bit_rate"] = positiveOrNull(facts.bitRate);
+  json["container_bit_rate"] = positiveOrNull(facts.containerBitRate);
+  json["start_timecode"] = textOrNull(facts.startTimecode);
+  Json& audio = json["audio"] = Json::array();
+  for (const AudioFacts& each : facts.audio) audio.push_back(audioJson(each));
   return json;
 }
 

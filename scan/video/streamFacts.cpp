@@ -1,5 +1,6 @@
 #include "scan/video/streamFacts.h"
 
+#include <fmt/core.h>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -68,6 +69,36 @@ bool showsItsEnd(const AVFormatContext& container) {
          SHOWING.end();
 }
 
+// The first frame's, of the video, else of the container, else of a stream of timecodes.
+std::string startTimecode(const VideoReader& reader) {
+  const AVFormatContext& container = *reader.container;
+  std::vector<const AVDictionary*> places = {videoStream(reader).metadata, container.metadata};
+  for (unsigned int i = 0; i < container.nb_streams; ++i) {
+    places.push_back(container.streams[i]->metadata);
+  }
+  for (const AVDictionary* const place : places) {
+    const AVDictionaryEntry* const timecode = av_dict_get(place, "timecode", nullptr, 0);
+    if (timecode != nullptr) return timecode->value;
+  }
+  return "";
+}
+
+// Sound that is at least a second shorter or longer than the picture.
+std::vector<std::string> unevenSound(const VideoReader& reader) {
+  constexpr double TOLERANCE = 1.0;  // seconds
+  const AVFormatContext& container = *reader.container;
+  const double ofPicture = streamDuration(container, videoStream(reader));
+  std::vector<std::string> warnings;
+  for (const AudioFacts& audio : audioFacts(container)) {
+    const double surplus = audio.duration - ofPicture;  // NaN: unknown
+    if (!(std::fabs(surplus) >= TOLERANCE)) continue;
+    warnings.push_back(fmt::format("the sound of stream {} is {:.1f} s {} than the picture",
+                                   audio.stream, std::fabs(surplus),
+                                   surplus < 0.0 ? "shorter" : "longer"));
+  }
+  return warnings;
+}
+
 // What to do about further videos; empty: there are none.
 std::string furtherVideos(const VideoReader& reader) {
   const AVFormatContext& container = *reader.container;
@@ -94,10 +125,12 @@ StreamFacts streamFacts(const VideoReader& reader) {
   StreamFacts facts;
   facts.container = reader.container->iformat->name;
   facts.codec = avcodec_get_name(video.codec_id);
+  facts.profile = nameOr(avcodec_profile_name(video.codec_id, video.profile), "");
   facts.pixelFormat = nameOr(av_get_pix_fmt_name(pixelFormat(stream)), "unknown");
   facts.width = video.width;
   facts.height = video.height;
   facts.frameRate = isRateKnown ? av_q2d(stream.avg_frame_rate) : UNKNOWN;
+  facts.frameRateFraction = isRateKnown ? ratio(stream.avg_frame_rate, '/') : "";
   facts.timeBase = ratio(stream.time_base, '/');
   facts.declaredDuration = declaredDuration(reader);
   facts.declaredFrames = std::max(int64_t{0}, stream.nb_frames);
@@ -106,6 +139,10 @@ StreamFacts streamFacts(const VideoReader& reader) {
   facts.colorTransfer = nameOr(av_color_transfer_name(video.color_trc), "unknown");
   facts.rotation = rotation(stream);
   facts.sampleAspectRatio = shape.num > 0 ? ratio(shape, ':') : "1:1";
+  facts.bitRate = video.bit_rate;
+  facts.containerBitRate = reader.container->bit_rate;
+  facts.startTimecode = startTimecode(reader);
+  facts.audio = audioFacts(*reader.container);
   return facts;
 }
 
@@ -129,6 +166,7 @@ std::vector<std::string> streamWarnings(const VideoReader& reader) {
   warn(stream.avg_frame_rate.num <= 0, "the frame rate is not known: 25 is assumed for freezing");
   warn(std::isnan(declaredDuration(reader)) && !showsItsEnd(*reader.container),
        "the container does not say how long it is: a missing end may not be seen");
+  for (const std::string& warning : unevenSound(reader)) warn(true, warning.c_str());
   const std::string others = furtherVideos(reader);
   warn(!others.empty(), others.c_str());
   return warnings;

@@ -400,12 +400,38 @@ TEST(Commands, probeFiles) {
   makeVideo(directory, "a.mp4");
   const ProgramRun run = lumascan(directory, {"probe", "a.mp4", "missing.mp4", "--json"});
   EXPECT_EQ(run.status, 3);
-  EXPECT_EQ(run.err, "lumascan: \"missing.mp4\": No such file or directory\n");
+  EXPECT_EQ(run.err, "lumascan: cannot open \"missing.mp4\": No such file or directory\n");
   const Json files = Json::parse(run.out);
   ASSERT_EQ(files.size(), 1u);
   EXPECT_EQ(files[0]["stream"]["codec"], "h264");
   EXPECT_EQ(files[0]["stream"]["width"], 320);
   EXPECT_EQ(files[0]["stream"]["declared_frames"], 19);
-  EXPECT_NE(lumascan(directory, {"probe", "a.mp4"}).out.find("frame_rate           25.0"),
-            std::string::npos);
+  const std::string text = lumascan(directory, {"probe", "a.mp4"}).out;
+  EXPECT_NE(text.find("frame_rate           25.0"), std::string::npos) << text;
+  EXPECT_NE(text.find("frame_rate_fraction  25/1"), std::string::npos) << text;
+}
+
+TEST(Commands, probeFoldersAndTheSoundOfFiles) {
+  const TemporaryDirectory directory;
+  fs::create_directories(directory.path + "/films/old");
+  makeVideo(directory, "films/b.mp4");
+  ffmpeg(directory, {"-f", "lavfi", "-i", "sine=duration=2", "-i", "films/b.mp4", "-c:v", "copy",
+                     "-map", "1", "-map", "0", "films/old/a.mkv"});
+  writeFile(directory.path + "/films/notes.txt", "none of them");
+  const ProgramRun run = lumascan(directory, {"probe", "films", "--json"});
+  EXPECT_EQ(run.status, 0);
+  const Json files = Json::parse(run.out);
+  ASSERT_EQ(files.size(), 2u);
+  EXPECT_EQ(files[0]["path"], "films/b.mp4");
+  EXPECT_EQ(files[1]["path"], "films/old/a.mkv");
+  EXPECT_EQ(files[1]["stream"]["audio"][0]["stream"], 1);
+  // The picture's last frame ends at 19 / 25 = 0.76 s.
+  const char* const warning = "the sound of stream 1 is 1.2 s longer than the picture";
+  EXPECT_EQ(files[1]["warnings"], Json::array({warning}));
+  const std::string text = lumascan(directory, {"probe", "films/old"}).out;
+  EXPECT_NE(text.find(std::string("warning: ") + warning), std::string::npos) << text;
+  EXPECT_NE(text.find("stream 1, codec vorbis, channels 1, "), std::string::npos) << text;
+  const ProgramRun none = lumascan(directory, {"probe", "films/old", "nothing"});
+  EXPECT_EQ(none.status, 3);
+  EXPECT_EQ(none.err, "lumascan: cannot open \"nothing\": No such file or directory\n");
 }

@@ -26,6 +26,12 @@ ResultRecord fullRecord() {
   record.input.stream->timeBase = "1/12800";
   record.input.stream->declaredFrames = 280;
   record.input.stream->rotation = -90.0;
+  record.input.stream->profile = "High";
+  record.input.stream->frameRateFraction = "25/1";
+  record.input.stream->bitRate = 2400000;
+  record.input.stream->containerBitRate = 2530000;
+  record.input.stream->startTimecode = "10:00:00:00";
+  record.input.stream->audio = {{1, "aac", 2, 48000, "fin", 14.5}, {3, "mp3", 0, 0, "", UNKNOWN}};
   record.options = {0x421, 12.5, "f:5", "00:00:09", "64x48@25", 2};
   record.analysis->indicators = 0x421;
   record.analysis->firstFrame = 5;
@@ -47,6 +53,15 @@ TEST(ResultJson, comesBack) {
             R"({"indicators":["blockiness","blur","contrast"],"fps":12.5,"start":"f:5",)"
             R"("end":"00:00:09","raw":"64x48@25","stream":2})");
   EXPECT_EQ(json["input"]["mtime_ns"], 1700000000123456789);
+  EXPECT_EQ(json["input"]["profile"], "High");
+  EXPECT_EQ(json["input"]["frame_rate_fraction"], "25/1");
+  EXPECT_EQ(json["input"]["bit_rate"], 2400000);
+  EXPECT_EQ(json["input"]["container_bit_rate"], 2530000);
+  EXPECT_EQ(json["input"]["start_timecode"], "10:00:00:00");
+  EXPECT_EQ(json["input"]["audio"].dump(),
+            R"([{"stream":1,"codec":"aac","channels":2,"sample_rate":48000,"language":"fin",)"
+            R"("duration_s":14.5},{"stream":3,"codec":"mp3","channels":null,"sample_rate":null,)"
+            R"("language":null,"duration_s":null}])");
   EXPECT_EQ(json["analysis"]["ended_by"], "size_change");
   EXPECT_EQ(json["outputs"].dump(), R"({"formats":["csv"],"thumbs":"all"})");
 }

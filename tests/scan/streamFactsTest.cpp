@@ -55,19 +55,44 @@ Arguments h264With(const Arguments& further) {
   return all;
 }
 
+// A number that the ffprobe program finds.
+int64_t probed(const TemporaryDirectory& directory, const std::string& name,
+               const std::string& entry) {
+  const ProgramRun run = runProgram(
+      "/usr/bin/ffprobe", {"-v", "error", "-show_entries", entry, "-of", "default=nw=1:nk=1", name},
+      directory.path);
+  EXPECT_EQ(run.status, 0);
+  return std::atoll(run.out.c_str());
+}
+
+// Three seconds of the test picture with a tone of so many seconds.
+Said saidByLoudClip(const std::string& name, const std::string& tone, const std::string& codec,
+                    const Arguments& further = {}) {
+  const TemporaryDirectory directory;
+  Arguments encoding = {"-f",   "lavfi",      "-i",   "sine=sample_rate=32000:duration=" + tone,
+                        "-c:v", "mpeg2video", "-c:a", codec};
+  encoding.insert(encoding.end(), further.begin(), further.end());
+  makeClip(directory, name, encoding, "testsrc2=size=128x80:rate=25:duration=3");
+  return saidBy({directory.path + "/" + name, 0, 0, ""});
+}
+
 }  // namespace
 
 TEST(StreamFacts, ofAnOrdinaryClip) {
-  const Said said =
-      saidByClip("clip.mp4", h264With({"-colorspace", "bt709", "-color_primaries", "bt709",
-                                       "-color_trc", "bt709", "-color_range", "tv"}));
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.mp4",
+           h264With({"-colorspace", "bt709", "-color_primaries", "bt709", "-color_trc", "bt709",
+                     "-color_range", "tv", "-profile:v", "main"}));
+  const Said said = saidBy({directory.path + "/clip.mp4", 0, 0, ""});
   // MP4 counts in as many units as make the frame rate's multiple of at least 10000: 512 * 25.
   const Json expected = {{"container", "mov,mp4,m4a,3gp,3g2,mj2"},
                          {"codec", "h264"},
+                         {"profile", "Main"},
                          {"pixel_format", "yuv420p"},
                          {"width", 128},
                          {"height", 80},
                          {"frame_rate", 25.0},
+                         {"frame_rate_fraction", "25/1"},
                          {"time_base", "1/12800"},
                          {"declared_duration_s", 1.0},
                          {"declared_frames", 25},
@@ -75,7 +100,11 @@ TEST(StreamFacts, ofAnOrdinaryClip) {
                          {"color_range", "tv"},
                          {"color_transfer", "bt709"},
                          {"rotation", 0.0},
-                         {"sample_aspect_ratio", "1:1"}};
+                         {"sample_aspect_ratio", "1:1"},
+                         {"bit_rate", probed(directory, "clip.mp4", "stream=bit_rate")},
+                         {"container_bit_rate", probed(directory, "clip.mp4", "format=bit_rate")},
+                         {"start_timecode", nullptr},
+                         {"audio", Json::array()}};
   EXPECT_EQ(streamJson(said.facts).dump(), expected.dump());
   EXPECT_EQ(said.warnings, Warnings());
 }
@@ -197,6 +226,7 @@ TEST(StreamFacts, haveTheRateAsAFraction) {
   makeClip(directory, "clip.mp4", plainH264, "testsrc2=size=64x64:rate=30000/1001:duration=1");
   const Said said = saidBy({directory.path + "/clip.mp4", 0, 0, ""});
   EXPECT_DOUBLE_EQ(said.facts.frameRate, 30000.0 / 1001.0);
+  EXPECT_EQ(said.facts.frameRateFraction, "30000/1001");
   EXPECT_EQ(said.facts.timeBase, "1/30000");
 }
 
@@ -206,7 +236,54 @@ TEST(StreamFacts, doNotHaveARate_whereThereIsOnePicture) {
     const Said said =
         saidByClip(name, {"-c:v", "flv1", "-frames:v", "1", "-flvflags", "no_metadata"});
     EXPECT_TRUE(std::isnan(said.facts.frameRate)) << name;
+    EXPECT_EQ(said.facts.frameRateFraction, "") << name;
     EXPECT_EQ(said.warnings, Warnings({unknownRate, unknownLength})) << name;
+  }
+}
+
+TEST(StreamFacts, haveTheTimecodeOfTheFirstFrame) {
+  // Of QuickTime it is in a stream of its own, of MXF in the container.
+  for (const char* const name : {"clip.mov", "clip.mxf"}) {
+    const Said said = saidByClip(name, {"-c:v", "mpeg2video", "-timecode", "10:11:12:13"});
+    EXPECT_EQ(said.facts.startTimecode, "10:11:12:13") << name;
+    EXPECT_EQ(said.facts.audio.size(), 0u) << name;
+  }
+  EXPECT_EQ(saidByClip("clip.mov", plainH264).facts.startTimecode, "");
+}
+
+TEST(StreamFacts, haveTheSound) {
+  const auto expectSound = [](const std::string& name, const std::string& codec, double tolerance) {
+    const Said said = saidByLoudClip(name, "3", codec, {"-metadata:s:a", "language=fin"});
+    ASSERT_EQ(said.facts.audio.size(), 1u) << name;
+    const AudioFacts& audio = said.facts.audio[0];
+    EXPECT_EQ(audio.stream, 1) << name;
+    EXPECT_EQ(audio.codec, codec) << name;
+    EXPECT_EQ(audio.channels, 1) << name;
+    EXPECT_EQ(audio.sampleRate, 32000) << name;
+    EXPECT_EQ(audio.language, name == "clip.avi" ? "" : "fin") << name;
+    EXPECT_NEAR(audio.duration, 3.0, tolerance) << name;
+  };
+  for (const char* const name : {"clip.mov", "clip.mkv", "clip.avi"}) {
+    expectSound(name, "pcm_s16le", 1e-9);
+  }
+  // The last packet of 1152 samples may end behind the third second.
+  expectSound("clip.ts", "mp2", 1152.0 / 32000.0);
+  EXPECT_EQ(saidByClip("clip.m2v", {"-c:v", "mpeg2video"}).facts.audio.size(), 0u);
+}
+
+TEST(StreamWarnings, tellSoundThatIsASecondShorterOrLongerThanThePicture) {
+  const auto warnings = [](const char* name, const char* tone) {
+    return saidByLoudClip(name, tone, "pcm_s16le").warnings;
+  };
+  for (const char* const name : {"clip.mov", "clip.mkv", "clip.avi"}) {
+    EXPECT_EQ(warnings(name, "2.1"), Warnings()) << name;
+    EXPECT_EQ(warnings(name, "3.9"), Warnings()) << name;
+    EXPECT_EQ(warnings(name, "1.5"),
+              Warnings({"the sound of stream 1 is 1.5 s shorter than the picture"}))
+        << name;
+    EXPECT_EQ(warnings(name, "5.5"),
+              Warnings({"the sound of stream 1 is 2.5 s longer than the picture"}))
+        << name;
   }
 }
 
