@@ -16,6 +16,7 @@
 
 namespace {
 
+constexpr char USUAL_OUTPUT[] = "lumascan-results";
 constexpr IndicatorMask ALL_INDICATORS = 0x7fff;
 
 // Names separated by commas, or the mask as lumaprobe takes it.
@@ -234,7 +235,7 @@ void addFlags(CLI::App* app, Options* options) {
 }
 
 bool isVerb(const std::string& word) {
-  static const std::array<const char*, 4> VERBS = {"scan", "events", "report", "probe"};
+  static const std::array VERBS = {"scan", "events", "report", "probe", "prune"};
   return std::find(VERBS.begin(), VERBS.end(), word) != VERBS.end();
 }
 
@@ -329,7 +330,11 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   addParsed(probe, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS",
             parseRaw, &options->raw);
   addStream(probe, options);
-  for (CLI::App* const verb : {scan, events, report, probe}) addFlags(verb, options);
+  CLI::App* const prune = app.add_subcommand("prune", "remove results whose videos are gone");
+  prune->add_option("RESULTS", options->inputs, "folders of results (lumascan-results)");
+  prune->add_flag("-n,--dry-run", options->isDryRun, "say what would be removed, and do nothing");
+  prune->add_flag("--force", options->isForced, "even where no video is there any more");
+  for (CLI::App* const verb : {scan, events, report, probe, prune}) addFlags(verb, options);
 
   std::vector<std::string> arguments = argumentsWithVerb(argc, argv);
   const std::string verb = arguments.empty() ? "" : arguments[0];
@@ -343,8 +348,12 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   if (events->parsed()) options->verb = Verb::EVENTS;
   if (report->parsed()) options->verb = Verb::REPORT;
   if (probe->parsed()) options->verb = Verb::PROBE;
+  if (prune->parsed()) {
+    options->verb = Verb::PRUNE;
+    if (options->inputs.empty()) options->inputs = {USUAL_OUTPUT};
+  }
   if (scan->parsed()) {
-    if (options->output.empty()) options->output = "lumascan-results";
+    if (options->output.empty()) options->output = USUAL_OUTPUT;
     const std::string mistake = contradictionIn(*options);
     if (!mistake.empty()) return refuse(verb, mistake);
   }

@@ -11,7 +11,7 @@
 #include "scan/processes/progressStyle.h"
 #include "scan/record/outputChoice.h"
 
-enum class Verb { SCAN, EVENTS, REPORT, PROBE };
+enum class Verb { SCAN, EVENTS, REPORT, PROBE, PRUNE };
 
 struct Options {
   Verb verb = Verb::SCAN;

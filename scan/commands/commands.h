@@ -8,5 +8,6 @@ int runScan(const Options& options);
 int runEvents(const Options& options);
 int runReport(const Options& options);
 int runProbe(const Options& options);
+int runPrune(const Options& options);
 
 #endif

@@ -41,6 +41,8 @@ int main(int argc, char** argv) {
         return runReport(options);
       case Verb::PROBE:
         return runProbe(options);
+      case Verb::PRUNE:
+        return runPrune(options);
       default:
         return runScan(options);
     }

@@ -65,7 +65,7 @@ void printVerdict(const RunEntry& entry) {
   std::fflush(stdout);
 }
 
-std::string runText(const std::vector<RunEntry>& entries,
+std::string runText(const std::vector<RunEntry>& entries, const std::vector<std::string>& folders,
                     std::chrono::system_clock::time_point start, int status) {
   Json files = Json::array();
   Json verdicts;
@@ -83,6 +83,8 @@ std::string runText(const std::vector<RunEntry>& entries,
   run["started"] = utcText(start);
   run["elapsed_s"] = elapsed.count();
   run["exit_status"] = status;
+  run["folders"] = Json::array();
+  for (const std::string& folder : folders) run["folders"].push_back(uriPath(folder));
   run["verdicts"] = verdicts;
   run["files"] = files;
   return jsonText(run);

@@ -25,8 +25,8 @@ struct RunEntry {
 
 void printVerdict(const RunEntry& entry);
 
-// run.json. `status` is the run's exit status.
-std::string runText(const std::vector<RunEntry>& entries,
+// run.json. `status` is the run's exit status, `folders` are those in which scans were started.
+std::string runText(const std::vector<RunEntry>& entries, const std::vector<std::string>& folders,
                     std::chrono::system_clock::time_point start, int status);
 
 // The exit status. hasProblem: some input could not be found; stopSignal: 0, SIGINT or SIGTERM.

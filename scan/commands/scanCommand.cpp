@@ -1,13 +1,9 @@
 // Analyses all inputs that are not up to date, and writes what there is to say about them together.
-#include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <filesystem>
 #include <thread>
 
@@ -19,6 +15,8 @@
 #include "scan/files/names.h"
 #include "scan/processes/progress.h"
 #include "scan/results/collection.h"
+#include "scan/results/folderLock.h"
+#include "scan/results/videoPlaces.h"
 
 namespace fs = std::filesystem;
 
@@ -55,38 +53,6 @@ void shareCores(size_t jobs, std::vector<Task>* tasks) {
     task.job.isThreaded = true;
     task.job.decoderThreads = static_cast<int>(jobs / waiting);
   }
-}
-
-// Waits a little: the workers of a scan that has just been killed hold its lock until they end,
-// too.
-bool lockDescriptor(int descriptor) {
-  constexpr int ATTEMPTS = 20;
-  constexpr std::chrono::milliseconds PAUSE(100);
-  for (int i = 0; i < ATTEMPTS; ++i) {
-    if (i > 0) std::this_thread::sleep_for(PAUSE);
-    if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
-  }
-  return false;
-}
-
-// Makes the folder, and keeps other scans out of it while the process lives. Negative, after a
-// message, when it cannot be had.
-int lockFolder(const std::string& folder) {
-  std::error_code error;
-  fs::create_directories(folder, error);
-  if (error) {
-    complain("cannot create " + quoted(folder) + ": " + error.message());
-    return -1;
-  }
-  const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) {
-    complain("cannot open " + quoted(folder) + ": " + std::strerror(errno));
-  } else if (!lockDescriptor(descriptor)) {
-    complain("another scan is writing to " + quoted(folder));
-    close(descriptor);
-    return -1;
-  }
-  return descriptor;
 }
 
 // What a finished task came to, for the summary.
@@ -164,10 +130,11 @@ bool writeSummaries(const Options& options, const std::vector<RunEntry>& entries
     return false;
   };
   const bool hasTables = isGood(writeCollection(options.output, options.choice));
-  *run = runText(entries, start, *status);
+  const std::vector<std::string> folders = scanFolders(options.output);
+  *run = runText(entries, folders, start, *status);
   const std::string path = (fs::path(options.output) / "run.json").string();
   const bool hasRun = isGood(writeOutput(path, [&](FILE* out) { writeText(*run, out); }));
-  if (!hasRun) *run = runText(entries, start, *status);
+  if (!hasRun) *run = runText(entries, folders, start, *status);
   return hasTables && hasRun;
 }
 
@@ -189,8 +156,12 @@ int runScan(const Options& options) {
     return finishOutput(std::max<int>(printPlan(tasks), problems.empty() ? DONE : INPUT_PROBLEM));
   if (tasks.empty()) return INPUT_PROBLEM;
 
-  const int lock = lockFolder(options.output);
-  if (lock < 0) return OUTPUT_PROBLEM;
+  std::string lockError;
+  const int lock = lockFolder(options.output, &lockError);
+  if (lock < 0) {
+    complain(lockError);
+    return OUTPUT_PROBLEM;
+  }
   removeLeftovers(options.output);
   const int stopSignal = runTasks(options, settings, &tasks);
 

@@ -1,5 +1,7 @@
 #include "scan/files/names.h"
 
+#include <charconv>
+
 namespace {
 
 std::string hexadecimal(unsigned char byte, const char* digits) {
@@ -32,6 +34,19 @@ std::string uriPath(const std::string& path) {
     text += isPlainInUri(c) ? std::string(1, c) : '%' + hexadecimal(byte, "0123456789ABCDEF");
   }
   return text;
+}
+
+std::string pathOfUri(const std::string& uri) {
+  std::string path;
+  for (size_t i = 0; i < uri.size(); ++i) {
+    unsigned char byte = 0;
+    const char* const digits = uri.data() + i + 1;
+    const bool isEncoded = uri[i] == '%' && i + 2 < uri.size() &&
+                           std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
+    path += isEncoded ? static_cast<char>(byte) : uri[i];
+    if (isEncoded) i += 2;
+  }
+  return path;
 }
 
 std::string csvField(const std::string& text) {

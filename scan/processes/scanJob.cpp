@@ -21,6 +21,7 @@ JobEnd judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFil
   const Thumbs thumbs = hasPictures ? settings.outputs.thumbs : Thumbs::NONE;
   result->thumbnails = makeThumbnails(job.source, result->frames,
                                       framesToShow(result->events, thumbs, result->frames));
+  result->record.pictures = static_cast<int64_t>(result->thumbnails.size());
   return {false, storeResult(job.folder, *result, rows)};
 }
 

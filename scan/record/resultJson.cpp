@@ -159,11 +159,11 @@ Json messagesJson(const std::vector<DamageMessage>& messages) {
   return json;
 }
 
-Json outputsJson(const OutputChoice& outputs) {
+Json outputsJson(const OutputChoice& outputs, int64_t pictures) {
   Json formats = Json::array();
   if (outputs.hasCsv) formats.push_back("csv");
   if (outputs.hasHtml) formats.push_back("html");
-  return {{"formats", formats}, {"thumbs", thumbsName(outputs.thumbs)}};
+  return {{"formats", formats}, {"thumbs", thumbsName(outputs.thumbs)}, {"pictures", pictures}};
 }
 
 // ---- reading
@@ -387,7 +387,7 @@ Json resultJson(const ResultRecord& record) {
     indicators[INDICATOR_TABLE[i].name] = summaryJson(record.indicators[i]);
   }
   json["thresholds"] = thresholdsJson(record.thresholds);
-  json["outputs"] = outputsJson(record.outputs);
+  json["outputs"] = outputsJson(record.outputs, record.pictures);
   return json;
 }
 
@@ -418,5 +418,6 @@ std::string readRecord(const Json& json, ResultRecord* record) {
   }
   record->thresholds = thresholdsOf(memberOf(json, "thresholds"));
   record->outputs = readOutputs(memberOf(json, "outputs"));
+  record->pictures = wholeNumberOf(memberOf(json, "outputs"), "pictures");
   return "";
 }

@@ -68,6 +68,7 @@ struct ResultRecord {
   IndicatorSummaries indicators;  // of what was analysed
   Thresholds thresholds;
   OutputChoice outputs;
+  int64_t pictures = 0;  // that are stored beside it
 };
 
 // JPEG pictures of frames, by the frames' numbers.

@@ -137,6 +137,7 @@ std::string rowHtml(const Row& row, size_t place, const std::array<Range, INDICA
   for (const std::string& reason : record.judgement.reasons) {
     html += "<p>" + escapeHtml(reason) + "</p>";
   }
+  if (row.entry->isVideoGone) html += "<p>the video is not there any more</p>";
   html +=
       fmt::format(R"(</td>{}{}{}<td class="n" data-v="{}">{}</td>)", countHtml(row, Severity::FAIL),
                   countHtml(row, Severity::WARN), countHtml(row, Severity::INFO),

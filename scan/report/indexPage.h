@@ -13,6 +13,7 @@ struct IndexEntry {
   ResultRecord record;
   std::string folderUri;  // where its report.html is: a relative reference, percent-encoded
   EventSummary events;
+  bool isVideoGone = false;
 };
 
 // Writes one HTML document that works offline and without script. The worst come first: incomplete,

@@ -10,6 +10,7 @@
 #include "scan/numbers/decimals.h"
 #include "scan/report/indexPage.h"
 #include "scan/results/storedResult.h"
+#include "scan/results/videoPlaces.h"
 
 namespace fs = std::filesystem;
 
@@ -70,9 +71,11 @@ bool readEntry(const std::string& folder, FILE* eventTable, IndexEntry* entry) {
 std::vector<IndexEntry> readEntries(const std::string& folder, FILE* eventTable) {
   std::vector<IndexEntry> entries;
   if (eventTable != nullptr) writeLine("path," + std::string(EVENT_COLUMNS), eventTable);
+  const std::vector<std::string> folders = scanFolders(folder);
   for (const std::string& each : storedResults(folder)) {
     IndexEntry entry;
     if (!readEntry(each, eventTable, &entry)) continue;
+    entry.isVideoGone = isVideoGone(entry.record.input, folders);
     entry.folderUri = uriPath(fs::path(each).lexically_relative(folder).string());
     entries.push_back(std::move(entry));
   }

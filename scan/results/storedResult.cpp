@@ -29,9 +29,34 @@ std::string makeFolder(const std::string& folder) {
   return "cannot create \"" + printableName(folder) + "\": " + error.message();
 }
 
-std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails) {
+// What is at the other end of a link is not lumascan's.
+bool isOwnFolder(const fs::path& folder) {
   std::error_code ignored;
-  fs::remove_all(folder, ignored);
+  return fs::symlink_status(folder, ignored).type() == fs::file_type::directory;
+}
+
+// The pictures in a folder, and nothing else that is in it.
+std::vector<fs::path> picturePaths(const fs::path& folder) {
+  std::vector<fs::path> paths;
+  if (!isOwnFolder(folder)) return paths;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(folder, error)) {
+    const std::string number = entry.path().stem().string();
+    const bool isNumber = number.find_first_not_of("0123456789") == std::string::npos;
+    if (isNumber && entry.path().extension() == ".jpg") paths.push_back(entry.path());
+  }
+  return paths;
+}
+
+void removePictures(const fs::path& folder) {
+  std::error_code ignored;
+  for (const fs::path& path : picturePaths(folder)) fs::remove(path, ignored);
+  if (isOwnFolder(folder)) removeLeftovers(folder.string());
+  fs::remove(folder, ignored);
+}
+
+std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails) {
+  removePictures(folder);
   if (thumbnails.empty()) return "";
   std::string error = makeFolder(folder.string());
   for (const auto& thumbnail : thumbnails) {
@@ -116,7 +141,10 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
   const bool hasCsv =
       record.outputs.hasCsv && hasFiles(folder, {"rows.tsv", "frames.csv", "events.csv"});
   const bool hasHtml = record.outputs.hasHtml && hasFiles(folder, {"report.html"});
-  const bool isThere = hasCsv == record.outputs.hasCsv && hasHtml == record.outputs.hasHtml;
+  const bool hasPictures =
+      static_cast<int64_t>(picturePaths(fs::path(folder) / "thumbs").size()) >= record.pictures;
+  const bool isThere =
+      hasPictures && hasCsv == record.outputs.hasCsv && hasHtml == record.outputs.hasHtml;
   if (isJudged && isThere) return Freshness::COMPLETE;
   return hasCsv ? Freshness::JUDGE : Freshness::STALE;
 }
@@ -142,12 +170,27 @@ std::string readResult(const std::string& folder, VideoResult* result) {
 
 Thumbnails readThumbnails(const std::string& folder) {
   Thumbnails thumbnails;
-  std::error_code error;
-  for (const auto& entry : fs::directory_iterator(fs::path(folder) / "thumbs", error)) {
-    if (entry.path().extension() != ".jpg") continue;
-    thumbnails[std::strtoll(entry.path().stem().c_str(), nullptr, 10)] = readWhole(entry.path());
+  for (const fs::path& path : picturePaths(fs::path(folder) / "thumbs")) {
+    thumbnails[std::strtoll(path.stem().c_str(), nullptr, 10)] = readWhole(path);
   }
   return thumbnails;
+}
+
+std::string removeResult(const std::string& folder, const std::string& results) {
+  const fs::path place = folder;
+  std::error_code error;
+  // Half a result, should this be stopped, is none.
+  for (const char* const name :
+       {"result.json", "report.html", "frames.csv", "events.csv", "rows.tsv"}) {
+    if (!error) fs::remove(place / name, error);
+  }
+  if (error) return "cannot remove \"" + printableName(folder) + "\": " + error.message();
+  removePictures(place / "thumbs");
+  removeLeftovers(folder);
+  for (fs::path empty = place; empty != results; empty = empty.parent_path()) {
+    if (!fs::remove(empty, error)) break;
+  }
+  return "";
 }
 
 std::string beginRows(const std::string& folder, OutputFile* rows) {

@@ -39,6 +39,10 @@ Thumbnails readThumbnails(const std::string& folder);
 // Makes the folder and begins rows.tsv in it. Returns an empty text, or what went wrong.
 std::string beginRows(const std::string& folder, OutputFile* rows);
 
+// Removes a result's files and its folder, and those above it, below `results`, that are empty
+// then. What else there is in the folder stays. Returns an empty text, or what went wrong.
+std::string removeResult(const std::string& folder, const std::string& results);
+
 // Stores a result; `rows`, when it is not null, becomes rows.tsv. Files that are not among its
 // outputs are removed. Returns an empty text, or what went wrong: there is no result.json then.
 std::string storeResult(const std::string& folder, const VideoResult& result, OutputFile* rows);

@@ -47,6 +47,15 @@ TEST(Index, putsTheWorstFirst) {
   EXPECT_TRUE(contains(page, "4 Fail</span>"));
 }
 
+TEST(Index, marksVideosThatAreGone) {
+  IndexEntry gone = entryOf("a", Verdict::PASS, 0, 0);
+  gone.isVideoGone = true;
+  const std::string page = pageOf({gone, entryOf("b", Verdict::PASS, 0, 0)});
+  const std::string mark = "<p>the video is not there any more</p>";
+  EXPECT_TRUE(contains(page, "<bdi>a</bdi></a>" + mark));
+  EXPECT_TRUE(contains(page, "<bdi>b</bdi></a></td>"));
+}
+
 TEST(Index, tellsVerdictReasonsCountsAndDuration) {
   const VideoResult input = sampleInput("clips/a.mp4", 300, 25.0, 1);
   const std::string page =

@@ -35,6 +35,16 @@ TEST(UriPath, encodesEveryByteOfALetterThatHasSeveral) {
   EXPECT_EQ(uriPath(""), "");
 }
 
+TEST(PathOfUri, hasTheBytesThatWereEncoded) {
+  std::string all;
+  for (int byte = 0; byte < 0x100; ++byte) all += static_cast<char>(byte);
+  EXPECT_EQ(pathOfUri(uriPath(all)), all);
+  EXPECT_EQ(pathOfUri("a%20b/%c3%A4%25.mp4"), "a b/\xc3\xa4%.mp4");
+  for (const char* const text : {"", "%", "a%4", "%4g", "%+1", "% 1", "%-1"}) {
+    EXPECT_EQ(pathOfUri(text), text);
+  }
+}
+
 TEST(CsvField, isQuoted_whenItHasACommaAQuoteOrTheEndOfALine) {
   EXPECT_EQ(csvField("a,b"), "\"a,b\"");
   EXPECT_EQ(csvField("a \"b\""), "\"a \"\"b\"\"\"");

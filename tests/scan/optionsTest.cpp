@@ -314,6 +314,16 @@ TEST(ParseOptions, refusesAnEndThatIsNotBehindTheStart) {
   }
 }
 
+TEST(ParseOptions, ofPrune) {
+  const Options usual = optionsOf({"prune"});
+  EXPECT_EQ(usual.verb, Verb::PRUNE);
+  EXPECT_EQ(usual.inputs, Arguments{"lumascan-results"});
+  EXPECT_FALSE(usual.isDryRun || usual.isForced || usual.isQuiet);
+  const Options named = optionsOf({"prune", "-n", "a", "b", "--force", "-q"});
+  EXPECT_EQ(named.inputs, (Arguments{"a", "b"}));
+  EXPECT_TRUE(named.isDryRun && named.isForced && named.isQuiet);
+}
+
 TEST(ParseOptions, refusesATimecodeWithMoreFramesThanASecondHas) {
   expectMistake({"a.mp4", "--fps", "24", "--start", "0:0:1:24"},
                 "there is no frame 24 in a second of 24 frames: 0:0:1:24");

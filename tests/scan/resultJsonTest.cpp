@@ -41,6 +41,7 @@ ResultRecord fullRecord() {
   record.isTruncated = true;
   record.thresholds = DEFAULT_THRESHOLDS;
   record.outputs = {true, false, Thumbs::ALL};
+  record.pictures = 12;
   return record;
 }
 
@@ -63,7 +64,7 @@ TEST(ResultJson, comesBack) {
             R"("duration_s":14.5},{"stream":3,"codec":"mp3","channels":null,"sample_rate":null,)"
             R"("language":null,"duration_s":null}])");
   EXPECT_EQ(json["analysis"]["ended_by"], "size_change");
-  EXPECT_EQ(json["outputs"].dump(), R"({"formats":["csv"],"thumbs":"all"})");
+  EXPECT_EQ(json["outputs"].dump(), R"({"formats":["csv"],"thumbs":"all","pictures":12})");
 }
 
 TEST(ResultJson, hasEveryStatisticUnderItsName) {

@@ -27,7 +27,7 @@ int statusOfAll(const std::vector<RunEntry>& entries, std::optional<Severity> fa
 
 Json runOf(const std::vector<RunEntry>& entries, int64_t start, int status) {
   const std::chrono::system_clock::time_point time{std::chrono::seconds(start)};
-  return Json::parse(runText(entries, time, status));
+  return Json::parse(runText(entries, {"/films", "/a b"}, time, status));
 }
 
 RunEntry goodEntry() {
@@ -101,6 +101,7 @@ TEST(RunText, saysWhatEachInputCameTo) {
   none.judgement.verdict = Verdict::INCOMPLETE;
   const Json run = runOf({fresh, upToDate, none}, 0, 4);
   EXPECT_EQ(run["exit_status"], 4);
+  EXPECT_EQ(run["folders"], Json::array({"/films", "/a%20b"}));
   EXPECT_EQ(run["verdicts"], Json::parse(R"({"pass": 1, "attention": 0, "fail": 0,
                                              "incomplete": 2})"));
   EXPECT_EQ(run["files"][0], Json::parse(R"({"path": "a.mp4", "folder": "a.mp4.lumascan",

@@ -295,12 +295,17 @@ TEST(StoredResult, isMadeAgain_whereFilesAreGone) {
   const std::string folder = directory.path + "/results";
   writeFile(video, "some bytes");
   const auto without = [&](const char* name) {
-    EXPECT_EQ(storeWithRows(folder, smallResult(video)), "");
-    fs::remove(folder + "/" + name);
+    VideoResult result = smallResult(video);
+    result.thumbnails = {{3, "three"}, {50, "fifty"}};
+    result.record.pictures = 2;
+    EXPECT_EQ(storeWithRows(folder, result), "");
+    fs::remove_all(folder + "/" + name);
     return freshnessOf(folder, {video, 0, 0, ""}, {}, DEFAULT_THRESHOLDS, {});
   };
   EXPECT_EQ(without("nothing"), Freshness::COMPLETE);
-  EXPECT_EQ(without("report.html"), Freshness::JUDGE);
+  for (const char* const name : {"report.html", "thumbs", "thumbs/3.jpg"}) {
+    EXPECT_EQ(without(name), Freshness::JUDGE) << name;
+  }
   for (const char* const name : {"rows.tsv", "frames.csv", "events.csv", "result.json"}) {
     EXPECT_EQ(without(name), Freshness::STALE) << name;
   }
@@ -319,6 +324,34 @@ TEST(StoredResult, hasNoPicturesOfAnEarlierOne) {
   result.thumbnails.clear();
   ASSERT_EQ(storeResult(directory.path, result, nullptr), "");
   EXPECT_FALSE(fs::exists(directory.path + "/thumbs"));
+}
+
+TEST(StoredResult, isRemovedWithTheFoldersThatAreEmptyThen) {
+  const TemporaryDirectory directory;
+  VideoResult result = smallResult();
+  result.thumbnails = {{3, "three"}};
+  const std::string all = directory.path + "/all";
+  const std::string first = all + "/a/b/x.mp4.lumascan";
+  const std::string second = all + "/a/y.mp4.lumascan";
+  ASSERT_EQ(storeWithRows(first, result), "");
+  ASSERT_EQ(storeWithRows(second, result), "");
+  // Of a process that was killed, and of somebody else.
+  writeFile(first + "/frames.csv.part7", "");
+  writeFile(second + "/note.txt", "");
+  writeFile(second + "/thumbs/best.jpg", "");
+  EXPECT_EQ(removeResult(first, all), "");
+  EXPECT_FALSE(fs::exists(all + "/a/b"));
+  EXPECT_TRUE(fs::exists(second + "/result.json"));
+  EXPECT_EQ(removeResult(second, all), "");
+  std::set<std::string> left;
+  for (const auto& entry : fs::recursive_directory_iterator(all)) {
+    if (entry.is_regular_file()) left.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(left, (std::set<std::string>{"best.jpg", "note.txt"}));
+  ASSERT_EQ(storeWithRows(all + "/z.mp4.lumascan", smallResult()), "");
+  fs::remove_all(all + "/a");
+  EXPECT_EQ(removeResult(all + "/z.mp4.lumascan", all), "");
+  EXPECT_TRUE(fs::is_empty(all));
 }
 
 TEST(StoredResult, isGone_whereANewOneCannotBeStored) {

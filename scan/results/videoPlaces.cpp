@@ -1,0 +1,31 @@
+#include "scan/results/videoPlaces.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "scan/files/json.h"
+#include "scan/files/names.h"
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> scanFolders(const std::string& results) {
+  std::vector<std::string> folders = {fs::current_path().string()};
+  std::ifstream file(fs::path(results) / "run.json");
+  const Json run = Json::parse(file, nullptr, false);
+  for (const std::string& uri : textsOf(run, "folders")) {
+    const std::string folder = pathOfUri(uri);
+    if (std::find(folders.begin(), folders.end(), folder) == folders.end())
+      folders.push_back(folder);
+  }
+  return folders;
+}
+
+bool isVideoGone(const InputFacts& input, const std::vector<std::string>& folders) {
+  if (input.path == "-" || input.pathUri.empty()) return false;
+  const std::string path = pathOfUri(input.pathUri);
+  return std::all_of(folders.begin(), folders.end(), [&](const std::string& folder) {
+    std::error_code ignored;
+    return fs::status(fs::path(folder) / path, ignored).type() == fs::file_type::not_found;
+  });
+}
