@@ -93,11 +93,13 @@ int runTasks(const Options& options, const ScanSettings& settings, std::vector<T
   shareCores(jobs, tasks);
   Progress progress = startProgress(options.progress, options.isQuiet);
   const bool isTelling = !options.isQuiet && !options.printsJson;
+  int64_t frames = 0;
   TaskListener listener;
   listener.onFinished = [&](const std::vector<Task>&, const Task& task) {
     clearProgress(&progress);
     if (!task.outputError.empty()) complain(task.outputError);
     const RunEntry entry = entryOf(task, options, false);
+    frames += entry.frames;
     if (!entry.error.empty() && task.outputError.empty()) {
       complain(quoted(entry.path) + ": " + entry.error);
     }
@@ -111,11 +113,10 @@ int runTasks(const Options& options, const ScanSettings& settings, std::vector<T
   for (const Task& task : *tasks) {
     if (task.state == TaskState::FINISHED && isTelling) printVerdict(entryOf(task, options, true));
   }
-  recordProgress(*tasks, progress);
+  beginProgress(*tasks, &progress);
   const int stopSignal =
       superviseTasks(settings, {jobs, options.stallTimeout, options.isVerbose}, listener, tasks);
-  clearProgress(&progress);
-  recordProgress(*tasks, progress);
+  endProgress(*tasks, frames, &progress);
   return stopSignal;
 }
 

@@ -46,16 +46,26 @@ std::string minutes(double seconds) {
                        : fmt::format("{}:{:02}", whole / 60, whole % 60);
 }
 
-// Time left at the pace so far; empty while nothing can be said.
-std::string timeLeft(const State& state, double elapsed) {
-  constexpr double ENOUGH_TO_SAY = 0.01;
-  if (state.share < ENOUGH_TO_SAY) return "";
-  return minutes(elapsed * (1.0 - state.share) / state.share) + " left, ";
+double elapsedOf(const Progress& progress) {
+  return std::chrono::duration<double>(Clock::now() - progress.start).count();
 }
 
-std::string summary(const State& state, size_t tasks, double elapsed) {
-  return fmt::format("{:3} %  {} of {} files, {}{} frames", static_cast<int>(state.share * 100.0),
-                     state.finished, tasks, timeLeft(state, elapsed), state.frames);
+// Time left at the pace so far; empty while nothing can be said.
+std::string timeLeft(const State& state, const Progress& progress) {
+  constexpr double ENOUGH_TO_SAY = 0.01;
+  const double done = state.share - progress.shareBefore;
+  if (done < ENOUGH_TO_SAY) return "";
+  return minutes(elapsedOf(progress) * (1.0 - state.share) / done) + " left, ";
+}
+
+std::string summary(const State& state, size_t tasks) {
+  return fmt::format("{:3} %  {} of {} files, ", static_cast<int>(state.share * 100.0),
+                     state.finished, tasks);
+}
+
+std::string currentSummary(const State& state, size_t tasks, const Progress& progress) {
+  return fmt::format("{}{}{} frames", summary(state, tasks), timeLeft(state, progress),
+                     state.frames);
 }
 
 size_t terminalColumns() {
@@ -64,10 +74,13 @@ size_t terminalColumns() {
   return isKnown ? size.ws_col : USUAL_COLUMNS;
 }
 
-void printBar(const State& state, size_t tasks, double elapsed) {
+std::string bar(const State& state) {
   const auto filled = static_cast<size_t>(state.share * static_cast<double>(BAR_COLUMNS));
-  std::string line = fmt::format("[{:.<{}}] {}", std::string(filled, '#'), BAR_COLUMNS,
-                                 summary(state, tasks, elapsed));
+  return fmt::format("[{:.<{}}] ", std::string(filled, '#'), BAR_COLUMNS);
+}
+
+void printBar(const State& state, const std::string& text) {
+  std::string line = bar(state) + text;
   const size_t columns = terminalColumns();
   if (line.size() + state.running.size() + 3 <= columns) line += "  " + state.running;
   std::fprintf(stderr, "\r\x1b[K%s", line.substr(0, columns - 1).c_str());
@@ -123,26 +136,39 @@ void showProgress(const std::vector<Task>& tasks, Progress* progress) {
   if (progress->style == ProgressStyle::NONE) return;
   if (now - progress->lastShown < intervalOf(progress->style)) return;
   progress->lastShown = now;
-  const double elapsed = std::chrono::duration<double>(now - progress->start).count();
+  progress->hasSpoken = true;
   const State state = stateOf(tasks);
+  const std::string text = currentSummary(state, tasks.size(), *progress);
   switch (progress->style) {
     case ProgressStyle::BAR:
-      printBar(state, tasks.size(), elapsed);
+      printBar(state, text);
       progress->hasLine = true;
       return;
     case ProgressStyle::JSON:
-      printJson(state, tasks.size(), elapsed);
+      printJson(state, tasks.size(), elapsedOf(*progress));
       return;
     default:
-      std::fprintf(stderr, "lumascan: %s  %s\n", summary(state, tasks.size(), elapsed).c_str(),
-                   state.running.c_str());
+      std::fprintf(stderr, "lumascan: %s  %s\n", text.c_str(), state.running.c_str());
   }
 }
 
-void recordProgress(const std::vector<Task>& tasks, const Progress& progress) {
-  if (progress.style != ProgressStyle::JSON) return;
-  const double elapsed = std::chrono::duration<double>(Clock::now() - progress.start).count();
-  printJson(stateOf(tasks), tasks.size(), elapsed);
+void beginProgress(const std::vector<Task>& tasks, Progress* progress) {
+  progress->shareBefore = shareDone(tasks);
+  if (progress->style == ProgressStyle::JSON)
+    printJson(stateOf(tasks), tasks.size(), elapsedOf(*progress));
+}
+
+void endProgress(const std::vector<Task>& tasks, int64_t frames, Progress* progress) {
+  clearProgress(progress);
+  const State state = stateOf(tasks);
+  if (progress->style == ProgressStyle::JSON) {
+    printJson(state, tasks.size(), elapsedOf(*progress));
+  } else if (progress->hasSpoken) {
+    const bool isBar = progress->style == ProgressStyle::BAR;
+    std::fprintf(stderr, "%s%s%lld frames in %s\n",
+                 isBar ? bar(state).c_str() : "lumascan: ", summary(state, tasks.size()).c_str(),
+                 static_cast<long long>(frames), minutes(elapsedOf(*progress)).c_str());
+  }
 }
 
 void clearProgress(Progress* progress) {

@@ -12,7 +12,9 @@ struct Progress {
   ProgressStyle style = ProgressStyle::NONE;
   std::chrono::steady_clock::time_point start;
   std::chrono::steady_clock::time_point lastShown;
-  bool hasLine = false;  // an unfinished line stands on the terminal
+  double shareBefore = 0.0;  // of all tasks, done before the scan: what was up to date
+  bool hasLine = false;      // an unfinished line stands on the terminal
+  bool hasSpoken = false;    // there was a line at all
 };
 
 // With AUTO a terminal gets a bar and everything else plain lines; quiet wins over both.
@@ -21,8 +23,12 @@ Progress startProgress(ProgressStyle style, bool isQuiet);
 // Shows how far all tasks are, when it is time to.
 void showProgress(const std::vector<Task>& tasks, Progress* progress);
 
-// Tells the beginning or the end as a JSON record, where these are asked for.
-void recordProgress(const std::vector<Task>& tasks, const Progress& progress);
+// Before the first task is begun. As JSON that is a record.
+void beginProgress(const std::vector<Task>& tasks, Progress* progress);
+
+// When all is done, or stopped: a record, or where there were lines a last one. `frames` are all
+// that were analysed.
+void endProgress(const std::vector<Task>& tasks, int64_t frames, Progress* progress);
 
 // Takes the bar away, so that something else can be printed.
 void clearProgress(Progress* progress);

@@ -165,3 +165,40 @@ TEST(Progress, namesWhatRunsInItsBar_whereThereIsRoom) {
   EXPECT_EQ(barWith(longest), bar + "  " + longest);
   EXPECT_EQ(barWith(longest + "a"), bar);
 }
+
+TEST(Progress, expectsTheTimeLeftByWhatTheScanItselfHasDone) {
+  // 900 of 1000 bytes were up to date; 50 took half an hour, and the last 50 take as long.
+  Progress progress = startProgress(ProgressStyle::PLAIN, false);
+  std::vector<Task> tasks = {taskOf(900, TaskState::FINISHED), taskOf(50, TaskState::WAITING),
+                             taskOf(50, TaskState::WAITING)};
+  beginProgress(tasks, &progress);
+  tasks[1].state = TaskState::FINISHED;
+  goBack(HALF_AN_HOUR, &progress);
+  EXPECT_EQ(shown(tasks, &progress), "lumascan:  95 %  2 of 3 files, 30:00 left, 0 frames  \n");
+}
+
+TEST(Progress, endsWithWhatThereIsInAll) {
+  const std::vector<Task> tasks = {taskOf(300, TaskState::FINISHED),
+                                   taskOf(100, TaskState::FINISHED),
+                                   taskOf(100, TaskState::WAITING)};
+  const auto ended = [&](ProgressStyle style) {
+    Progress progress = startProgress(style, false);
+    goBack(HALF_AN_HOUR, &progress);
+    shown(tasks, &progress);
+    testing::internal::CaptureStderr();
+    endProgress(tasks, 1234, &progress);
+    return testing::internal::GetCapturedStderr();
+  };
+  EXPECT_EQ(ended(ProgressStyle::BAR),
+            "\r\x1b[K[################....]  80 %  2 of 3 files, 1234 frames in 30:00\n");
+  EXPECT_EQ(ended(ProgressStyle::PLAIN), "lumascan:  80 %  2 of 3 files, 1234 frames in 30:00\n");
+  EXPECT_EQ(Json::parse(ended(ProgressStyle::JSON))["progress"], 0.8);
+  EXPECT_EQ(ended(ProgressStyle::NONE), "");
+}
+
+TEST(Progress, endsWithoutAWord_whereThereWasNone) {
+  Progress progress = startProgress(ProgressStyle::BAR, false);
+  testing::internal::CaptureStderr();
+  endProgress({taskOf(1, TaskState::FINISHED)}, 7, &progress);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
