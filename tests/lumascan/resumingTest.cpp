@@ -340,7 +340,7 @@ TEST(Resuming, goesOnWithTheOthers_whenAFileNeedsMoreMemoryThanThereIs) {
   }
   bool isRefused = false;
   bool isCrashed = false;
-  for (rlim_t megabytes = 325; megabytes <= 800; megabytes += 25) {
+  for (rlim_t megabytes = 325; megabytes <= 800; megabytes += 50) {
     SCOPED_TRACE(megabytes);
     const ProgramRun run =
         lumascan(directory, {"a.y4m", "b.mp4", "-j", "1", "--force"}, "/dev/null", [=] {

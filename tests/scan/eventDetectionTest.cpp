@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <ctime>
 #include <map>
 
+#include "support/sanitizers.h"
 #include "tables.h"
 
 namespace {
@@ -785,10 +785,10 @@ TEST(Events, areNone_ofNoFramesOrWhenAllAreOff) {
   EXPECT_TRUE(detectEvents(table, off, {10.0, true, true}).empty());
 }
 
-TEST(Events, ofALongVideoAreFoundInTimeProportionalToItsLength) {
+TEST(Events, ofALongVideoAreFound_beforeTheTestIsGivenUp) {
   // Alternating values are the worst case for runs, a freeze up to the end for going back. Where a
-  // run cost time with every frame of it, these would take minutes.
-  constexpr size_t ROWS = 250'000;
+  // run cost time with every frame of it, these would take minutes, which the test does not have.
+  constexpr size_t ROWS = isAddressSanitized ? 50'000 : 500'000;
   FrameTable table = emptyTable(ROWS);
   for (Column<double>& values : table.values) {
     for (size_t i = 0; i < ROWS; ++i) values.set(i, i % 2 == 0 ? 0.0 : 500.0);
@@ -796,9 +796,5 @@ TEST(Events, ofALongVideoAreFoundInTimeProportionalToItsLength) {
   column(&table, "blackout") = Values(ROWS, 0.0);
   column(&table, "temporal_activity") = Values(ROWS, 0.0);
   column(&table, "freezing") = Values(ROWS, 1.0);
-  const std::clock_t start = std::clock();
   EXPECT_FALSE(detectEvents(table, DEFAULT_THRESHOLDS, WHOLE).empty());
-  const double seconds =
-      static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;  // of processor
-  EXPECT_LT(seconds, 20.0);  // a quarter of a second in a release, more under sanitizers
 }
