@@ -63,7 +63,7 @@ bool parsePosition(const std::string& text, Position* position) {
 }
 
 std::string mistakeAtRate(const Position& position, double fps) {
-  const bool isBeyond = !position.isFrame && static_cast<double>(position.frames) >= std::ceil(fps);
+  const bool isBeyond = !position.isFrame && static_cast<double>(position.frames) >= fps;
   if (!isBeyond || position.frames == 0) return "";
   return fmt::format("there is no frame {} in a second of {:.6g} frames: {}", position.frames, fps,
                      position.text);
