@@ -11,7 +11,10 @@ namespace fs = std::filesystem;
 
 std::vector<std::string> scanFolders(const std::string& results) {
   std::vector<std::string> folders = {fs::current_path().string()};
-  std::ifstream file(fs::path(results) / "run.json");
+  const fs::path path = fs::path(results) / "run.json";
+  std::error_code ignored;
+  if (!fs::is_regular_file(path, ignored)) return folders;
+  std::ifstream file(path);
   const Json run = Json::parse(file, nullptr, false);
   for (const std::string& uri : textsOf(run, "folders")) {
     const std::string folder = pathOfUri(uri);

@@ -29,6 +29,9 @@ TEST(ScanFolders, areTheCurrentOne_andThoseThatTheRunNames) {
     writeFile("results/run.json", run);
     EXPECT_EQ(scanFolders("results"), std::vector<std::string>{here}) << run;
   }
+  fs::remove("results/run.json");
+  fs::create_directory("results/run.json");
+  EXPECT_EQ(scanFolders("results"), std::vector<std::string>{here});
 }
 
 TEST(IsVideoGone, whereItIsInNoneOfTheFolders) {
