@@ -21,8 +21,8 @@ std::string rateWarning(const FrameTable& frames, double declared) {
 
 std::optional<Fingerprint> fingerprintOf(const VideoSource& source) {
   Fingerprint fingerprint;
-  const bool isTaken = source.path != "-" && takeFingerprint(source.path, &fingerprint);
-  return isTaken ? std::optional(fingerprint) : std::nullopt;
+  const OpenInput file = fileOf(source);
+  return takeFingerprint(*file, &fingerprint) ? std::optional(fingerprint) : std::nullopt;
 }
 
 Measurement measureVideo(const VideoSource& source, const AnalysisOptions& options,

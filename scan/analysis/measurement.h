@@ -26,7 +26,7 @@ struct Measurement {
 // Told behind each frame how much of the file is done, 0 to 1, and how many frames.
 using ProgressListener = std::function<void(double, int64_t)>;
 
-// None of a pipe and of what cannot be read.
+// Of the source's file, which is opened where it is not. None of a pipe and of what cannot be read.
 std::optional<Fingerprint> fingerprintOf(const VideoSource& source);
 
 // Opens and analyses a video.

@@ -13,6 +13,7 @@
 
 #include "scan/commandLine/messages.h"
 #include "scan/files/names.h"
+#include "scan/files/signature.h"
 #include "scan/results/storedResult.h"
 
 namespace fs = std::filesystem;
@@ -27,12 +28,6 @@ constexpr std::array VIDEO_EXTENSIONS = {
 // Files that share a container with videos, and are none.
 constexpr std::array OTHER_EXTENSIONS = {"aac", "flac", "m4a", "mka",  "mp3", "oga",
                                          "ogg", "opus", "wav", "weba", "wma"};
-// Containers that are recognised by their first bytes, as FFmpeg names them.
-constexpr std::array VIDEO_CONTAINERS = {
-    "asf",    "avi", "flv", "gxf", "ivf", "matroska,webm", "mov,mp4,m4a,3gp,3g2,mj2", "mpeg",
-    "mpegts", "mxf", "nut", "ogg", "rm",  "yuv4mpegpipe"};
-constexpr std::streamsize PROBED_BYTES = 8192;
-
 template <typename Names>
 bool isAmong(const std::string& name, const Names& names) {
   return std::find(names.begin(), names.end(), name) != names.end();
@@ -45,24 +40,11 @@ std::string extensionOf(const fs::path& path) {
   return extension;
 }
 
-bool hasVideoContent(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::vector<unsigned char> bytes(PROBED_BYTES + AVPROBE_PADDING_SIZE);
-  file.read(reinterpret_cast<char*>(bytes.data()), PROBED_BYTES);
-  AVProbeData data = {};
-  data.filename = "";
-  data.buf = bytes.data();
-  data.buf_size = static_cast<int>(file.gcount());
-  int score = AVPROBE_SCORE_EXTENSION;
-  const AVInputFormat* const format = av_probe_input_format2(&data, 1, &score);
-  return format != nullptr && isAmong(format->name, VIDEO_CONTAINERS);
-}
-
 bool isVideo(const fs::path& path, bool isRaw) {
   const std::string extension = extensionOf(path);
   if (isRaw && extension == "yuv") return true;
   if (isAmong(extension, VIDEO_EXTENSIONS)) return true;
-  return !isAmong(extension, OTHER_EXTENSIONS) && hasVideoContent(path);
+  return !isAmong(extension, OTHER_EXTENSIONS) && hasVideoSignature(path.string());
 }
 
 bool matches(const std::vector<std::string>& patterns, const fs::path& path, int flags) {
@@ -162,18 +144,19 @@ std::vector<std::string> readList(const std::string& path, std::vector<std::stri
 
 // Without those that come again. Another file whose results would go to the same folder is left
 // out, and that is said.
-std::vector<std::string> eachOnce(const std::vector<std::string>& files,
+std::vector<VideoSource> eachOnce(const std::vector<VideoSource>& sources,
                                   std::vector<std::string>* problems) {
   std::map<std::string, std::string> places;  // where a folder's results come from
-  std::vector<std::string> once;
-  for (const std::string& file : files) {
-    const std::string folder = resultFolder("", file);
-    const std::string place = file == "-" ? file : fs::absolute(file).lexically_normal().string();
+  std::vector<VideoSource> once;
+  for (const VideoSource& source : sources) {
+    const std::string folder = resultFolder("", source);
+    const std::string place =
+        source.isStandardInput ? "-" : fs::absolute(source.path).lexically_normal().string();
     const auto known = places.emplace(folder, place);
     if (known.second) {
-      once.push_back(file);
+      once.push_back(source);
     } else if (known.first->second != place) {
-      problems->push_back("the results of \"" + printableName(file) +
+      problems->push_back("the results of \"" + printableName(source.path) +
                           "\" would go where those of \"" + printableName(known.first->second) +
                           "\" go");
     }
@@ -181,28 +164,48 @@ std::vector<std::string> eachOnce(const std::vector<std::string>& files,
   return once;
 }
 
+// The videos that a name stands for: a file, or those of a folder.
+void addInput(const Options& options, const std::string& name, std::vector<std::string>* files,
+              std::vector<std::string>* problems) {
+  std::error_code error;
+  const fs::file_status status = fs::status(name, error);
+  if (fs::is_directory(status)) {
+    addFolder(options, name, files, problems);
+  } else if (!fs::exists(status)) {
+    const bool isAddress = name.find("://") != std::string::npos;
+    problems->push_back(refusal(name, isAddress ? "it is an address, and only files are read"
+                                      : error   ? error.message()
+                                                : std::strerror(ENOENT)));
+  } else {
+    files->push_back(name);
+  }
+}
+
 }  // namespace
 
-std::vector<std::string> findInputs(const Options& options, std::vector<std::string>* problems) {
-  std::vector<std::string> inputs = options.inputs;
-  if (!options.filesFrom.empty()) {
-    const std::vector<std::string> listed = readList(options.filesFrom, problems);
-    inputs.insert(inputs.end(), listed.begin(), listed.end());
-  }
-  std::vector<std::string> files;
-  for (const std::string& input : inputs) {
-    std::error_code error;
-    const fs::file_status status = fs::status(input, error);
-    if (input != "-" && fs::is_directory(status)) {
-      addFolder(options, input, &files, problems);
-    } else if (input != "-" && !fs::exists(status)) {
-      const bool isAddress = input.find("://") != std::string::npos;
-      problems->push_back(refusal(input, isAddress ? "it is an address, and only files are read"
-                                         : error   ? error.message()
-                                                   : std::strerror(ENOENT)));
+std::vector<VideoSource> findInputs(const Options& options, std::vector<std::string>* problems) {
+  std::vector<VideoSource> sources;
+  const auto add = [&](const std::string& path, bool isStandardInput) {
+    VideoSource source = options.raw;
+    // So that nobody takes a file of that name for standard input.
+    source.path = path == "-" && !isStandardInput ? "./-" : path;
+    source.isStandardInput = isStandardInput;
+    sources.push_back(source);
+  };
+  const auto addNamed = [&](const std::string& name) {
+    std::vector<std::string> files;
+    addInput(options, name, &files, problems);
+    for (const std::string& file : files) add(file, false);
+  };
+  for (const std::string& input : options.inputs) {
+    if (input == "-") {
+      add(input, true);
     } else {
-      files.push_back(input);
+      addNamed(input);
     }
   }
-  return eachOnce(files, problems);
+  if (!options.filesFrom.empty()) {
+    for (const std::string& name : readList(options.filesFrom, problems)) addNamed(name);
+  }
+  return eachOnce(sources, problems);
 }

@@ -9,8 +9,9 @@
 
 // The files that the inputs name: themselves, or for folders the videos in them and in their
 // folders, sorted by name. Videos are known by their names' extensions, others by their first
-// bytes. Folders of results are not entered. Each file comes once. What cannot be read becomes a
-// line of `problems`.
-std::vector<std::string> findInputs(const Options& options, std::vector<std::string>* problems);
+// bytes. "-" is standard input where the command line has it, and a file's name elsewhere. Folders
+// of results are not entered. Each file comes once. What cannot be read becomes a line of
+// `problems`.
+std::vector<VideoSource> findInputs(const Options& options, std::vector<std::string>* problems);
 
 #endif

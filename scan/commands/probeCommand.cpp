@@ -5,6 +5,7 @@
 #include "scan/commands/commands.h"
 #include "scan/files/json.h"
 #include "scan/files/names.h"
+#include "scan/processes/childProcess.h"
 #include "scan/record/resultJson.h"
 
 namespace {
@@ -36,28 +37,35 @@ void printFacts(const Json& file) {
   }
 }
 
+// What a video says about itself, or why it says nothing, as JSON text.
+std::string probed(const VideoSource& source) {
+  VideoReader reader;
+  const std::string error = openVideo(source, 1, &reader);
+  if (!error.empty()) return jsonText({{"error", error}});
+  return jsonText({{"path", source.path},
+                   {"stream", streamJson(streamFacts(reader))},
+                   {"warnings", streamWarnings(reader)}});
+}
+
 }  // namespace
 
 int runProbe(const Options& options) {
   av_log_set_level(options.isVerbose ? AV_LOG_INFO : AV_LOG_QUIET);
   std::vector<std::string> problems;
-  const std::vector<std::string> paths = findInputs(options, &problems);
+  const std::vector<VideoSource> sources = findInputs(options, &problems);
   for (const std::string& problem : problems) complain(problem);
   int status = problems.empty() ? DONE : INPUT_PROBLEM;
   Json files = Json::array();
-  for (const std::string& path : paths) {
-    VideoSource source = options.raw;
-    source.path = path;
-    VideoReader reader;
-    const std::string error = openVideo(source, 1, &reader);
-    if (!error.empty()) {
-      complain(quoted(path) + ": " + error);
+  for (const VideoSource& source : sources) {
+    std::string text;
+    const std::string ending = runInChild([&] { return probed(source); }, &text);
+    Json file =
+        ending.empty() ? Json::parse(text) : Json{{"error", "its probe ended by " + ending}};
+    if (file.contains("error")) {
+      complain(quoted(source.path) + ": " + file["error"].get<std::string>());
       status = INPUT_PROBLEM;
       continue;
     }
-    Json file = {{"path", path},
-                 {"stream", streamJson(streamFacts(reader))},
-                 {"warnings", streamWarnings(reader)}};
     if (!options.printsJson) printFacts(file);
     files.push_back(std::move(file));
   }

@@ -26,13 +26,12 @@ size_t coresHere() {
   return std::max(1U, std::thread::hardware_concurrency());
 }
 
-Task makeTask(const Options& options, const ScanSettings& settings, const std::string& path) {
+Task makeTask(const Options& options, const ScanSettings& settings, const VideoSource& source) {
   Task task;
-  task.job.source = options.raw;
-  task.job.source.path = path;
-  task.job.folder = resultFolder(options.output, path);
+  task.job.source = source;
+  task.job.folder = resultFolder(options.output, source);
   std::error_code ignored;
-  const uintmax_t size = path == "-" ? 0 : fs::file_size(path, ignored);
+  const uintmax_t size = source.isStandardInput ? 0 : fs::file_size(source.path, ignored);
   task.size = ignored ? 0 : static_cast<int64_t>(size);
   if (!options.isForced) {
     task.job.freshness = freshnessOf(task.job.folder, task.job.source, settings.analysis,
@@ -148,11 +147,11 @@ int runScan(const Options& options) {
   ScanSettings settings = {options.analysis, DEFAULT_THRESHOLDS, options.choice};
   if (!chooseThresholds(options, &settings.thresholds)) return USAGE;
   std::vector<std::string> problems;
-  const std::vector<std::string> paths = findInputs(options, &problems);
+  const std::vector<VideoSource> sources = findInputs(options, &problems);
   for (const std::string& problem : problems) complain(problem);
   std::vector<Task> tasks;
-  tasks.reserve(paths.size());
-  for (const std::string& path : paths) tasks.push_back(makeTask(options, settings, path));
+  tasks.reserve(sources.size());
+  for (const VideoSource& source : sources) tasks.push_back(makeTask(options, settings, source));
   if (options.isDryRun)
     return finishOutput(std::max<int>(printPlan(tasks), problems.empty() ? DONE : INPUT_PROBLEM));
   if (tasks.empty()) return INPUT_PROBLEM;

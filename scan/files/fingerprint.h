@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "scan/files/inputFile.h"
+
 struct Fingerprint {
   int64_t size = 0;              // bytes
   int64_t modificationTime = 0;  // nanoseconds since 1970
@@ -15,7 +17,7 @@ inline bool operator==(const Fingerprint& a, const Fingerprint& b) {
   return a.size == b.size && a.modificationTime == b.modificationTime && a.checksum == b.checksum;
 }
 
-// False, with errno set, when the file cannot be read.
-bool takeFingerprint(const std::string& path, Fingerprint* fingerprint);
+// False when it is no regular file, or cannot be read.
+bool takeFingerprint(const InputFile& file, Fingerprint* fingerprint);
 
 #endif

@@ -1,6 +1,5 @@
 #include "scan/processes/scanJob.h"
 
-#include <filesystem>
 #include <system_error>
 
 #include "scan/results/thumbnails.h"
@@ -9,8 +8,7 @@ namespace {
 
 // What came through a pipe is gone, and cannot be decoded twice.
 bool isPipe(const VideoSource& source) {
-  std::error_code ignored;
-  return source.path == "-" || std::filesystem::is_fifo(source.path, ignored);
+  return !fileOf(source)->isRegular;
 }
 
 JobEnd judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFile* rows,

@@ -43,6 +43,7 @@ size_t running(const std::vector<Task>& tasks) {
 }
 
 void finish(Run* run, Task* task) {
+  task->job.source.file.reset();
   task->state = TaskState::FINISHED;
   run->hasOutputError = run->hasOutputError || !task->outputError.empty();
   run->listener.onFinished(*run->tasks, *task);
@@ -98,6 +99,7 @@ void startTask(Run* run, size_t i) {
   Task& task = (*run->tasks)[i];
   ++task.attempts;
   run->lastNews[i] = Clock::now();
+  if (!task.job.source.file) task.job.source.file = fileOf(task.job.source);
   if (startWorker(task.job, run->settings, run->limits.isVerbose, &task.worker)) {
     task.state = TaskState::RUNNING;
     return;
@@ -150,8 +152,8 @@ void handleSignal(Run* run, int signals) {
 bool isStalled(const Run& run, size_t i) {
   const std::chrono::duration<double> silence = Clock::now() - run.lastNews[i];
   // Nobody knows how long a pipe will be silent.
-  const bool isFile = (*run.tasks)[i].job.source.path != "-";
-  return isFile && run.limits.stallTimeout > 0.0 && silence.count() > run.limits.stallTimeout;
+  const bool isPipe = (*run.tasks)[i].job.source.isStandardInput;
+  return !isPipe && run.limits.stallTimeout > 0.0 && silence.count() > run.limits.stallTimeout;
 }
 
 void serve(Run* run, size_t i) {

@@ -10,7 +10,7 @@
 enum class TaskState { WAITING, RUNNING, FINISHED };
 
 struct Task {
-  ScanJob job;
+  ScanJob job;       // its file is open from its first attempt to its end
   int64_t size = 0;  // of its file, in bytes: its share of the progress
   TaskState state = TaskState::WAITING;
   int attempts = 0;

@@ -8,10 +8,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstring>
 
 #include "scan/numbers/decimals.h"
+#include "scan/processes/childProcess.h"
 
 namespace {
 
@@ -28,12 +30,25 @@ void sendLine(int to, const std::string& line) {
   if (write(to, text.data(), text.size()) < 0) _exit(STOPPED_EARLY);
 }
 
-void connectStandardStreams(const ScanJob& job, int log) {
+void connectStandardStreams(int log) {
   dup2(log, STDOUT_FILENO);
   dup2(log, STDERR_FILENO);
-  if (job.source.path == "-") return;
   const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
   dup2(nothing, STDIN_FILENO);
+}
+
+// Keeps the standard streams and what the job needs: pipes of other workers would not end while
+// this one lives, and their videos are none of its business.
+void closeOthers(std::vector<int> kept) {
+  std::sort(kept.begin(), kept.end());
+  unsigned int first = STDERR_FILENO + 1;
+  for (const int descriptor : kept) {
+    const auto next = static_cast<unsigned int>(descriptor);
+    if (descriptor < static_cast<int>(first)) continue;
+    if (next > first) close_range(first, next - 1, 0);
+    first = next + 1;
+  }
+  close_range(first, UINT_MAX, 0);
 }
 
 // When memory runs out the system shall choose a worker, not its parent.
@@ -123,7 +138,8 @@ bool startWorker(const ScanJob& job, const ScanSettings& settings, bool isVerbos
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(STOPPED_EARLY);
     resetSignals();
-    connectStandardStreams(job, log[1]);
+    connectStandardStreams(log[1]);
+    closeOthers({messages[1], job.source.file ? job.source.file->descriptor : -1});
     work(job, settings, isVerbose, messages[1]);
   }
   close(messages[1]);
@@ -175,9 +191,5 @@ std::string endWorker(WorkerProcess* worker, bool isShown) {
   closeDescriptor(&worker->messages);
   closeDescriptor(&worker->log);
   worker->pid = -1;
-  if (WIFSIGNALED(status)) {
-    return "signal " + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) + ")";
-  }
-  const int code = WEXITSTATUS(status);
-  return code == 0 ? "" : "exit status " + std::to_string(code);
+  return endingOf(status);
 }

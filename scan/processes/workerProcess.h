@@ -30,7 +30,7 @@ bool readMessages(WorkerProcess* worker);
 void readLog(WorkerProcess* worker, bool isShown);
 
 // Collects the process, which has ended or is killed now, and what it has sent last. Returns an
-// empty text when it ended by itself, or what became of it ("signal 11 (Segmentation fault)").
+// empty text when it ended by itself, or what became of it.
 std::string endWorker(WorkerProcess* worker, bool isShown);
 
 #endif

@@ -107,9 +107,9 @@ void writeResultJson(const VideoResult& result, FILE* out) {
 
 }  // namespace
 
-std::string resultFolder(const std::string& output, const std::string& path) {
-  if (path == "-") return (fs::path(output) / "stdin.lumascan").string();
-  const fs::path absolute = fs::absolute(path).lexically_normal();
+std::string resultFolder(const std::string& output, const VideoSource& source) {
+  if (source.isStandardInput) return (fs::path(output) / "stdin.lumascan").string();
+  const fs::path absolute = fs::absolute(source.path).lexically_normal();
   const fs::path fromHere = absolute.lexically_relative(fs::current_path());
   const bool isBelow = !fromHere.empty() && *fromHere.begin() != "..";
   const fs::path relative = isBelow ? fromHere : absolute.relative_path();

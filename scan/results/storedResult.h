@@ -9,9 +9,9 @@
 #include "scan/files/outputFile.h"
 #include "scan/record/videoResult.h"
 
-// Where the results of a file go: its path from the current folder, or from the root where it is
-// not below it, below the folder of all results.
-std::string resultFolder(const std::string& output, const std::string& path);
+// Where the results of a video go: its path from the current folder, or from the root where it is
+// not below it, below the folder of all results; or "stdin".
+std::string resultFolder(const std::string& output, const VideoSource& source);
 
 // What a stored result is good for.
 enum class Freshness {

@@ -17,6 +17,10 @@ extern "C" {
 
 struct FfmpegDeleter {
   void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+  void operator()(AVIOContext* context) const {
+    av_freep(&context->buffer);
+    avio_context_free(&context);
+  }
   void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
   void operator()(AVPacket* packet) const { av_packet_free(&packet); }
   void operator()(AVFrame* frame) const { av_frame_free(&frame); }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string_view>
 
 namespace {
@@ -17,22 +15,20 @@ constexpr size_t OGG_FLAGS = 5;
 constexpr size_t OGG_SEGMENTS = 26;
 constexpr size_t OGG_HEADER = 27;
 constexpr size_t OGG_CLOSES_STREAM = 4;
-constexpr std::streamoff OGG_LONGEST_PAGE = 65307;  // bytes
+constexpr int64_t OGG_LONGEST_PAGE = 65307;  // bytes
 // Bytes of a packet: as broadcast, with a time stamp in front, with error correction behind.
 constexpr std::array TRANSPORT_PACKETS = {188, 192, 204};
 
 // The bytes from a place on, as many as there are.
-std::string bytesAt(std::ifstream* file, std::streamoff place, std::streamoff length) {
+std::string bytesAt(const InputFile& file, int64_t place, int64_t length) {
   std::string bytes(static_cast<size_t>(length), '\0');
-  file->clear();
-  file->seekg(place);
-  file->read(bytes.data(), length);
-  bytes.resize(static_cast<size_t>(file->gcount()));
+  const ssize_t count = readAt(file, place, bytes.data(), bytes.size());
+  bytes.resize(static_cast<size_t>(std::max(ssize_t{0}, count)));
   return bytes;
 }
 
-std::string tailOf(std::ifstream* file, std::streamoff size, std::streamoff length) {
-  const std::streamoff whole = std::min(size, length);
+std::string tailOf(const InputFile& file, int64_t size, int64_t length) {
+  const int64_t whole = std::min(size, length);
   return bytesAt(file, size - whole, whole);
 }
 
@@ -48,14 +44,14 @@ uint64_t littleEndian(std::string bytes) {
 }
 
 // The length of the box at a place with its header; 0: to the end of the file.
-uint64_t boxLength(std::ifstream* file, std::streamoff place) {
+uint64_t boxLength(const InputFile& file, int64_t place) {
   constexpr uint64_t LENGTH_FOLLOWS = 1;  // in 64 bits, behind the box's type
   const uint64_t length = bigEndian(bytesAt(file, place, 4));
   return length == LENGTH_FOLLOWS ? bigEndian(bytesAt(file, place + 8, 8)) : length;
 }
 
 // The same of a RIFF chunk; one of length 0 was never finished.
-uint64_t chunkLength(std::ifstream* file, std::streamoff place) {
+uint64_t chunkLength(const InputFile& file, int64_t place) {
   constexpr uint64_t HEADER = 8;
   const uint64_t length = littleEndian(bytesAt(file, place + 4, 4));
   return length == 0 ? 0 : HEADER + length;
@@ -63,7 +59,7 @@ uint64_t chunkLength(std::ifstream* file, std::streamoff place) {
 
 // The same of an EBML element (RFC 8794): its identifier and its length say by their first bits how
 // many bytes they have. A length of ones alone is unknown.
-uint64_t elementLength(std::ifstream* file, std::streamoff place) {
+uint64_t elementLength(const InputFile& file, int64_t place) {
   constexpr size_t LONGEST = 12;
   const std::string bytes = bytesAt(file, place, LONGEST);
   const auto widthAt = [&](size_t at) {
@@ -80,7 +76,7 @@ uint64_t elementLength(std::ifstream* file, std::streamoff place) {
 }
 
 // The same of a RoQ chunk; the file's own header has none.
-uint64_t roqLength(std::ifstream* file, std::streamoff place) {
+uint64_t roqLength(const InputFile& file, int64_t place) {
   constexpr uint64_t HEADER = 8;
   constexpr uint64_t NONE = 0xffffffff;
   const uint64_t length = littleEndian(bytesAt(file, place + 2, 4));
@@ -89,7 +85,7 @@ uint64_t roqLength(std::ifstream* file, std::streamoff place) {
 
 // The same of an open bitstream unit of AV1: a byte of flags, perhaps another one, and a length in
 // groups of seven bits, the lowest first, of which all but the last are marked.
-uint64_t unitLength(std::ifstream* file, std::streamoff place) {
+uint64_t unitLength(const InputFile& file, int64_t place) {
   constexpr size_t LONGEST = 10;
   constexpr int HAS_EXTENSION = 4;
   constexpr int HAS_LENGTH = 2;
@@ -106,7 +102,7 @@ uint64_t unitLength(std::ifstream* file, std::streamoff place) {
 
 // The same of an element of MXF (SMPTE 336): a key, and a length whose first byte says how many
 // follow, or is the length itself.
-uint64_t keyedLength(std::ifstream* file, std::streamoff place) {
+uint64_t keyedLength(const InputFile& file, int64_t place) {
   constexpr size_t KEY_LENGTH = 16;
   const std::string bytes = bytesAt(file, place, KEY_LENGTH + 9);
   if (bytes.size() <= KEY_LENGTH) return KEY_LENGTH + 1;  // it is cut
@@ -119,12 +115,12 @@ uint64_t keyedLength(std::ifstream* file, std::streamoff place) {
 // Whether an element of the file's top level, from a place on, reaches past its end. Each begins at
 // a multiple of `unit`; what fills one up to there may be missing at the end. What is behind the
 // last whole one and too short for a header is nobody's.
-bool hasLongElement(std::ifstream* file, std::streamoff size, uint64_t unit,
-                    uint64_t (*lengthAt)(std::ifstream*, std::streamoff),
-                    uint64_t shortestHeader = 8, uint64_t place = 0) {
+bool hasLongElement(const InputFile& file, int64_t size, uint64_t unit,
+                    uint64_t (*lengthAt)(const InputFile&, int64_t), uint64_t shortestHeader = 8,
+                    uint64_t place = 0) {
   uint64_t left = static_cast<uint64_t>(size) - place;
   while (left >= shortestHeader) {
-    const uint64_t length = lengthAt(file, size - static_cast<std::streamoff>(left));
+    const uint64_t length = lengthAt(file, size - static_cast<int64_t>(left));
     if (length == 0) return false;
     if (length > left) return true;
     left -= std::min(length + length % unit, left);
@@ -133,12 +129,12 @@ bool hasLongElement(std::ifstream* file, std::streamoff size, uint64_t unit,
 }
 
 // The last four bytes of FLV are the length of the tag before them, which says it as well.
-bool endsBehindTag(std::ifstream* file, std::streamoff size) {
-  constexpr std::streamoff TAG_HEADER = 11;
-  const auto length = static_cast<std::streamoff>(bigEndian(tailOf(file, size, 4)));
+bool endsBehindTag(const InputFile& file, int64_t size) {
+  constexpr int64_t TAG_HEADER = 11;
+  const auto length = static_cast<int64_t>(bigEndian(tailOf(file, size, 4)));
   if (length + 4 > size) return false;
   const std::string tag = bytesAt(file, size - 4 - length, 4);
-  return static_cast<std::streamoff>(bigEndian(tag) & 0xffffff) + TAG_HEADER == length;
+  return static_cast<int64_t>(bigEndian(tag) & 0xffffff) + TAG_HEADER == length;
 }
 
 // Whether the last page closes a stream, and is there as a whole.
@@ -157,8 +153,8 @@ bool closesStream(const std::string& tail) {
 
 // Whether the header of an ASF file names a length that the file does not have. One that was
 // broadcast has none.
-bool isShorterThanASFSays(std::ifstream* file, std::streamoff size) {
-  constexpr std::streamoff LONGEST_HEADER = 1 << 16;
+bool isShorterThanASFSays(const InputFile& file, int64_t size) {
+  constexpr int64_t LONGEST_HEADER = 1 << 16;
   constexpr std::string_view FILE_PROPERTIES(
       "\xa1\xdc\xab\x8c\x47\xa9\xcf\x11\x8e\xe4\0\xc0\x0c\x20\x53\x65", 16);
   constexpr size_t LENGTH = 40;  // places in this object
@@ -174,12 +170,12 @@ bool isShorterThanASFSays(std::ifstream* file, std::streamoff size) {
 
 // Whether the last partition of an MXF file (SMPTE 377) is not all there. The first one says where
 // it begins, or 0.
-bool lacksFooter(std::ifstream* file, std::streamoff size) {
-  constexpr std::streamoff LENGTH = 16;  // places in the first one
-  constexpr std::streamoff FOOTER = 24;  // behind the length
+bool lacksFooter(const InputFile& file, int64_t size) {
+  constexpr int64_t LENGTH = 16;  // places in the first one
+  constexpr int64_t FOOTER = 24;  // behind the length
   const std::string length = bytesAt(file, LENGTH, 1);
   const bool isLong = !length.empty() && (length[0] & 0x80) != 0;
-  const std::streamoff value = LENGTH + 1 + (isLong ? length[0] & 0x7f : 0);
+  const int64_t value = LENGTH + 1 + (isLong ? length[0] & 0x7f : 0);
   const uint64_t footer = bigEndian(bytesAt(file, value + FOOTER, 8));
   if (footer >= static_cast<uint64_t>(size)) return true;
   return footer > 0 && hasLongElement(file, size, 1, keyedLength, 1, footer);
@@ -189,18 +185,18 @@ constexpr std::string_view JPEG_END("\xff\xd9");
 
 // Whether no end of the picture follows the beginning of its data in a JPEG file. Cameras write
 // more behind that, films even.
-bool lacksEndOfPicture(std::ifstream* file, std::streamoff size) {
+bool lacksEndOfPicture(const InputFile& file, int64_t size) {
   constexpr std::string_view START("\xff\xd8");
   constexpr char PICTURE_DATA = '\xda';
-  constexpr std::streamoff CHUNK = 1 << 16;
+  constexpr int64_t CHUNK = 1 << 16;
   if (bytesAt(file, 0, 2) != START) return false;
-  std::streamoff place = 2;
+  int64_t place = 2;
   for (char marker = 0; marker != PICTURE_DATA;) {
     const std::string segment = bytesAt(file, place, 4);
     if (segment.size() < 4) return true;
     if (segment[0] != '\xff') return false;  // it is no JPEG
     marker = segment[1];
-    place += 2 + static_cast<std::streamoff>(bigEndian(std::string_view(segment).substr(2)));
+    place += 2 + static_cast<int64_t>(bigEndian(std::string_view(segment).substr(2)));
   }
   // The next one begins with the last byte of this one.
   for (; place < size; place += CHUNK) {
@@ -210,8 +206,8 @@ bool lacksEndOfPicture(std::ifstream* file, std::streamoff size) {
 }
 
 // The same of the last picture of a stream of them.
-bool lacksEndOfLastPicture(std::ifstream* file, std::streamoff size) {
-  constexpr std::streamoff LONGEST_PICTURE = 1 << 24;  // bytes; of a longer one nothing is said
+bool lacksEndOfLastPicture(const InputFile& file, int64_t size) {
+  constexpr int64_t LONGEST_PICTURE = 1 << 24;  // bytes; of a longer one nothing is said
   constexpr std::string_view START("\xff\xd8\xff");
   const std::string tail = tailOf(file, size, LONGEST_PICTURE);
   const size_t start = tail.rfind(START);
@@ -220,8 +216,8 @@ bool lacksEndOfLastPicture(std::ifstream* file, std::streamoff size) {
 
 // Of DV a frame has 10 sequences of 12000 bytes, or 12 where the eighth bit of the fourth byte says
 // that there are 50 fields a second.
-bool endsInsideFrame(std::ifstream* file, std::streamoff size) {
-  constexpr std::streamoff SEQUENCE = 12000;
+bool endsInsideFrame(const InputFile& file, int64_t size) {
+  constexpr int64_t SEQUENCE = 12000;
   const std::string header = bytesAt(file, 0, 4);
   if (header.size() < 4) return true;
   const bool has50Fields = (header[3] & 0x80) != 0;
@@ -230,26 +226,22 @@ bool endsInsideFrame(std::ifstream* file, std::streamoff size) {
 
 }  // namespace
 
-bool lacksEnding(const std::string& path, const std::string& container) {
-  // What came through a pipe is gone, and to open it again would be to wait for more.
-  std::error_code ignored;
-  if (std::filesystem::is_fifo(path, ignored)) return false;
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  const std::streamoff size = file.tellg();
+bool lacksEnding(const InputFile& file, const std::string& container) {
+  const int64_t size = file.isRegular ? fileSize(file) : 0;  // what came through a pipe is gone
   if (size <= 0) return false;
-  if (container == "mov,mp4,m4a,3gp,3g2,mj2") return hasLongElement(&file, size, 1, boxLength);
-  if (container == "avi") return hasLongElement(&file, size, 2, chunkLength);
-  if (container == "matroska,webm") return hasLongElement(&file, size, 1, elementLength);
-  if (container == "flv") return !endsBehindTag(&file, size);
-  if (container == "gif") return tailOf(&file, size, 2) != GIF_ENDING;
-  if (container == "ogg") return !closesStream(tailOf(&file, size, OGG_LONGEST_PAGE));
-  if (container == "roq") return hasLongElement(&file, size, 1, roqLength);
-  if (container == "obu") return hasLongElement(&file, size, 1, unitLength, 1);
-  if (container == "asf") return isShorterThanASFSays(&file, size);
-  if (container == "mxf") return lacksFooter(&file, size);
-  if (container == "dv") return endsInsideFrame(&file, size);
-  if (container == "mjpeg") return lacksEndOfLastPicture(&file, size);
-  if (container == "jpeg_pipe" || container == "image2") return lacksEndOfPicture(&file, size);
+  if (container == "mov,mp4,m4a,3gp,3g2,mj2") return hasLongElement(file, size, 1, boxLength);
+  if (container == "avi") return hasLongElement(file, size, 2, chunkLength);
+  if (container == "matroska,webm") return hasLongElement(file, size, 1, elementLength);
+  if (container == "flv") return !endsBehindTag(file, size);
+  if (container == "gif") return tailOf(file, size, 2) != GIF_ENDING;
+  if (container == "ogg") return !closesStream(tailOf(file, size, OGG_LONGEST_PAGE));
+  if (container == "roq") return hasLongElement(file, size, 1, roqLength);
+  if (container == "obu") return hasLongElement(file, size, 1, unitLength, 1);
+  if (container == "asf") return isShorterThanASFSays(file, size);
+  if (container == "mxf") return lacksFooter(file, size);
+  if (container == "dv") return endsInsideFrame(file, size);
+  if (container == "mjpeg") return lacksEndOfLastPicture(file, size);
+  if (container == "jpeg_pipe") return lacksEndOfPicture(file, size);
   if (container != "mpegts") return false;
   return std::none_of(TRANSPORT_PACKETS.begin(), TRANSPORT_PACKETS.end(),
                       [&](int packet) { return size % packet == 0; });

@@ -63,8 +63,8 @@ bool isFullRange(const AVCodecParameters& video) {
 
 // Containers in which a missing end is seen without a declared duration.
 bool showsItsEnd(const AVFormatContext& container) {
-  constexpr std::array SHOWING = {"asf", "dv",  "gif", "image2",   "jpeg_pipe", "mjpeg",
-                                  "mxf", "obu", "ogg", "rawvideo", "roq",       "yuv4mpegpipe"};
+  constexpr std::array SHOWING = {"asf", "dv",  "gif",      "jpeg_pipe", "mjpeg",       "mxf",
+                                  "obu", "ogg", "rawvideo", "roq",       "yuv4mpegpipe"};
   return std::find(SHOWING.begin(), SHOWING.end(), std::string_view(container.iformat->name)) !=
          SHOWING.end();
 }

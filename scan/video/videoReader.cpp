@@ -20,7 +20,6 @@ constexpr int MOST_ERRORS_AT_END = 256;
 // missing.
 constexpr double FRAMES_OF_TOLERANCE = 2.5;
 constexpr double SECONDS_OF_TOLERANCE = 0.2;
-constexpr char FILE_ADDRESS[] = "file:";
 
 // A video that is named by its number.
 int namedVideo(AVFormatContext* container, int number, const AVCodec** codec) {
@@ -44,36 +43,6 @@ int mainVideo(AVFormatContext* container, const AVCodec** codec) {
     return *codec == nullptr ? AVERROR_DECODER_NOT_FOUND : stream;
   }
   return AVERROR_STREAM_NOT_FOUND;
-}
-
-int openContainer(const VideoSource& source, AVFormatContext** container) {
-  const AVInputFormat* format = nullptr;
-  AVDictionary* options = nullptr;
-  if (source.path == "-") format = av_find_input_format("yuv4mpegpipe");
-  if (source.rawWidth > 0) {
-    format = av_find_input_format("rawvideo");
-    const std::string size =
-        std::to_string(source.rawWidth) + 'x' + std::to_string(source.rawHeight);
-    av_dict_set(&options, "video_size", size.c_str(), 0);
-    av_dict_set(&options, "framerate", source.rawRate.c_str(), 0);
-    av_dict_set(&options, "pixel_format", "yuv420p", 0);
-  }
-  // The file protocol takes any name, also one that looks like an address.
-  const std::string address = source.path == "-" ? "pipe:0" : FILE_ADDRESS + source.path;
-  const int error = avformat_open_input(container, address.c_str(), format, &options);
-  av_dict_free(&options);
-  return error;
-}
-
-// Why a source cannot be opened, and what to do.
-std::string openingError(const VideoSource& source, int error) {
-  const bool isOtherFormat = error == AVERROR_INVALIDDATA || error == AVERROR(EINVAL);
-  const bool isRaw = source.path.size() > 4 &&
-                     source.path.compare(source.path.size() - 4, std::string::npos, ".yuv") == 0;
-  if (isOtherFormat && source.path == "-") return "standard input is no YUV4MPEG stream";
-  if (isOtherFormat && isRaw && source.rawWidth == 0)
-    return "raw video says nothing about itself: give --raw WIDTHxHEIGHT@FPS";
-  return ffmpegError(error);
 }
 
 // One rounding alone: 5 units of 1/100 are 0.05.
@@ -288,9 +257,10 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   listenToFfmpeg();
   AVFormatContext* container = avformat_alloc_context();
   container->opaque = &reader->log;
-  int error = openContainer(source, &container);
-  if (error < 0) return openingError(source, error);
+  const std::string refusal = openContainer(source, &reader->input, &container);
+  if (!refusal.empty()) return refusal;
   reader->container.reset(container);
+  int error = 0;
   {
     const Listening listening(container);
     error = avformat_find_stream_info(container, nullptr);
@@ -412,9 +382,7 @@ bool isTruncated(const VideoReader& reader) {
   if (reader.endsInDamage || (missing > tolerance && format != "ogg")) return true;
   // Of YUV4MPEG a part of a frame is passed over without a word.
   if (format == "yuv4mpegpipe" && avio_tell(container.pb) > reader.bytesRead) return true;
-  const std::string url = container.url;
-  return url.compare(0, sizeof FILE_ADDRESS - 1, FILE_ADDRESS) == 0 &&
-         lacksEnding(url.substr(sizeof FILE_ADDRESS - 1), format);
+  return lacksEnding(*reader.input.file, format);
 }
 
 int64_t framesMissingBehind(const VideoReader& reader, double time, double spacing) {

@@ -8,22 +8,15 @@
 #include <vector>
 
 #include "scan/numbers/unknown.h"
+#include "scan/video/containerInput.h"
 #include "scan/video/damageLog.h"
 #include "scan/video/ffmpeg.h"
-
-// Where a video comes from.
-struct VideoSource {
-  std::string path;     // "-": YUV4MPEG from standard input
-  int rawWidth = 0;     // 0: the file has headers. Else it is planar YUV 4:2:0, 8 bit, without any:
-  int rawHeight = 0;    // frames of this size
-  std::string rawRate;  // and so many per second, a number or a fraction
-  int stream = -1;      // the number of a stream of the file; negative: its main video
-};
 
 constexpr size_t MOST_BEFORE_KEY_FRAME = 10000;
 
 struct VideoReader {
-  DamageLog log;  // outlives what writes to it
+  DamageLog log;         // outlives what writes to it
+  ContainerInput input;  // and this what reads from it
   FfmpegOwner<AVFormatContext> container;
   FfmpegOwner<AVCodecContext> decoder;
   FfmpegOwner<AVPacket> packet;

@@ -267,7 +267,7 @@ const Stored& stored() {
     result.options.output = folder() + "/results";
     result.options.choice.thumbs = Thumbs::NONE;
     result.options.progress = ProgressStyle::NONE;
-    result.job.folder = resultFolder(result.options.output, result.job.source.path);
+    result.job.folder = resultFolder(result.options.output, result.job.source);
     const JobEnd end =
         runJob(result.job, settingsOf(result.options.choice), [](double, int64_t) {});
     require(end.outputError.empty(), "there is a result");

@@ -435,3 +435,81 @@ TEST(Commands, probeFoldersAndTheSoundOfFiles) {
   EXPECT_EQ(none.status, 3);
   EXPECT_EQ(none.err, "lumascan: cannot open \"nothing\": No such file or directory\n");
 }
+
+TEST(Commands, takeAMinusForStandardInput_butAFileOfThatNameForAFile) {
+  const TemporaryDirectory directory;
+  writeFile(directory.path + "/-", streamedVideo(directory));
+  makeBlack(directory, "b.mkv");
+  EXPECT_EQ(lumascan(directory, {".", "-q"}).status, 0);
+  const Json file = readJson(directory, "lumascan-results/-.lumascan/result.json");
+  EXPECT_EQ(file["input"]["path"], "./-");
+  EXPECT_EQ(file["analysis"]["frames"], 25);
+  EXPECT_TRUE(file["input"]["size"].is_number());
+  EXPECT_EQ(lumascan(directory, {"."}).out.find("./- (up to date)") == std::string::npos, false);
+  writeFile(directory.path + "/list", "-\n");
+  EXPECT_EQ(lumascan(directory, {"--files-from", "list", "-n"}).out,
+            "up to date  ./- -> lumascan-results/-.lumascan\n");
+  EXPECT_EQ(lumascan(directory, {"-", "-q"}, directory.path + "/-").status, 0);
+  const Json stream = readJson(directory, "lumascan-results/stdin.lumascan/result.json");
+  EXPECT_EQ(stream["input"]["path"], "-");
+  EXPECT_EQ(stream["analysis"]["frames"], 25);
+  EXPECT_TRUE(stream["input"]["size"].is_null());
+}
+
+TEST(Commands, readStandardInputFromWhereItStands) {
+  const TemporaryDirectory directory;
+  const std::string video = streamedVideo(directory);
+  writeFile(directory.path + "/text and video", "a line\n" + video);
+  const auto passOver = [] { lseek(STDIN_FILENO, 7, SEEK_SET); };
+  EXPECT_EQ(lumascan(directory, {"-", "-q"}, directory.path + "/text and video", passOver).status,
+            0);
+  EXPECT_EQ(
+      readJson(directory, "lumascan-results/stdin.lumascan/result.json")["analysis"]["frames"], 25);
+}
+
+TEST(Commands, followNoPlaylist_whateverItIsCalled) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "other.mp4");
+  fs::create_directory(directory.path + "/films");
+  writeFile(directory.path + "/films/holiday.mp4",
+            "ffconcat version 1.0\nfile '" + directory.path + "/other.mp4'\n");
+  const ProgramRun run = lumascan(directory, {"films"});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.err,
+            "lumascan: \"films/holiday.mp4\": it is a playlist, no video: name the videos "
+            "themselves\n");
+  const Json result = resultOf(directory, "films/holiday.mp4");
+  EXPECT_EQ(result["status"], "failed");
+  EXPECT_TRUE(result["analysis"].is_null());
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/films/holiday.mp4.lumascan/thumbs"));
+}
+
+TEST(Commands, measureTheFileThatWasOpened_whenAnotherOneTakesItsName) {
+  const TemporaryDirectory directory;
+  const std::string video = streamedVideo(directory);
+  makeFifo(directory, "a.y4m");
+  RunningScan scan(directory, {"a.y4m", "--progress", "none"});
+  waitForWorkers(scan, 1);
+  {
+    const Feed source(scan, directory.path + "/a.y4m");
+    feed(source, video.substr(0, video.size() / 2));
+    fs::rename(directory.path + "/a.y4m", directory.path + "/old.y4m");
+    makeBlack(directory, "a.y4m");
+    feed(source, video.substr(video.size() / 2));
+  }
+  EXPECT_EQ(endOf(&scan).status, 0);
+  EXPECT_EQ(resultOf(directory, "a.y4m")["analysis"]["frames"], 25);
+}
+
+TEST(Commands, probeInAProcessOfItsOwn) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "b.mp4");
+  makeFifo(directory, "a.y4m");
+  RunningScan probe(directory, {"probe", "a.y4m", "b.mp4"});
+  waitUntil(probe, "its child", [&] { return workersOf(probe).size() == 1; });
+  kill(workersOf(probe).at(0), SIGSEGV);
+  const ProgramRun run = endOf(&probe);
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.err, "lumascan: \"a.y4m\": its probe ended by signal 11 (Segmentation fault)\n");
+  EXPECT_EQ(run.out.substr(0, 6), "b.mp4\n");
+}

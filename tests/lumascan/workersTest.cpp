@@ -1,6 +1,7 @@
 // Worker processes: what they say, what is done to them, and what becomes of their files.
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -36,7 +37,35 @@ int oomScoreOf(const std::string& process) {
   return score;
 }
 
+// What a process has open beside its standard streams.
+std::vector<std::string> openBy(pid_t process) {
+  std::vector<std::string> open;
+  for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(process) + "/fd")) {
+    const int number = std::stoi(entry.path().filename());
+    if (number > STDERR_FILENO) open.push_back(fs::read_symlink(entry.path()));
+  }
+  std::sort(open.begin(), open.end());
+  return open;
+}
+
 }  // namespace
+
+TEST(Workers, haveOpenWhatTheyNeed_andNothingOfOthers) {
+  const TemporaryDirectory directory;
+  const std::string folder = fs::canonical(directory.path).string();
+  makeFifo(directory, "a.y4m");
+  makeFifo(directory, "b.y4m");
+  RunningScan scan(directory, {"a.y4m", "b.y4m", "-j", "2", "--formats", "json"});
+  const std::vector<pid_t> workers = waitForWorkers(scan, 2);
+  for (size_t i = 0; i < 2; ++i) {
+    // Its video and the pipe on which it tells how far it is.
+    waitUntil(scan, "a worker that waits for its video",
+              [&] { return openBy(workers[i]).size() == 2; });
+    const std::vector<std::string> open = openBy(workers[i]);
+    EXPECT_EQ(open[0], folder + (i == 0 ? "/a.y4m" : "/b.y4m"));
+    EXPECT_EQ(open[1].substr(0, 5), "pipe:") << open[1];
+  }
+}
 
 TEST(Workers, areGivenUpAfterTwoAttempts_withTheLastFiveLinesThatTheSecondSaid) {
   const TemporaryDirectory directory;

@@ -31,7 +31,9 @@ struct Findings {
 
 Findings find(const Options& options) {
   Findings findings;
-  findings.files = findInputs(options, &findings.problems);
+  for (const VideoSource& source : findInputs(options, &findings.problems)) {
+    findings.files.push_back((source.isStandardInput ? "standard input: " : "") + source.path);
+  }
   return findings;
 }
 
@@ -240,7 +242,7 @@ TEST(FindInputs, takesEachFileOnce_howeverItIsNamed) {
   makeFiles({"clips/a.mp4", "clips/b.mp4"});
   EXPECT_EQ(filesOf({"clips/b.mp4", "clips", "./clips/../clips/a.mp4",
                      here.directory.path + "/clips/b.mp4", "-", "-"}),
-            Names({"clips/b.mp4", "clips/a.mp4", "-"}));
+            Names({"clips/b.mp4", "clips/a.mp4", "standard input: -"}));
 }
 
 TEST(FindInputs, saysWhoseResultsWouldGoToTheSameFolder) {

@@ -69,39 +69,44 @@ std::string storeWithRows(const std::string& folder, const VideoResult& result) 
   return error;
 }
 
+std::string folderOf(const std::string& output, const std::string& path) {
+  return resultFolder(output, {path, 0, 0, "", -1, false, nullptr});
+}
+
 }  // namespace
 
 TEST(ResultFolder, isBelowTheFolderOfAllResults_byThePathFromHere) {
   const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "a.mp4"), "out/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "clips/a.mp4"), "out/clips/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("/out/", "./clips//a.mp4"), "/out/clips/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", here.directory.path + "/clips/a.mp4"), "out/clips/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "a.mp4"), "out/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "clips/a.mp4"), "out/clips/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("/out/", "./clips//a.mp4"), "/out/clips/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", here.directory.path + "/clips/a.mp4"), "out/clips/a.mp4.lumascan");
 }
 
 TEST(ResultFolder, hasThePathFromTheRoot_ofFilesElsewhere) {
   const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "/mnt/clips/a.mp4"), "out/mnt/clips/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "/mnt/clips/a.mp4"), "out/mnt/clips/a.mp4.lumascan");
   const std::string beside = fs::path(here.directory.path).parent_path().relative_path().string();
-  EXPECT_EQ(resultFolder("out", "../a.mp4"), "out/" + beside + "/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "../a.mp4"), "out/" + beside + "/a.mp4.lumascan");
 }
 
 TEST(ResultFolder, neverLeavesTheFolderOfAllResults) {
   const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "clips/../a.mp4"), "out/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "clips/../../../../../../../../a.mp4"), "out/a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "/../a.mp4"), "out/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "clips/../a.mp4"), "out/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "clips/../../../../../../../../a.mp4"), "out/a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "/../a.mp4"), "out/a.mp4.lumascan");
 }
 
 TEST(ResultFolder, takesNamesThatBeginWithDotsForNames) {
   const CurrentFolder here;
-  EXPECT_EQ(resultFolder("out", "..a.mp4"), "out/..a.mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "..clips/a..mp4"), "out/..clips/a..mp4.lumascan");
-  EXPECT_EQ(resultFolder("out", "...mp4"), "out/...mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "..a.mp4"), "out/..a.mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "..clips/a..mp4"), "out/..clips/a..mp4.lumascan");
+  EXPECT_EQ(folderOf("out", "...mp4"), "out/...mp4.lumascan");
 }
 
 TEST(ResultFolder, hasANameForStandardInput) {
-  EXPECT_EQ(resultFolder("out", "-"), "out/stdin.lumascan");
+  EXPECT_EQ(resultFolder("out", {"-", 0, 0, "", -1, true, nullptr}), "out/stdin.lumascan");
+  EXPECT_EQ(folderOf("out", "./-"), "out/-.lumascan");
 }
 
 TEST(StoredResult, comesBack) {

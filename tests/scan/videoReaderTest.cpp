@@ -335,11 +335,13 @@ TEST(VideoReader, saysWhyThereIsNothingToRead) {
   writeFile(directory.path + "/empty.mp4", "");
   EXPECT_EQ(openError(directory.path + "/empty.mp4"), "Invalid data found when processing input");
   ffmpeg(directory, {"-f", "lavfi", "-i", "sine=duration=1", "sound.wav"});
-  EXPECT_EQ(openError(directory.path + "/sound.wav"), "there is no video in it");
+  EXPECT_EQ(openError(directory.path + "/sound.wav"),
+            "there is no video in it, but what FFmpeg calls \"wav\"");
   makeClip(directory, "cover.png", {"-frames:v", "1"});
   ffmpeg(directory, {"-i", "sound.wav", "-i", "cover.png", "-map", "0", "-map", "1", "-c:v", "copy",
                      "cover.mp3"});
-  EXPECT_EQ(openError(directory.path + "/cover.mp3"), "there is no video in it");
+  EXPECT_EQ(openError(directory.path + "/cover.mp3"),
+            "there is no video in it, but what FFmpeg calls \"mp3\"");
   ffmpeg(directory,
          {"-i", "cover.png", "-c", "copy", "-disposition:v", "attached_pic", "cover.m4a"});
   EXPECT_EQ(openError(directory.path + "/cover.m4a"), "there is no video in it");

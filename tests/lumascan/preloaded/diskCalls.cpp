@@ -47,13 +47,13 @@ void note(const std::string& line) {
   close(log);
 }
 
-// How many of `size` bytes at the place of a descriptor can be read.
-size_t readableBytes(int descriptor, size_t size) {
+// How many of `size` bytes of a file at a place can be read.
+size_t readableBytes(int descriptor, off_t place, size_t size) {
   const char* const setting = getenv("DISK_ERROR");
   if (setting == nullptr) return size;
   const char* const part = strchr(setting, ':') + 1;
   if (pathOf(descriptor).find(part) == std::string::npos) return size;
-  const off_t ahead = atoll(setting) - lseek(descriptor, 0, SEEK_CUR);
+  const off_t ahead = atoll(setting) - place;
   return ahead <= 0 ? 0 : std::min(size, static_cast<size_t>(ahead));
 }
 
@@ -76,11 +76,21 @@ int rename(const char* from, const char* to) noexcept {
 }
 
 ssize_t read(int descriptor, void* bytes, size_t size) {
-  const size_t readable = readableBytes(descriptor, size);
+  const size_t readable = readableBytes(descriptor, lseek(descriptor, 0, SEEK_CUR), size);
   if (readable == 0 && size > 0) {
     errno = EIO;
     return -1;
   }
   return original<decltype(read)>("read")(descriptor, bytes, readable);
+}
+
+// By the name that it has where places have 64 bits.
+ssize_t pread(int descriptor, void* bytes, size_t size, off_t place) {
+  const size_t readable = readableBytes(descriptor, place, size);
+  if (readable == 0 && size > 0) {
+    errno = EIO;
+    return -1;
+  }
+  return original<decltype(pread)>("pread64")(descriptor, bytes, readable, place);
 }
 }
