@@ -1,31 +1,18 @@
 #include "scan/files/outputFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 
 #include "scan/files/names.h"
+#include "scan/files/temporaryName.h"
 
 namespace {
-
-constexpr char TEMPORARY[] = ".part";  // the process's number follows
-
-// A name is on the disk when its folder is.
-bool syncFolder(const std::string& path) {
-  const std::string parent = std::filesystem::path(path).parent_path();
-  const int folder =
-      open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0) return false;
-  const bool isSynced = fsync(folder) == 0;
-  const int error = errno;
-  close(folder);
-  errno = error;
-  return isSynced;
-}
 
 // Whether everything that was written has reached the disk. Closes the stream.
 bool finish(FILE* stream) {
@@ -39,31 +26,54 @@ bool finish(FILE* stream) {
   return isWritten && isClosed;
 }
 
+// Keeps errno.
+void closeFolder(OutputFile* file) {
+  const int error = errno;
+  close(file->folder);
+  file->folder = -1;
+  errno = error;
+}
+
 }  // namespace
 
+OutputFile::~OutputFile() {
+  if (stream != nullptr) discardOutput(this);
+}
+
 bool openOutput(const std::string& path, OutputFile* file) {
+  const std::filesystem::path place = path;
+  const std::string folder = place.has_parent_path() ? place.parent_path().string() : ".";
   file->path = path;
-  file->temporaryPath = path + TEMPORARY + std::to_string(getpid());
-  file->stream = std::fopen(file->temporaryPath.c_str(), "we");
+  file->temporaryName = temporaryName(place.filename());
+  file->folder = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file->folder < 0) return false;
+  const int descriptor = openat(file->folder, file->temporaryName.c_str(),
+                                O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+  if (descriptor >= 0) file->stream = fdopen(descriptor, "w");
+  if (file->stream == nullptr) closeFolder(file);
   return file->stream != nullptr;
 }
 
 bool commitOutput(OutputFile* file) {
-  const bool isWhole = finish(file->stream);
+  const std::string name = std::filesystem::path(file->path).filename();
+  const char* const temporary = file->temporaryName.c_str();
+  bool isGood = finish(file->stream);
   file->stream = nullptr;
-  if (isWhole && std::rename(file->temporaryPath.c_str(), file->path.c_str()) == 0) {
-    return syncFolder(file->path);
-  }
+  isGood = isGood && renameat(file->folder, temporary, file->folder, name.c_str()) == 0;
   const int error = errno;
-  std::remove(file->temporaryPath.c_str());
+  if (!isGood) unlinkat(file->folder, temporary, 0);
   errno = error;
-  return false;
+  // A name is on the disk when its folder is.
+  isGood = isGood && fsync(file->folder) == 0;
+  closeFolder(file);
+  return isGood;
 }
 
 void discardOutput(OutputFile* file) {
   std::fclose(file->stream);
   file->stream = nullptr;
-  std::remove(file->temporaryPath.c_str());
+  unlinkat(file->folder, file->temporaryName.c_str(), 0);
+  closeFolder(file);
 }
 
 std::string writeOutput(const std::string& path, const std::function<void(FILE*)>& write) {
@@ -81,13 +91,12 @@ void writeText(std::string_view text, FILE* out) {
 }
 
 void removeLeftovers(const std::string& folder) {
+  const std::time_t now = std::time(nullptr);
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-    const std::string extension = entry.path().extension().string();
-    const std::string number = extension.substr(std::min(sizeof TEMPORARY - 1, extension.size()));
-    const bool isTemporary = extension.compare(0, sizeof TEMPORARY - 1, TEMPORARY) == 0 &&
-                             !number.empty() &&
-                             number.find_first_not_of("0123456789") == std::string::npos;
-    if (isTemporary && entry.is_regular_file(error)) std::filesystem::remove(entry.path(), error);
+    struct stat facts = {};
+    const bool isFile = lstat(entry.path().c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+    if (isFile && isLeftover(entry.path().filename(), facts.st_mtime, now))
+      std::filesystem::remove(entry.path(), error);
   }
 }

@@ -7,14 +7,22 @@
 #include <string>
 #include <string_view>
 
-// Written beside its name, with ".part" and the process's number behind it.
+// Written beside its name under another one (temporaryName.h). One that is neither committed nor
+// discarded is discarded with the record.
 struct OutputFile {
-  FILE* stream;
+  OutputFile() = default;
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  FILE* stream = nullptr;
   std::string path;
-  std::string temporaryPath;
+  int folder = -1;            // that it is in, open: what becomes of the folder's name is the same
+  std::string temporaryName;  // in that
 };
 
-// Starts a file. False, with errno set, when it cannot be created.
+// Starts a file. False, with errno set, when it cannot be created. Follows no link and takes no
+// place of another file.
 bool openOutput(const std::string& path, OutputFile* file);
 
 // Sees that all is on the disk, then gives the file its name, in place of what had it before.
@@ -33,7 +41,8 @@ std::string writeOutput(const std::string& path, const std::function<void(FILE*)
 // Writes all of a text.
 void writeText(std::string_view text, FILE* out);
 
-// Removes what processes that were killed have left of files in the folder.
+// Removes what processes that are gone have left of files in the folder: what they had not
+// finished.
 void removeLeftovers(const std::string& folder);
 
 #endif

@@ -43,10 +43,7 @@ JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,
   VideoResult result =
       analyseSource(job.source, analysis, threads, hasRows ? rows.stream : nullptr, onProgress);
   const std::optional<AnalysisFacts>& facts = result.record.analysis;
-  if (facts && facts->endedBy == AnalysisEnd::DAMAGE) {
-    if (hasRows) discardOutput(&rows);
-    return {true, ""};
-  }
+  if (facts && facts->endedBy == AnalysisEnd::DAMAGE) return {true, ""};
   return judgeAndStore(job, settings, hasRows ? &rows : nullptr, &result);
 }
 
@@ -57,7 +54,6 @@ JobEnd runJob(const ScanJob& job, const ScanSettings& settings,
   try {
     return analyseAndStore(job, settings, onProgress);
   } catch (const std::system_error& error) {  // the columns' temporary files, for one
-    removeLeftovers(job.folder);
     return {false, error.what()};
   }
 }

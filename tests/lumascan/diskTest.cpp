@@ -59,7 +59,10 @@ TEST(Disk, hasEachFileBeforeItsName_andTheNameBeforeTheNextFile) {
     const std::string& temporary = renamed[2];
     const std::string& path = renamed[3];
     EXPECT_EQ(renamed[0], "rename");
-    EXPECT_EQ(temporary.substr(0, path.size() + 5), path + ".part");
+    const fs::path whole = path;
+    const std::string beside =
+        whole.parent_path() / ("." + whole.filename().string() + ".lumascan-");
+    EXPECT_EQ(temporary.substr(0, beside.size()), beside);
     EXPECT_EQ(bytes, std::to_string(fs::file_size(path))) << path;
     EXPECT_EQ(fieldsOf(steps[i]), (Fields{"fsync", bytes, temporary}));
     EXPECT_EQ(fieldsOf(steps[i + 2]), (Fields{"fsync", "0", fs::path(path).parent_path()}));

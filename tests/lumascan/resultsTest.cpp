@@ -315,15 +315,24 @@ TEST(Results, standBesideNoLeftovers_butBesideAllElse) {
   ASSERT_EQ(lumascan(directory, {"b.mkv", "-q"}).status, 0);
   const std::string results = directory.path + "/lumascan-results/";
   fs::create_directory(results + "a.mkv.lumascan");
-  // ".part" and a number end the names of files that are being written.
-  const std::vector<std::string> leftovers = {"index.html.part123", "a.mkv.lumascan/rows.tsv.part4",
-                                              "a.mkv.lumascan/result.json.part5"};
-  const std::vector<std::string> others = {"notes.txt", "index.html.part", "index.html.part1a",
-                                           "a.mkv.lumascan/rows.tsv.part4.old",
-                                           "b.mkv.lumascan/rows.tsv.part6"};
+  // Of another machine, where nobody has touched them for a day.
+  const std::string form = ".lumascan-there-4-0123456789abcdef.part";
+  const std::vector<std::string> leftovers = {".index.html" + form,
+                                              "a.mkv.lumascan/.rows.tsv" + form,
+                                              "a.mkv.lumascan/.result.json" + form};
+  const std::vector<std::string> others = {"notes.txt",
+                                           "holiday.part1",
+                                           "index.html.part",
+                                           "a.mkv.lumascan/rows.tsv.part4",
+                                           "a.mkv.lumascan/.rows.tsv" + form + ".old",
+                                           "b.mkv.lumascan/.rows.tsv" + form};
   for (const char* const formats : {"csv,html", "json"}) {
     SCOPED_TRACE(formats);
-    for (const std::string& name : leftovers) writeFile(results + name, "cut");
+    for (const std::string& name : leftovers) {
+      writeFile(results + name, "cut");
+      fs::last_write_time(results + name,
+                          fs::file_time_type::clock::now() - std::chrono::hours(25));
+    }
     for (const std::string& name : others) writeFile(results + name, "kept");
     // Nothing is written for b.mkv, which is up to date with the formats that are the usual ones.
     ASSERT_EQ(lumascan(directory, {"a.mkv", "-q", "--force", "--formats", formats}).status, 0);

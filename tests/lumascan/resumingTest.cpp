@@ -291,17 +291,17 @@ TEST(Resuming, comesToTheSameEnd_whateverIsKilledOnTheWay) {
   // What has just appeared when something is killed: a part of a name in a folder.
   const std::vector<std::pair<std::string, std::string>> moments = {
       {"", ""},
-      {"a.mp4.lumascan", "rows.tsv.part"},
-      {"b.mp4.lumascan", "rows.tsv.part"},
+      {"a.mp4.lumascan", ".rows.tsv.lumascan-"},
+      {"b.mp4.lumascan", ".rows.tsv.lumascan-"},
       {"a.mp4.lumascan", "frames.csv"},
       {"b.mp4.lumascan", "thumbs"},
-      {"a.mp4.lumascan", "report.html.part"},
+      {"a.mp4.lumascan", ".report.html.lumascan-"},
       {"a.mp4.lumascan", "result.json"},
-      {"c.mp4.lumascan", "rows.tsv.part"},
+      {"c.mp4.lumascan", ".rows.tsv.lumascan-"},
       {"c.mp4.lumascan", "events.csv"},
       {"d.mp4.lumascan", "report.html"},
       {"d.mp4.lumascan", "result.json"},
-      {"", "index.html.part"}};
+      {"", ".index.html.lumascan-"}};
   for (size_t round = 0; round < moments.size(); ++round) {
     const auto& [folder, part] = moments[round];
     SCOPED_TRACE(part);

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <vector>
 
@@ -52,6 +54,18 @@ TEST(OutputFile, leavesNothing_whenItIsDiscarded) {
   std::fputs("new", file.stream);
   discardOutput(&file);
   EXPECT_EQ(filesIn(directory), 0);
+}
+
+TEST(OutputFile, leavesNothing_whenItIsGivenUpWithoutAWord) {
+  const TemporaryDirectory directory;
+  const size_t before = openFiles();
+  {
+    OutputFile file;
+    ASSERT_TRUE(openOutput(directory.path + "/rows.tsv", &file));
+    EXPECT_EQ(filesIn(directory), 1);
+  }
+  EXPECT_EQ(filesIn(directory), 0);
+  EXPECT_EQ(openFiles(), before);
 }
 
 TEST(OutputFile, takesANameWithoutFolder) {
@@ -187,32 +201,75 @@ TEST(WriteOutput, saysThatThereWasAnError_whenItsReasonIsOver) {
   EXPECT_EQ(filesIn(directory), 0);
 }
 
-TEST(RemoveLeftovers, removesWhatHasTheFormOfATemporaryFile) {
+TEST(OutputFile, takesNoPlaceOfAnother_andFollowsNoLink) {
   const TemporaryDirectory directory;
+  const std::string other = directory.path + "/other";
+  writeFile(other, "mine");
+  // A link in the place of the result gives way; what it leads to stays.
+  std::filesystem::create_symlink(other, directory.path + "/rows.tsv");
+  EXPECT_EQ(writeOutput(directory.path + "/rows.tsv", [](FILE* out) { std::fputs("new", out); }),
+            "");
+  EXPECT_EQ(readFile(other), "mine");
+  EXPECT_FALSE(std::filesystem::is_symlink(directory.path + "/rows.tsv"));
+  EXPECT_EQ(readFile(directory.path + "/rows.tsv"), "new");
+}
+
+TEST(OutputFile, staysInItsFolder_whateverBecomesOfTheFoldersName) {
+  const TemporaryDirectory directory;
+  std::filesystem::create_directories(directory.path + "/first");
   OutputFile file;
-  ASSERT_TRUE(openOutput(directory.path + "/rows.tsv", &file));
-  std::fclose(file.stream);
-  writeFile(directory.path + "/page.part1", "");
+  ASSERT_TRUE(openOutput(directory.path + "/first/rows.tsv", &file));
+  std::fputs("new", file.stream);
+  std::filesystem::rename(directory.path + "/first", directory.path + "/moved");
+  std::filesystem::create_directories(directory.path + "/first");
+  EXPECT_TRUE(commitOutput(&file));
+  EXPECT_EQ(readFile(directory.path + "/moved/rows.tsv"), "new");
+  EXPECT_TRUE(std::filesystem::is_empty(directory.path + "/first"));
+}
+
+TEST(OutputFile, mayHaveAsLongANameAsThereCanBe) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.path + "/" + std::string(255, 'x');
+  EXPECT_EQ(writeOutput(path, [](FILE* out) { std::fputs("new", out); }), "");
+  EXPECT_EQ(readFile(path), "new");
+}
+
+TEST(RemoveLeftovers, removesWhatADeadProcessHasLeft_andNothingThatIsBeingWritten) {
+  const TemporaryDirectory directory;
+  const pid_t dead = fork();
+  if (dead == 0) {
+    OutputFile file;
+    _exit(openOutput(directory.path + "/rows.tsv", &file) ? 0 : 1);
+  }
+  OutputFile living;
+  ASSERT_TRUE(openOutput(directory.path + "/rows.tsv", &living));
+  int status = -1;
+  waitpid(dead, &status, 0);
+  ASSERT_EQ(status, 0);
   ASSERT_EQ(filesIn(directory), 2);
   removeLeftovers(directory.path);
-  EXPECT_EQ(filesIn(directory), 0);
+  EXPECT_EQ(filesIn(directory), 1);
+  EXPECT_TRUE(commitOutput(&living));
 }
 
 TEST(RemoveLeftovers, removesNothingElse) {
   const TemporaryDirectory directory;
-  const std::vector<std::string> names = {"rows.tsv", "a.part",   "a.part1b", "a.part1.tsv",
-                                          "a.Part1",  "a.part-1", "a.part 1", "apart1",
-                                          ".part1",   "a.part1~", "a.partly", "part1"};
-  for (const std::string& name : names) writeFile(directory.path + "/" + name, "");
-  std::filesystem::create_directory(directory.path + "/folder.part1");
-  std::filesystem::create_directory(directory.path + "/folder");
-  writeFile(directory.path + "/folder/below.part1", "");
+  const std::vector<std::string> names = {"holiday.part1",  "rows.tsv.part123",
+                                          ".rows.tsv.part", "film.part",
+                                          ".lumascan-",     "x.lumascan-a-1-2.part"};
+  for (const std::string& name : names) {
+    writeFile(directory.path + "/" + name, "");
+    std::filesystem::last_write_time(
+        directory.path + "/" + name,
+        std::filesystem::file_time_type::clock::now() - std::chrono::hours(1000));
+  }
+  const std::string form = ".a.lumascan-there-7-0123456789abcdef.part";
+  std::filesystem::create_directory(directory.path + "/" + form);
   removeLeftovers(directory.path);
   for (const std::string& name : names) {
     EXPECT_TRUE(std::filesystem::exists(directory.path + "/" + name)) << name;
   }
-  EXPECT_TRUE(std::filesystem::exists(directory.path + "/folder.part1"));
-  EXPECT_TRUE(std::filesystem::exists(directory.path + "/folder/below.part1"));
+  EXPECT_TRUE(std::filesystem::is_directory(directory.path + "/" + form));
 }
 
 TEST(RemoveLeftovers, doesNothing_whereThereIsNoFolder) {

@@ -341,7 +341,9 @@ TEST(StoredResult, isRemovedWithTheFoldersThatAreEmptyThen) {
   ASSERT_EQ(storeWithRows(first, result), "");
   ASSERT_EQ(storeWithRows(second, result), "");
   // Of a process that was killed, and of somebody else.
-  writeFile(first + "/frames.csv.part7", "");
+  writeFile(first + "/.frames.csv.lumascan-there-7-0123456789abcdef.part", "");
+  fs::last_write_time(first + "/.frames.csv.lumascan-there-7-0123456789abcdef.part",
+                      fs::file_time_type::clock::now() - std::chrono::hours(25));
   writeFile(second + "/note.txt", "");
   writeFile(second + "/thumbs/best.jpg", "");
   EXPECT_EQ(removeResult(first, all), "");

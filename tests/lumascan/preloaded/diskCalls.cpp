@@ -68,11 +68,13 @@ int fsync(int descriptor) {
   return original<decltype(fsync)>("fsync")(descriptor);
 }
 
-int rename(const char* from, const char* to) noexcept {
+int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept {
   struct stat file = {};
-  stat(from, &file);
-  note(stepOn("rename", file) + from + '\t' + to + '\n');
-  return original<int(const char*, const char*)>("rename")(from, to);
+  fstatat(fromFolder, from, &file, 0);
+  note(stepOn("rename", file) + pathOf(fromFolder) + '/' + from + '\t' + pathOf(toFolder) + '/' +
+       to + '\n');
+  return original<int(int, const char*, int, const char*)>("renameat")(fromFolder, from, toFolder,
+                                                                       to);
 }
 
 ssize_t read(int descriptor, void* bytes, size_t size) {
