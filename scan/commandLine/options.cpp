@@ -224,6 +224,8 @@ void addScan(CLI::App* app, Options* options) {
       ->check(refuseNan);
   app->add_flag("--force", options->isForced, "analyse what is up to date, too");
   app->add_flag("-n,--dry-run", options->isDryRun, "say what would be done, and do nothing");
+  app->add_flag("--take-over", options->isTakenOver,
+                "write results to a folder that has other files in it");
   app->add_flag("--json", options->printsJson, "print the summary as JSON");
   addJudgement(app, options);
 }

@@ -81,7 +81,7 @@ int prune(const Options& options, const std::string& results) {
     return INPUT_PROBLEM;
   }
   std::string error;
-  const int lock = lockFolder(results, &error);
+  const int lock = lockFolder(results, false, &error);
   if (lock < 0) {
     complain(error);
     return OUTPUT_PROBLEM;

@@ -29,6 +29,7 @@ size_t coresHere() {
 Task makeTask(const Options& options, const ScanSettings& settings, const VideoSource& source) {
   Task task;
   task.job.source = source;
+  task.job.output = options.output;
   task.job.folder = resultFolder(options.output, source);
   std::error_code ignored;
   const uintmax_t size = source.isStandardInput ? 0 : fs::file_size(source.path, ignored);
@@ -157,7 +158,7 @@ int runScan(const Options& options) {
   if (tasks.empty()) return INPUT_PROBLEM;
 
   std::string lockError;
-  const int lock = lockFolder(options.output, &lockError);
+  const int lock = lockFolder(options.output, options.isTakenOver, &lockError);
   if (lock < 0) {
     complain(lockError);
     return OUTPUT_PROBLEM;

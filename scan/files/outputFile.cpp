@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -84,6 +86,15 @@ std::string writeOutput(const std::string& path, const std::function<void(FILE*)
     isGood = commitOutput(&file);
   }
   return isGood ? "" : "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
+}
+
+bool isOfWholeDisk(const std::string& error) {
+  constexpr std::array CODES = {ENOSPC, EDQUOT, EROFS, EIO};
+  return std::any_of(CODES.begin(), CODES.end(), [&](int code) {
+    const std::string reason = std::strerror(code);
+    return error.size() >= reason.size() &&
+           error.compare(error.size() - reason.size(), reason.size(), reason) == 0;
+  });
 }
 
 void writeText(std::string_view text, FILE* out) {

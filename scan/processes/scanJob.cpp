@@ -25,6 +25,8 @@ JobEnd judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFil
 
 JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,
                        const ProgressListener& onProgress) {
+  std::string mistake = makeResultFolder(job.output, job.folder);
+  if (!mistake.empty()) return {false, mistake};
   removeLeftovers(job.folder);
   VideoResult stored;
   if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {

@@ -15,7 +15,8 @@ struct ScanSettings {
 
 struct ScanJob {
   VideoSource source;
-  std::string folder;  // of its results
+  std::string output;  // the folder of all results
+  std::string folder;  // of this one's, below it
   Freshness freshness = Freshness::STALE;
   bool isThreaded = false;
   int decoderThreads = 1;

@@ -29,7 +29,7 @@ struct Run {
   std::vector<Clock::time_point> lastNews;  // of each task's worker
   int stopSignal = 0;                       // no task is started any more
   bool isKilling = false;                   // nor goes on
-  bool hasOutputError = false;
+  bool isDiskLost = false;
 };
 
 std::string nameOf(const Task& task) {
@@ -45,7 +45,7 @@ size_t running(const std::vector<Task>& tasks) {
 void finish(Run* run, Task* task) {
   task->job.source.file.reset();
   task->state = TaskState::FINISHED;
-  run->hasOutputError = run->hasOutputError || !task->outputError.empty();
+  run->isDiskLost = run->isDiskLost || isOfWholeDisk(task->outputError);
   run->listener.onFinished(*run->tasks, *task);
 }
 
@@ -68,6 +68,8 @@ void storeFailure(const Run& run, const std::string& what, Task* task) {
   std::string error = "its analysis was given up after two attempts: " + what;
   if (!lines.empty()) error += "; last message: " + lines.back();
   VideoResult result = failedResult(task->job.source, run.settings.analysis, error);
+  task->outputError = makeResultFolder(task->job.output, task->job.folder);
+  if (!task->outputError.empty()) return;
   removeLeftovers(task->job.folder);
   judgeResult(run.settings.thresholds, &result);
   result.record.outputs = run.settings.outputs;
@@ -130,7 +132,7 @@ void startTasks(Run* run) {
   for (int attempts = 0; attempts < MOST_ATTEMPTS; ++attempts) {
     for (size_t i = 0; i < run->tasks->size(); ++i) {
       const Task& task = (*run->tasks)[i];
-      if (run->stopSignal != 0 || run->hasOutputError || running(*run->tasks) >= run->limits.jobs)
+      if (run->stopSignal != 0 || run->isDiskLost || running(*run->tasks) >= run->limits.jobs)
         return;
       if (task.state == TaskState::WAITING && task.attempts == attempts) startTask(run, i);
     }

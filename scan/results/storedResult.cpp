@@ -1,6 +1,8 @@
 #include "scan/results/storedResult.h"
 
+#include <fmt/core.h>
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -105,6 +107,24 @@ void writeResultJson(const VideoResult& result, FILE* out) {
   writeText("\n}\n", out);
 }
 
+// A folder of videos may be called like a file over all results.
+std::string unlikeOwnFiles(const std::string& name, bool isAtTop) {
+  constexpr std::array OWN = {"index.html", "summary.csv", "events.csv", "run.json"};
+  return isAtTop && std::find(OWN.begin(), OWN.end(), name) != OWN.end() ? name + "~" : name;
+}
+
+// The name, or where no folder could have it with its ending behind it, what there is room for and
+// a number for the whole of it.
+std::string shortName(const std::string& name) {
+  constexpr size_t LONGEST = 255 - (sizeof ".lumascan" - 1);  // bytes
+  if (name.size() <= LONGEST) return name;
+  // FNV-1a of 64 bits.
+  uint64_t number = 0xcbf29ce484222325;
+  for (const char c : name) number = (number ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  const std::string digits = fmt::format("~{:016x}", number);
+  return name.substr(0, LONGEST - digits.size()) + digits;
+}
+
 }  // namespace
 
 std::string resultFolder(const std::string& output, const VideoSource& source) {
@@ -113,7 +133,10 @@ std::string resultFolder(const std::string& output, const VideoSource& source) {
   const fs::path fromHere = absolute.lexically_relative(fs::current_path());
   const bool isBelow = !fromHere.empty() && *fromHere.begin() != "..";
   const fs::path relative = isBelow ? fromHere : absolute.relative_path();
-  return (fs::path(output) / relative).string() + ".lumascan";
+  fs::path folder = output;
+  for (const fs::path& name : relative.parent_path())
+    folder /= unlikeOwnFiles(name, folder == output);
+  return folder / (shortName(relative.filename()) + ".lumascan");
 }
 
 bool hasFiles(const fs::path& folder, std::initializer_list<const char*> names) {
@@ -193,9 +216,19 @@ std::string removeResult(const std::string& folder, const std::string& results) 
   return "";
 }
 
+std::string makeResultFolder(const std::string& output, const std::string& folder) {
+  fs::path place = output;
+  for (const fs::path& name : fs::path(folder).lexically_relative(output)) {
+    place /= name;
+    std::error_code ignored;
+    if (fs::is_symlink(place, ignored))
+      return "\"" + printableName(place.string()) +
+             "\" is a link: results are not written through it";
+  }
+  return makeFolder(folder);
+}
+
 std::string beginRows(const std::string& folder, OutputFile* rows) {
-  std::string error = makeFolder(folder);
-  if (!error.empty()) return error;
   const std::string path = (fs::path(folder) / "rows.tsv").string();
   if (openOutput(path, rows)) return "";
   return "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);

@@ -10,7 +10,8 @@
 #include "scan/record/videoResult.h"
 
 // Where the results of a video go: its path from the current folder, or from the root where it is
-// not below it, below the folder of all results; or "stdin".
+// not below it, below the folder of all results; or "stdin". A name that would be too long is cut,
+// and what the folder of all results has of its own is not given to others.
 std::string resultFolder(const std::string& output, const VideoSource& source);
 
 // What a stored result is good for.
@@ -36,7 +37,11 @@ std::string readResult(const std::string& folder, VideoResult* result);
 // The pictures that are stored.
 Thumbnails readThumbnails(const std::string& folder);
 
-// Makes the folder and begins rows.tsv in it. Returns an empty text, or what went wrong.
+// Makes a result's folder below that of all results. A link on the way is refused: what is at its
+// other end is not lumascan's. Returns an empty text, or what went wrong.
+std::string makeResultFolder(const std::string& output, const std::string& folder);
+
+// Begins rows.tsv in the folder. Returns an empty text, or what went wrong.
 std::string beginRows(const std::string& folder, OutputFile* rows);
 
 // Removes a result's files and its folder, and those above it, below `results`, that are empty

@@ -78,11 +78,26 @@ TEST(Disk, hasEachFileBeforeItsName_andTheNameBeforeTheNextFile) {
   EXPECT_EQ(named.back(), results + "/run.json");
   std::vector<std::string> files;
   for (const auto& entry : fs::recursive_directory_iterator(results)) {
-    if (entry.is_regular_file()) files.push_back(entry.path().string());
+    const bool isLock = entry.path().filename() == ".lumascan-lock";
+    if (entry.is_regular_file() && !isLock) files.push_back(entry.path().string());
   }
   std::sort(named.begin(), named.end());
   std::sort(files.begin(), files.end());
   EXPECT_EQ(named, files);
+}
+
+TEST(Disk, thatIsFullTakesNoFurtherVideo) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeVideo(directory, "b.mp4");
+  const ProgramRun run = lumascan(directory, {"a.mp4", "b.mp4", "-j", "1", "--progress", "none"},
+                                  "/dev/null", [] { watchDisk("DISK_FULL", "/a.mp4.lumascan/"); });
+  EXPECT_EQ(run.status, 4);
+  EXPECT_EQ(run.err,
+            "lumascan: cannot write \"lumascan-results/a.mp4.lumascan/rows.tsv\": No space left on "
+            "device\n");
+  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/b.mp4.lumascan"));
+  EXPECT_EQ(readJson(directory, "lumascan-results/run.json")["files"][1]["status"], "unfinished");
 }
 
 TEST(Disk, thatFailsIsNotTakenForTheEndOfAVideo) {

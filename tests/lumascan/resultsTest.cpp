@@ -291,6 +291,8 @@ TEST(Results, areThereButNotTheirIndex_whenThatCannotBeWritten) {
   for (const char* const name : {"events.csv", "summary.csv", "index.html", "run.json"}) {
     SCOPED_TRACE(name);
     const std::string output = std::string("without-") + name;
+    ASSERT_EQ(lumascan(directory, {"a.mkv", "-o", output, "-q"}).status, 0);
+    fs::remove(directory.path + "/" + output + "/" + name);
     fs::create_directories(directory.path + "/" + output + "/" + name);
     const std::string error =
         "lumascan: cannot write \"" + output + "/" + name + "\": Is a directory\n";
@@ -339,4 +341,60 @@ TEST(Results, standBesideNoLeftovers_butBesideAllElse) {
     for (const std::string& name : leftovers) EXPECT_FALSE(fs::exists(results + name)) << name;
     for (const std::string& name : others) EXPECT_EQ(readFile(results + name), "kept") << name;
   }
+}
+
+TEST(Results, areNotPutAmongFilesOfOthers) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1", "-frames:v", "2"});
+  fs::create_directory(directory.path + "/site");
+  writeFile(directory.path + "/site/index.html", "mine");
+  const std::string refusal =
+      "lumascan: \"site\" has files in it, and none of a scan: --take-over writes to it all the "
+      "same\n";
+  for (const char* const other : {"", R"({"tool": {"name": "other"}})", "[1]", "no JSON"}) {
+    if (*other != '\0') writeFile(directory.path + "/site/run.json", other);
+    const auto before = filesBelow(directory.path + "/site");
+    const ProgramRun run = lumascan(directory, {"a.mkv", "-o", "site"});
+    EXPECT_EQ(run.status, 4) << other;
+    EXPECT_EQ(run.err, refusal) << other;
+    EXPECT_EQ(filesBelow(directory.path + "/site"), before) << other;
+    EXPECT_EQ(lumascan(directory, {"prune", "site"}).err, refusal) << other;
+  }
+  EXPECT_EQ(lumascan(directory, {"a.mkv", "-o", "site", "--take-over", "-q"}).status, 0);
+  EXPECT_NE(readFile(directory.path + "/site/index.html"), "mine");
+  EXPECT_EQ(lumascan(directory, {"a.mkv", "-o", "site", "-q"}).status, 0);
+  // An empty folder, one that a killed scan has begun, and one of an earlier version.
+  fs::create_directory(directory.path + "/empty");
+  fs::create_directory(directory.path + "/begun");
+  writeFile(directory.path + "/begun/.lumascan-lock", "");
+  writeFile(directory.path + "/begun/notes", "mine");
+  fs::create_directory(directory.path + "/old");
+  writeFile(directory.path + "/old/run.json", R"({"tool": {"name": "lumascan"}})");
+  for (const char* const folder : {"empty", "begun", "old"}) {
+    EXPECT_EQ(lumascan(directory, {"a.mkv", "-o", folder, "-q"}).status, 0) << folder;
+  }
+}
+
+TEST(Results, haveAFolder_howeverLongTheVideosNameIs) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "a.mkv", {"-c:v", "ffv1", "-frames:v", "2"});
+  const std::string name = std::string(251, 'x') + ".mkv";
+  fs::rename(directory.path + "/a.mkv", directory.path + "/" + name);
+  makeClip(directory, "b.mkv", {"-c:v", "ffv1", "-frames:v", "2"});
+  EXPECT_EQ(lumascan(directory, {".", "-q"}).status, 0);
+  const Json files = readJson(directory, "lumascan-results/run.json")["files"];
+  ASSERT_EQ(files.size(), 2U);
+  EXPECT_EQ(readJson(directory, "lumascan-results/" + files[1]["folder"].get<std::string>() +
+                                    "/result.json")["input"]["path"],
+            name);
+  EXPECT_NE(lumascan(directory, {name}).out.find("(up to date)"), std::string::npos);
+}
+
+TEST(Results, ofFoldersThatAreCalledLikeTheirOwnFilesStandBesideThese) {
+  const TemporaryDirectory directory;
+  fs::create_directory(directory.path + "/run.json");
+  makeClip(directory, "run.json/a.mkv", {"-c:v", "ffv1", "-frames:v", "2"});
+  EXPECT_EQ(lumascan(directory, {"run.json", "-q"}).status, 0);
+  EXPECT_EQ(readJson(directory, "lumascan-results/run.json")["files"][0]["folder"],
+            "run.json~/a.mkv.lumascan");
 }

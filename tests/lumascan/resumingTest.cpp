@@ -232,7 +232,7 @@ TEST(Resuming, endsWithFour_whereResultsCannotBeWritten) {
   writeFile(directory.path + "/file", "");
   EXPECT_EQ(lumascan(directory, {"a.mp4", "-o", "file"}).status, 4);
   EXPECT_EQ(lumascan(directory, {"a.mp4", "-o", "file/below"}).status, 4);
-  // Files of more than 2000 bytes cannot be written, as on a full disk. No further file is begun.
+  // Files of more than 2000 bytes cannot be written. That is said of each.
   const Arguments scan = {"a.mp4", "b.mp4", "-j", "1", "--progress", "none"};
   const ProgramRun run = lumascan(directory, scan, "/dev/null", [] {
     const rlimit limit = {2000, 2000};
@@ -241,16 +241,34 @@ TEST(Resuming, endsWithFour_whereResultsCannotBeWritten) {
   EXPECT_EQ(run.status, 4);
   EXPECT_EQ(run.err,
             "lumascan: cannot write \"lumascan-results/a.mp4.lumascan/rows.tsv\": File too large\n"
+            "lumascan: cannot write \"lumascan-results/b.mp4.lumascan/rows.tsv\": File too large\n"
             "lumascan: cannot write \"lumascan-results/index.html\": File too large\n");
   EXPECT_EQ(run.out, "");
   for (const auto& file : filesBelow(directory.path + "/lumascan-results")) {
-    EXPECT_EQ(file.first.find("a.mp4.lumascan/"), std::string::npos) << file.first;
+    EXPECT_EQ(file.first.find("mp4.lumascan/"), std::string::npos) << file.first;
   }
-  EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/b.mp4.lumascan"));
   const Json summary = readJson(directory, "lumascan-results/run.json");
   EXPECT_EQ(summary["exit_status"], 4);
   for (const Json& file : summary["files"]) EXPECT_EQ(file["status"], "unfinished");
   EXPECT_EQ(lumascan(directory, {"a.mp4", "b.mp4"}).status, 0);
+}
+
+TEST(Resuming, goesOnWithTheOthers_whereOneResultCannotBeWritten) {
+  const TemporaryDirectory directory;
+  makeVideo(directory, "a.mp4");
+  makeVideo(directory, "b.mp4");
+  ASSERT_EQ(lumascan(directory, {"a.mp4", "-q"}).status, 0);
+  fs::create_directory(directory.path + "/mine");
+  const std::string folder = directory.path + "/lumascan-results/a.mp4.lumascan";
+  fs::remove_all(folder);
+  fs::create_directory_symlink(directory.path + "/mine", folder);
+  const ProgramRun run = lumascan(directory, {"a.mp4", "b.mp4", "-j", "1", "--progress", "none"});
+  EXPECT_EQ(run.status, 4);
+  EXPECT_EQ(run.err,
+            "lumascan: \"lumascan-results/a.mp4.lumascan\" is a link: results are not written "
+            "through it\n");
+  EXPECT_EQ(resultOf(directory, "b.mp4")["status"], "complete");
+  EXPECT_TRUE(fs::is_empty(directory.path + "/mine"));
 }
 
 TEST(Resuming, endsWithFour_whereTheValuesOfALongVideoCannotBeKept) {

@@ -181,7 +181,8 @@ bool isAlive(pid_t process) {
 std::vector<std::pair<std::string, std::string>> filesBelow(const std::string& folder) {
   std::vector<std::pair<std::string, std::string>> files;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-    if (!entry.is_regular_file() || entry.path().filename() == "run.json") continue;
+    const fs::path name = entry.path().filename();
+    if (!entry.is_regular_file() || name == "run.json" || name == ".lumascan-lock") continue;
     files.emplace_back(entry.path().lexically_relative(folder).string(),
                        readFile(entry.path().string()));
   }

@@ -85,7 +85,7 @@ void feed(const Feed& to, const std::string& bytes);
 // Whether a process is there and no zombie.
 bool isAlive(pid_t process);
 
-// Every file below a folder but run.json, which holds times: its path and its bytes.
+// Every file below a folder but run.json, which holds times, and the lock: its path and its bytes.
 std::vector<std::pair<std::string, std::string>> filesBelow(const std::string& folder);
 
 #endif

@@ -314,6 +314,11 @@ TEST(ParseOptions, refusesAnEndThatIsNotBehindTheStart) {
   }
 }
 
+TEST(ParseOptions, leavesFoldersOfOthersAlone_unlessTheyAreToBeTakenOver) {
+  EXPECT_FALSE(scanWith({}).isTakenOver);
+  EXPECT_TRUE(scanWith({"--take-over"}).isTakenOver);
+}
+
 TEST(ParseOptions, ofPrune) {
   const Options usual = optionsOf({"prune"});
   EXPECT_EQ(usual.verb, Verb::PRUNE);

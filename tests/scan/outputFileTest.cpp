@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <vector>
 
@@ -232,6 +233,17 @@ TEST(OutputFile, mayHaveAsLongANameAsThereCanBe) {
   const std::string path = directory.path + "/" + std::string(255, 'x');
   EXPECT_EQ(writeOutput(path, [](FILE* out) { std::fputs("new", out); }), "");
   EXPECT_EQ(readFile(path), "new");
+}
+
+TEST(WriteOutput, saysOfWholeDisks_thatNothingElseCanBeWritten) {
+  for (const int code : {ENOSPC, EDQUOT, EROFS, EIO}) {
+    EXPECT_TRUE(isOfWholeDisk(std::string("cannot write \"a\": ") + std::strerror(code))) << code;
+  }
+  for (const int code : {EACCES, EISDIR, ENOENT, EFBIG, ENAMETOOLONG, EMFILE}) {
+    EXPECT_FALSE(isOfWholeDisk(std::string("cannot write \"a\": ") + std::strerror(code))) << code;
+  }
+  EXPECT_FALSE(isOfWholeDisk(""));
+  EXPECT_FALSE(isOfWholeDisk("cannot write \"No space left on device\": Is a directory"));
 }
 
 TEST(RemoveLeftovers, removesWhatADeadProcessHasLeft_andNothingThatIsBeingWritten) {

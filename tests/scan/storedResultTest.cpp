@@ -104,9 +104,55 @@ TEST(ResultFolder, takesNamesThatBeginWithDotsForNames) {
   EXPECT_EQ(folderOf("out", "...mp4"), "out/...mp4.lumascan");
 }
 
+TEST(ResultFolder, isNoFileOfTheFolderOfAllResults) {
+  const CurrentFolder here;
+  for (const char* const name : {"index.html", "summary.csv", "events.csv", "run.json"}) {
+    const std::string own = name;
+    EXPECT_EQ(folderOf("out", own + "/a.mp4"), "out/" + own + "~/a.mp4.lumascan");
+    EXPECT_EQ(folderOf("out", "b/" + own + "/a.mp4"), "out/b/" + own + "/a.mp4.lumascan");
+    EXPECT_EQ(folderOf("out", own), "out/" + own + ".lumascan");
+  }
+}
+
+TEST(ResultFolder, hasANameThatAFolderCanHave) {
+  const CurrentFolder here;
+  const std::string longest(246, 'x');
+  EXPECT_EQ(folderOf("out", longest), "out/" + longest + ".lumascan");
+  // FNV-1a of 247 and of 255 times "x", by another program: the first bytes stay.
+  const std::string first = folderOf("out", longest + "x");
+  const std::string second = folderOf("out", std::string(255, 'x'));
+  for (const std::string& folder : {first, second}) {
+    EXPECT_EQ(fs::path(folder).filename().string().size(), 255U);
+    EXPECT_EQ(folder.substr(0, 4 + 229), "out/" + std::string(229, 'x'));
+  }
+  EXPECT_EQ(first.substr(4 + 229), "~4406fbf748a5ac1f.lumascan");
+  EXPECT_EQ(second.substr(4 + 229), "~dff658324c99c7bf.lumascan");
+}
+
 TEST(ResultFolder, hasANameForStandardInput) {
   EXPECT_EQ(resultFolder("out", {"-", 0, 0, "", -1, true, nullptr}), "out/stdin.lumascan");
   EXPECT_EQ(folderOf("out", "./-"), "out/-.lumascan");
+}
+
+TEST(ResultFolder, isMadeBelowTheFolderOfAllResults_butNotThroughALink) {
+  const TemporaryDirectory directory;
+  const std::string out = directory.path + "/out";
+  EXPECT_EQ(makeResultFolder(out, out + "/a/b.mp4.lumascan"), "");
+  EXPECT_TRUE(fs::is_directory(out + "/a/b.mp4.lumascan"));
+  EXPECT_EQ(makeResultFolder(out, out + "/a/b.mp4.lumascan"), "");
+  fs::create_directories(directory.path + "/mine/b.mp4.lumascan");
+  for (const char* const link : {"/linked", "/a/c.mp4.lumascan"}) {
+    fs::create_directory_symlink(directory.path + "/mine", out + link);
+  }
+  EXPECT_EQ(makeResultFolder(out, out + "/linked/b.mp4.lumascan"),
+            "\"" + out + "/linked\" is a link: results are not written through it");
+  EXPECT_EQ(makeResultFolder(out, out + "/a/c.mp4.lumascan"),
+            "\"" + out + "/a/c.mp4.lumascan\" is a link: results are not written through it");
+  // The folder of all results may be one.
+  fs::create_directory_symlink(out, directory.path + "/other");
+  EXPECT_EQ(makeResultFolder(directory.path + "/other", directory.path + "/other/d.mp4.lumascan"),
+            "");
+  EXPECT_TRUE(fs::is_directory(out + "/d.mp4.lumascan"));
 }
 
 TEST(StoredResult, comesBack) {

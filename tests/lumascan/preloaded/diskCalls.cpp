@@ -6,6 +6,8 @@
 //                          tabs between the fields: "fsync", bytes, path or "rename", bytes, path,
 //                          new path. Bytes are what a file has at that moment, 0 for a folder
 //   DISK_ERROR=BYTE:PART   of files whose path has this part nothing can be read from this byte on
+//   DISK_FULL=PART         files whose path has this part cannot be brought to the disk, which is
+//   full
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <limits.h>
@@ -65,6 +67,11 @@ int fsync(int descriptor) {
   struct stat file = {};
   fstat(descriptor, &file);
   note(stepOn("fsync", file) + pathOf(descriptor) + '\n');
+  const char* const part = getenv("DISK_FULL");
+  if (part != nullptr && pathOf(descriptor).find(part) != std::string::npos) {
+    errno = ENOSPC;
+    return -1;
+  }
   return original<decltype(fsync)>("fsync")(descriptor);
 }
 
