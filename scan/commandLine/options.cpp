@@ -170,6 +170,11 @@ void addStream(CLI::App* app, Options* options) {
       ->check(CLI::NonNegativeNumber);
 }
 
+void addDisarming(CLI::App* app, Options* options) {
+  app->add_flag("--disarm-cells", options->isDisarmed,
+                "begin names with ' in tables that a spreadsheet would take for formulas");
+}
+
 void addThresholds(CLI::App* app, Options* options) {
   app->add_option("--thresholds", options->thresholds, "judge by the thresholds in this JSON file")
       ->type_name("FILE");
@@ -227,6 +232,7 @@ void addScan(CLI::App* app, Options* options) {
   app->add_flag("--take-over", options->isTakenOver,
                 "write results to a folder that has other files in it");
   app->add_flag("--json", options->printsJson, "print the summary as JSON");
+  addDisarming(app, options);
   addJudgement(app, options);
 }
 
@@ -315,6 +321,7 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
       app.add_subcommand("events", "judge stored results again, without decoding");
   events->add_option("RESULT", options->inputs, "folders that a scan has written")->required();
   events->add_flag("--json", options->printsJson, "print JSON instead of CSV");
+  addDisarming(events, options);
   addJudgement(events, options);
   CLI::App* const report = app.add_subcommand("report", "write a page of stored results again");
   report
@@ -335,6 +342,7 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   CLI::App* const prune = app.add_subcommand("prune", "remove results whose videos are gone");
   prune->add_option("RESULTS", options->inputs, "folders of results (lumascan-results)");
   prune->add_flag("-n,--dry-run", options->isDryRun, "say what would be removed, and do nothing");
+  addDisarming(prune, options);
   prune->add_flag("--force", options->isForced, "even where no video is there any more");
   for (CLI::App* const verb : {scan, events, report, probe, prune}) addFlags(verb, options);
 

@@ -29,6 +29,7 @@ struct Options {
   double stallTimeout = 120.0;  // seconds without a new frame; 0: any time
   bool isForced = false;
   bool isDryRun = false;
+  bool isDisarmed = false;   // tables have no cells that spreadsheets take for formulas
   bool isTakenOver = false;  // a folder of results that others have files in
   bool printsJson = false;
   bool isQuiet = false;

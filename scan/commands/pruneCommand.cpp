@@ -43,10 +43,10 @@ Look lookAt(const std::string& results) {
 }
 
 // Those tables over all results, and the index, that there are, of what is left.
-int renewCollection(const std::string& results) {
+int renewCollection(const std::string& results, bool isDisarmed) {
   const OutputChoice choice = {fs::exists(fs::path(results) / "summary.csv"),
                                fs::exists(fs::path(results) / "index.html"), Thumbs::NONE};
-  const std::string error = writeCollection(results, choice);
+  const std::string error = writeCollection(results, choice, isDisarmed);
   if (error.empty()) return DONE;
   complain(error);
   return OUTPUT_PROBLEM;
@@ -67,7 +67,8 @@ int removeGone(const Options& options, const std::string& results, const Look& l
     ++removed;
     if (!options.isQuiet) std::printf("%s: %s\n", done, printableName(folder).c_str());
   }
-  if (!options.isDryRun && removed > 0) status = std::max(status, renewCollection(results));
+  if (!options.isDryRun && removed > 0)
+    status = std::max(status, renewCollection(results, options.isDisarmed));
   if (!options.isQuiet) {
     std::printf("%s: %zu of %zu results %s\n", printableName(results).c_str(), removed,
                 look.results, done);

@@ -130,7 +130,8 @@ bool writeSummaries(const Options& options, const std::vector<RunEntry>& entries
     *status = std::max<int>(*status, OUTPUT_PROBLEM);
     return false;
   };
-  const bool hasTables = isGood(writeCollection(options.output, options.choice));
+  const bool hasTables =
+      isGood(writeCollection(options.output, options.choice, options.isDisarmed));
   const std::vector<std::string> folders = scanFolders(options.output);
   *run = runText(entries, folders, start, *status);
   const std::string path = (fs::path(options.output) / "run.json").string();

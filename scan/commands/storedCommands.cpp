@@ -57,7 +57,8 @@ int runEvents(const Options& options) {
       const bool isFinding = options.failOn.has_value() && event.severity >= *options.failOn;
       if (isFinding) status = std::max<int>(status, FOUND);
       if (!printsCsv) continue;
-      std::printf("%s,%s\r\n", csvField(path).c_str(), eventColumns(event).c_str());
+      std::printf("%s,%s\r\n", csvField(path, options.isDisarmed).c_str(),
+                  eventColumns(event).c_str());
     }
     all.push_back({{"path", path},
                    {"status", statusName(record.status)},

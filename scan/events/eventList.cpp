@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "scan/events/thresholds.h"
 #include "scan/files/json.h"
+#include "scan/files/names.h"
 #include "scan/numbers/decimals.h"
 
 namespace {
@@ -44,6 +46,7 @@ Event eventOf(const Json& json) {
   Event event;
   event.id = wholeNumberOf(json, "id");
   event.type = textOf(json, "type");
+  if (eventTypeNamed(event.type) == EVENT_TYPES) event.type = "unknown";
   event.severity = severityNamed(textOf(json, "severity"));
   event.firstFrame = wholeNumberOf(json, "first_frame");
   event.lastFrame = wholeNumberOf(json, "last_frame");
@@ -72,7 +75,7 @@ void addTo(EventSummary* summary, const Event& event) {
 }
 
 std::string eventColumns(const Event& event) {
-  std::string text = std::to_string(event.id) + ',' + event.type;
+  std::string text = std::to_string(event.id) + ',' + csvField(event.type);
   text += std::string(",") + severityName(event.severity);
   text += ',' + std::to_string(event.firstFrame) + ',' + std::to_string(event.lastFrame);
   text += ',' + shortestText(event.startTime) + ',' + shortestText(event.endTime);

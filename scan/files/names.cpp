@@ -1,11 +1,27 @@
 #include "scan/files/names.h"
 
+extern "C" {
+#include <libavutil/avstring.h>
+}
+
 #include <charconv>
+#include <cstdint>
+#include <string_view>
 
 namespace {
 
 std::string hexadecimal(unsigned char byte, const char* digits) {
   return {digits[byte >> 4], digits[byte & 15]};
+}
+
+// Control characters of ASCII and of ISO 6429, and those that change the direction of what follows:
+// with these a name can look like another one.
+bool controlsTerminal(int32_t character) {
+  const auto isFrom = [&](int32_t first, int32_t last) {
+    return character >= first && character <= last;
+  };
+  return character < 0x20 || isFrom(0x7f, 0x9f) || character == 0x061c || isFrom(0x200e, 0x200f) ||
+         isFrom(0x2028, 0x202e) || isFrom(0x2066, 0x2069);
 }
 
 bool isPlainInUri(char c) {
@@ -16,13 +32,21 @@ bool isPlainInUri(char c) {
 }  // namespace
 
 std::string printableName(const std::string& name) {
-  constexpr unsigned char FIRST_PRINTABLE = 0x20;
-  constexpr unsigned char DELETE = 0x7f;
   std::string text;
-  for (const char c : name) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool isControl = byte < FIRST_PRINTABLE || byte == DELETE;
-    text += isControl ? "\\x" + hexadecimal(byte, "0123456789abcdef") : std::string(1, c);
+  const auto* place = reinterpret_cast<const uint8_t*>(name.data());
+  const uint8_t* const end = place + name.size();
+  while (place < end) {
+    const uint8_t* const start = place;
+    int32_t character = 0;
+    const bool isText = av_utf8_decode(&character, &place, end, 0) >= 0;
+    if (isText && !controlsTerminal(character)) {
+      text.append(start, place);
+      continue;
+    }
+    place = isText ? place : start + 1;
+    for (const uint8_t* byte = start; byte < place; ++byte) {
+      text += "\\x" + hexadecimal(*byte, "0123456789abcdef");
+    }
   }
   return text;
 }
@@ -49,9 +73,12 @@ std::string pathOfUri(const std::string& uri) {
   return path;
 }
 
-std::string csvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+std::string csvField(const std::string& text, bool isDisarmed) {
+  constexpr std::string_view FORMULA = "=+-@\t\r\n";
+  const bool isFormula = !text.empty() && FORMULA.find(text[0]) != std::string_view::npos;
+  const std::string cell = (isDisarmed && isFormula ? "'" : "") + text;
+  if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
   std::string quoted = "\"";
-  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  for (const char c : cell) quoted += c == '"' ? "\"\"" : std::string(1, c);
   return quoted + '"';
 }

@@ -4,7 +4,8 @@
 
 #include <string>
 
-// For messages and lines of text: control characters become \x and two hexadecimal digits.
+// For messages and lines of text: bytes that are no UTF-8, control characters and those that change
+// the direction of text become \x and two hexadecimal digits for each byte.
 std::string printableName(const std::string& name);
 
 // For addresses: all but letters, digits and "-._~/" become % and two hexadecimal digits.
@@ -14,7 +15,8 @@ std::string uriPath(const std::string& path);
 // itself.
 std::string pathOfUri(const std::string& uri);
 
-// A field of RFC 4180: in quotes where it must be.
-std::string csvField(const std::string& text);
+// A field of RFC 4180: in quotes where it must be. Disarmed, what a spreadsheet would take for a
+// formula begins with an apostrophe.
+std::string csvField(const std::string& text, bool isDisarmed = false);
 
 #endif

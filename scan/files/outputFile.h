@@ -38,8 +38,8 @@ void discardOutput(OutputFile* file);
 // a person to read.
 std::string writeOutput(const std::string& path, const std::function<void(FILE*)>& write);
 
-// Whether what went wrong, in the words of the functions above, will go wrong with every other file,
-// too: the disk is full, broken or only to be read.
+// Whether what went wrong, in the words of the functions above, will go wrong with every other
+// file, too: the disk is full, broken or only to be read.
 bool isOfWholeDisk(const std::string& error);
 
 // Writes all of a text.

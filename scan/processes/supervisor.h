@@ -34,8 +34,8 @@ struct TaskListener {
 
 // Runs all waiting tasks, some at a time. A worker that crashes or stalls is started once more;
 // when that goes wrong, too, a result is stored that says so. A disk that takes no results any more
-// keeps further tasks from being started. The first SIGINT lets running tasks finish, a second one or
-// SIGTERM kills them.
+// keeps further tasks from being started. The first SIGINT lets running tasks finish, a second one
+// or SIGTERM kills them.
 //
 // Returns the signal that stopped the run, or 0.
 int superviseTasks(const ScanSettings& settings, const TaskLimits& limits,

@@ -24,24 +24,24 @@ void writeLine(const std::string& line, FILE* out) {
   writeText(line + "\r\n", out);
 }
 
-std::string summaryLine(const IndexEntry& entry) {
+std::string summaryLine(const IndexEntry& entry, bool isDisarmed) {
   const ResultRecord& record = entry.record;
   const AnalysisFacts analysis = record.analysis.value_or(AnalysisFacts{});
-  std::string line = csvField(record.input.path) + ',' + statusName(record.status) + ',' +
-                     verdictName(record.judgement.verdict) + ',' + cell(analysis.frames) + ',' +
-                     shortestText(wholeNanoseconds(analysis.end - analysis.start));
+  std::string line = csvField(record.input.path, isDisarmed) + ',' + statusName(record.status) +
+                     ',' + verdictName(record.judgement.verdict) + ',' + cell(analysis.frames) +
+                     ',' + shortestText(wholeNanoseconds(analysis.end - analysis.start));
   for (const Severity severity : {Severity::FAIL, Severity::WARN, Severity::INFO}) {
     line += ',' + std::to_string(entry.events.counts.at(static_cast<size_t>(severity)));
   }
   line += ',' + cell(analysis.corruptFrames) + ',' + cell(analysis.decodeErrors) + ',' +
-          (record.isTruncated ? '1' : '0') + ',' + csvField(record.error);
+          (record.isTruncated ? '1' : '0') + ',' + csvField(record.error, isDisarmed);
   for (const IndicatorSummary& summary : record.indicators) {
     line += ',' + shortestText(summary.statistics.mean);
   }
   return line;
 }
 
-void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
+void writeSummary(const std::vector<IndexEntry>& entries, bool isDisarmed, FILE* out) {
   std::string header =
       "path,status,verdict,frames,duration_s,fail_events,warn_events,info_events,corrupt_frames,"
       "decode_errors,truncated,error";
@@ -49,32 +49,32 @@ void writeSummary(const std::vector<IndexEntry>& entries, FILE* out) {
     header += std::string(",") + indicator.name + "_mean";
   }
   writeLine(header, out);
-  for (const IndexEntry& entry : entries) writeLine(summaryLine(entry), out);
+  for (const IndexEntry& entry : entries) writeLine(summaryLine(entry, isDisarmed), out);
 }
 
 // Reads a result. Its events, of which all results together may have more than memory holds, go
 // into the table at once; null: there is none. False when it cannot be read.
-bool readEntry(const std::string& folder, FILE* eventTable, IndexEntry* entry) {
+bool readEntry(const std::string& folder, bool isDisarmed, FILE* eventTable, IndexEntry* entry) {
   std::vector<std::string> rows;
   const auto take = [&](const Event& event) {
     addTo(&entry->events, event);
     if (eventTable != nullptr) rows.push_back(eventColumns(event));
   };
   if (!readRecord(folder, &entry->record, take).empty()) return false;
-  const std::string path = csvField(entry->record.input.path);
+  const std::string path = csvField(entry->record.input.path, isDisarmed);
   for (const std::string& row : rows) {
     std::fprintf(eventTable, "%s,%s\r\n", path.c_str(), row.c_str());
   }
   return true;
 }
 
-std::vector<IndexEntry> readEntries(const std::string& folder, FILE* eventTable) {
+std::vector<IndexEntry> readEntries(const std::string& folder, bool isDisarmed, FILE* eventTable) {
   std::vector<IndexEntry> entries;
   if (eventTable != nullptr) writeLine("path," + std::string(EVENT_COLUMNS), eventTable);
   const std::vector<std::string> folders = scanFolders(folder);
   for (const std::string& each : storedResults(folder)) {
     IndexEntry entry;
-    if (!readEntry(each, eventTable, &entry)) continue;
+    if (!readEntry(each, isDisarmed, eventTable, &entry)) continue;
     entry.isVideoGone = isVideoGone(entry.record.input, folders);
     entry.folderUri = uriPath(fs::path(each).lexically_relative(folder).string());
     entries.push_back(std::move(entry));
@@ -99,7 +99,8 @@ std::vector<std::string> storedResults(const std::string& folder) {
   return folders;
 }
 
-std::string writeCollection(const std::string& folder, const OutputChoice& choice) {
+std::string writeCollection(const std::string& folder, const OutputChoice& choice,
+                            bool isDisarmed) {
   const fs::path to = folder;
   std::vector<IndexEntry> entries;
   std::string error;
@@ -107,10 +108,10 @@ std::string writeCollection(const std::string& folder, const OutputChoice& choic
     if (error.empty()) error = writeOutput((to / name).string(), write);
   };
   if (choice.hasCsv) {
-    step("events.csv", [&](FILE* out) { entries = readEntries(folder, out); });
-    step("summary.csv", [&](FILE* out) { writeSummary(entries, out); });
+    step("events.csv", [&](FILE* out) { entries = readEntries(folder, isDisarmed, out); });
+    step("summary.csv", [&](FILE* out) { writeSummary(entries, isDisarmed, out); });
   } else {
-    entries = readEntries(folder, nullptr);
+    entries = readEntries(folder, isDisarmed, nullptr);
   }
   if (choice.hasHtml) {
     step("index.html", [&](FILE* out) { writeIndex(entries, out); });

@@ -12,6 +12,9 @@ std::vector<std::string> storedResults(const std::string& folder);
 
 // Writes index.html, summary.csv and events.csv over all results below the folder, those that are
 // chosen. Returns an empty text, or what went wrong. A result that cannot be read is left out.
-std::string writeCollection(const std::string& folder, const OutputChoice& choice);
+//
+// isDisarmed   see csvField()
+std::string writeCollection(const std::string& folder, const OutputChoice& choice,
+                            bool isDisarmed = false);
 
 #endif

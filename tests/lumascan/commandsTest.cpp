@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <set>
 
 #include "scanRun.h"
 
@@ -512,4 +513,32 @@ TEST(Commands, probeInAProcessOfItsOwn) {
   EXPECT_EQ(run.status, 3);
   EXPECT_EQ(run.err, "lumascan: \"a.y4m\": its probe ended by signal 11 (Segmentation fault)\n");
   EXPECT_EQ(run.out.substr(0, 6), "b.mp4\n");
+}
+
+TEST(Commands, disarmNamesThatASpreadsheetTakesForFormulas) {
+  const TemporaryDirectory directory;
+  makeBlack(directory, "=1+1.mkv");
+  makeBlack(directory, "gone.mkv");
+  EXPECT_EQ(lumascan(directory, {".", "-q"}).status, 0);
+  const auto firstCells = [&](const char* table) {
+    std::set<std::string> cells;
+    for (const std::string& line :
+         linesOf(readFile(directory.path + "/lumascan-results/" + table))) {
+      cells.insert(line.substr(0, line.find(',')));
+    }
+    return cells;
+  };
+  for (const char* const table : {"summary.csv", "events.csv"}) {
+    EXPECT_EQ(firstCells(table), (std::set<std::string>{"path", "=1+1.mkv", "gone.mkv"})) << table;
+  }
+  EXPECT_EQ(lumascan(directory, {".", "-q", "--disarm-cells"}).status, 0);
+  for (const char* const table : {"summary.csv", "events.csv"}) {
+    EXPECT_EQ(firstCells(table), (std::set<std::string>{"path", "'=1+1.mkv", "gone.mkv"})) << table;
+  }
+  const std::string events =
+      lumascan(directory, {"events", "lumascan-results", "--disarm-cells"}).out;
+  EXPECT_NE(events.find("\r\n'=1+1.mkv,"), std::string::npos) << events;
+  fs::remove(directory.path + "/gone.mkv");
+  EXPECT_EQ(lumascan(directory, {"prune", "-q", "--disarm-cells"}).status, 0);
+  EXPECT_EQ(firstCells("summary.csv"), (std::set<std::string>{"path", "'=1+1.mkv"}));
 }

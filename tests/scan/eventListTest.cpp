@@ -69,10 +69,17 @@ TEST(EventOf, isWhatWasWritten) {
   }
 }
 
+TEST(EventOf, hasATypeThatIsKnown) {
+  EXPECT_EQ(eventOf({{"type", "scene_cut"}}).type, "scene_cut");
+  for (const char* const type : {"freeze\r\n2,blur", "Freeze", "=1+1", "frozen", ""}) {
+    EXPECT_EQ(eventOf({{"type", type}}).type, "unknown") << type;
+  }
+}
+
 TEST(EventOf, isUnknown_whereNothingIsSaid) {
   for (const Json& json : {Json(), Json("freeze"), Json{{"severity", 7}, {"start_s", nullptr}}}) {
     const Event event = eventOf(json);
-    EXPECT_EQ(event.type, "");
+    EXPECT_EQ(event.type, "unknown");
     EXPECT_EQ(event.severity, Severity::INFO);
     EXPECT_TRUE(std::isnan(event.startTime));
   }

@@ -319,6 +319,13 @@ TEST(ParseOptions, leavesFoldersOfOthersAlone_unlessTheyAreToBeTakenOver) {
   EXPECT_TRUE(scanWith({"--take-over"}).isTakenOver);
 }
 
+TEST(ParseOptions, disarmsCells_whereTablesAreWritten) {
+  EXPECT_FALSE(scanWith({}).isDisarmed);
+  EXPECT_TRUE(scanWith({"--disarm-cells"}).isDisarmed);
+  EXPECT_TRUE(optionsOf({"events", "a", "--disarm-cells"}).isDisarmed);
+  EXPECT_TRUE(optionsOf({"prune", "--disarm-cells"}).isDisarmed);
+}
+
 TEST(ParseOptions, ofPrune) {
   const Options usual = optionsOf({"prune"});
   EXPECT_EQ(usual.verb, Verb::PRUNE);
