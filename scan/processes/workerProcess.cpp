@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "scan/files/names.h"
 #include "scan/numbers/decimals.h"
 #include "scan/processes/childProcess.h"
 
@@ -111,6 +112,16 @@ void takeMessage(const std::string& line, WorkerProcess* worker) {
   }
 }
 
+// Decoders quote what files say about themselves.
+void showLog(const std::string& text) {
+  for (size_t start = 0; start < text.size();) {
+    const size_t end = std::min(text.find('\n', start), text.size());
+    const char* const ending = end < text.size() ? "\n" : "";
+    std::fprintf(stderr, "%s%s", printableName(text.substr(start, end - start)).c_str(), ending);
+    start = end + 1;
+  }
+}
+
 void closeDescriptor(int* descriptor) {
   if (*descriptor >= 0) close(*descriptor);
   *descriptor = -1;
@@ -174,7 +185,7 @@ bool readMessages(WorkerProcess* worker) {
 void readLog(WorkerProcess* worker, bool isShown) {
   std::string text;
   if (!readAvailable(worker->log, &text)) closeDescriptor(&worker->log);
-  if (isShown) std::fwrite(text.data(), 1, text.size(), stderr);
+  if (isShown) showLog(text);
   worker->logTail += text;
   if (worker->logTail.size() > MOST_LOG) {
     worker->logTail.erase(0, worker->logTail.size() - MOST_LOG);

@@ -119,11 +119,12 @@ TEST(Workers, areGivenUpAfterTwoAttempts_withTheLastFiveLinesThatTheSecondSaid) 
 TEST(Workers, areHeardAtOnce_whenTheUserWantsToKnowMore) {
   const TemporaryDirectory directory;
   makeFifo(directory, "stuck.mp4");
-  const ProgramRun run = scanWithLogs(
-      directory, {"stuck.mp4", "-v", "-q", "-j", "1", "--progress", "none"}, "first\n", "second\n");
+  const ProgramRun run =
+      scanWithLogs(directory, {"stuck.mp4", "-v", "-q", "-j", "1", "--progress", "none"},
+                   "first, \x1b[31m\nred", "second\n");
   const std::string ended = "lumascan: analysis of \"stuck.mp4\" ended by signal ";
-  EXPECT_EQ(run.err, "first\n" + ended + "6 (Aborted): trying once more\nsecond\n" + ended +
-                         "9 (Killed): given up\nlumascan:   it said: second\n" +
+  EXPECT_EQ(run.err, "first, \\x1b[31m\nred" + ended + "6 (Aborted): trying once more\nsecond\n" +
+                         ended + "9 (Killed): given up\nlumascan:   it said: second\n" +
                          "lumascan: \"stuck.mp4\": its analysis was given up after two attempts: "
                          "signal 9 (Killed); last message: second\n");
 }
