@@ -67,6 +67,23 @@ TEST(Workers, haveOpenWhatTheyNeed_andNothingOfOthers) {
   }
 }
 
+TEST(Workers, tryTheSameFileOnceMore_whenAnotherOneHasItsNameByThen) {
+  const TemporaryDirectory directory;
+  makeFifo(directory, "a.y4m");
+  RunningScan scan(directory, {"a.y4m", "-j", "1", "--progress", "none"});
+  const pid_t first = waitForWorkers(scan, 1).at(0);
+  fs::rename(directory.path + "/a.y4m", directory.path + "/old.y4m");
+  makeFifo(directory, "a.y4m");
+  kill(first, SIGKILL);
+  waitForNextWorker(scan, first);
+  {
+    const Feed source(scan, directory.path + "/old.y4m");
+    feed(source, streamedVideo(directory));
+  }
+  EXPECT_EQ(endOf(&scan).status, 0);
+  EXPECT_EQ(resultOf(directory, "a.y4m")["analysis"]["frames"], 25);
+}
+
 TEST(Workers, areGivenUpAfterTwoAttempts_withTheLastFiveLinesThatTheSecondSaid) {
   const TemporaryDirectory directory;
   makeFifo(directory, "stuck, and how.mp4");
