@@ -101,7 +101,7 @@ void startTask(Run* run, size_t i) {
   Task& task = (*run->tasks)[i];
   ++task.attempts;
   run->lastNews[i] = Clock::now();
-  if (!task.job.source.file) task.job.source.file = fileOf(task.job.source);
+  task.job.source.file = fileOf(task.job.source);
   if (startWorker(task.job, run->settings, run->limits.isVerbose, &task.worker)) {
     task.state = TaskState::RUNNING;
     return;

@@ -35,7 +35,8 @@ def numbersBeside(text, suffix):
     if "." in digits or "e" in digits.lower() and not digits.lower().startswith("0x"):
         value = float(digits)
         return [repr(value * 1.01 if value else 0.01) + suffix]
-    value = int(digits, 0)
+    isOctal = digits[0] == "0" and digits.isdigit()
+    value = int(digits, 8 if isOctal else 0)
     form = hex if digits.lower().startswith("0x") else str
     return [form(other) + suffix for other in (value + 1, value - 1) if other >= 0]
 
