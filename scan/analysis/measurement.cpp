@@ -35,14 +35,16 @@ Measurement measureVideo(const VideoSource& source, const AnalysisOptions& optio
 
   FrameTable& frames = measured.frames;
   if (rows != nullptr) printReportHeader(rows);
-  measured.outcome = analyseVideo(options, &reader, [&](const FrameRecord& record) {
+  const auto take = [&](const FrameRecord& record) {
     if (frames.rows() == 0) frames.firstFrame = record.frame;
     appendRow(record.row, &frames);
     if (rows != nullptr) {
       printReportRow(rows, static_cast<int32_t>(record.frame), record.spatial, record.temporal);
     }
     onProgress(record.position, frames.rows());
-  });
+  };
+  measured.outcome =
+      analyseVideo(options, &reader, take, [&](double position) { onProgress(position, 0); });
   if (frames.rows() > 0) {
     const auto last = static_cast<size_t>(frames.rows() - 1);
     frames.messages.set(last, frames.messages[last] + measured.outcome.messagesBehind);

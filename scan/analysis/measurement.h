@@ -23,7 +23,8 @@ struct Measurement {
   FrameTable frames;
 };
 
-// Told behind each frame how much of the file is done, 0 to 1, and how many frames.
+// Told behind each frame, analysed or passed over, how much of the file is done, 0 to 1, and how
+// many frames are analysed.
 using ProgressListener = std::function<void(double, int64_t)>;
 
 // Of the source's file, which is opened where it is not. None of a pipe and of what cannot be read.

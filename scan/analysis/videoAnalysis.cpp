@@ -69,7 +69,8 @@ int64_t keepMessages(const std::vector<DamageMessage>& messages, double offset,
 AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& reader,
                           const std::function<DecodedFrame()>& next, FrameImages* images,
                           JoinedTimes* times, AnalysisOutcome* outcome,
-                          const std::function<void(const FrameRecord&)>& onFrame) {
+                          const std::function<void(const FrameRecord&)>& onFrame,
+                          const SkipListener& onSkipped) {
   const double fps = options.fps > 0.0 ? options.fps : averageFrameRate(reader);
   for (const Position* position : {&options.start, &options.end}) {
     outcome->error = mistakeAtRate(*position, fps);
@@ -99,7 +100,10 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
         timeOfFrame(frame, presentationTime(reader, picture), durationOf(reader, picture), times);
     const bool isEnding = !options.end.text.empty();
     if (isEnding && isAtOrBehind(frame, time, fps, options.end)) return AnalysisEnd::COMPLETE;
-    if (!isAtOrBehind(frame, time, fps, options.start)) continue;
+    if (!isAtOrBehind(frame, time, fps, options.start)) {
+      onSkipped(decoded.position);
+      continue;
+    }
 
     const bool isFirst = outcome->frames == 0;
     const AnalysisEnd end = accept(picture, isFirst, images, outcome);
@@ -129,7 +133,8 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
 }  // namespace
 
 AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader,
-                             const std::function<void(const FrameRecord&)>& onFrame) {
+                             const std::function<void(const FrameRecord&)>& onFrame,
+                             const SkipListener& onSkipped) {
   AnalysisOutcome outcome = {};
   FrameImages images = {};
   JoinedTimes times;
@@ -138,10 +143,12 @@ AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader
     // The decoder's threads have their stacks by now.
     useSmallStacks();
     outcome.end = analyseFrames(
-        options, *reader, [&] { return fetchNext(&ahead); }, &images, &times, &outcome, onFrame);
+        options, *reader, [&] { return fetchNext(&ahead); }, &images, &times, &outcome, onFrame,
+        onSkipped);
   } else {
     outcome.end = analyseFrames(
-        options, *reader, [&] { return decodeNext(reader); }, &images, &times, &outcome, onFrame);
+        options, *reader, [&] { return decodeNext(reader); }, &images, &times, &outcome, onFrame,
+        onSkipped);
   }
   freeFrameImages(&images);
   outcome.joins = std::move(times.joins);

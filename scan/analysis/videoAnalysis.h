@@ -64,10 +64,16 @@ struct AnalysisOutcome {
 
 constexpr size_t MOST_MESSAGES = 20;
 
+// Told of each frame that is passed over before the first one that is analysed, how much of the
+// file is done, 0 to 1.
+using SkipListener = std::function<void(double position)>;
+
 // Analyses an opened video from where it stands and hands over each frame when it is done. The
 // indicators' state is the process's: one video in each. Of frames that hold no block of 8 x 8
 // blackout is not computed.
-AnalysisOutcome analyseVideo(const AnalysisOptions& options, VideoReader* reader,
-                             const std::function<void(const FrameRecord&)>& onFrame);
+AnalysisOutcome analyseVideo(
+    const AnalysisOptions& options, VideoReader* reader,
+    const std::function<void(const FrameRecord&)>& onFrame,
+    const SkipListener& onSkipped = [](double) {});
 
 #endif

@@ -20,6 +20,7 @@ namespace {
 struct Look {
   std::vector<std::string> gone;  // folders of results whose videos are gone
   size_t results = 0;
+  size_t found = 0;  // videos that are there
   int status = DONE;
 };
 
@@ -37,6 +38,8 @@ Look lookAt(const std::string& results) {
       look.status = INPUT_PROBLEM;
     } else if (isVideoGone(record.input, folders)) {
       look.gone.push_back(folder);
+    } else if (!isOfPipe(record.input)) {
+      ++look.found;
     }
   }
   return look;
@@ -89,7 +92,7 @@ int prune(const Options& options, const std::string& results) {
   }
   const Look look = lookAt(results);
   int status = INPUT_PROBLEM;
-  if (!look.gone.empty() && look.gone.size() == look.results && !options.isForced) {
+  if (!look.gone.empty() && look.found == 0 && !options.isForced) {
     complain("no video of the results in " + quoted(results) +
              " is there: is a disk missing? --force removes them all");
   } else {

@@ -76,7 +76,7 @@ std::string pathOfUri(const std::string& uri) {
 std::string csvField(const std::string& text, bool isDisarmed) {
   constexpr std::string_view FORMULA = "=+-@\t\r\n";
   const bool isFormula = !text.empty() && FORMULA.find(text[0]) != std::string_view::npos;
-  const std::string cell = (isDisarmed && isFormula ? "'" : "") + text;
+  std::string cell = (isDisarmed && isFormula ? "'" : "") + text;
   if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
   std::string quoted = "\"";
   for (const char c : cell) quoted += c == '"' ? "\"\"" : std::string(1, c);

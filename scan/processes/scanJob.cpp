@@ -12,13 +12,16 @@ bool isPipe(const VideoSource& source) {
 }
 
 JobEnd judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFile* rows,
-                     VideoResult* result) {
+                     const ProgressListener& onProgress, VideoResult* result) {
+  const auto tellSteps = [&] { onProgress(1.0, result->frames.rows()); };
+  tellSteps();
   judgeResult(settings.thresholds, result);
   result->record.outputs = settings.outputs;
   const bool hasPictures = settings.outputs.hasHtml && !isPipe(job.source);
   const Thumbs thumbs = hasPictures ? settings.outputs.thumbs : Thumbs::NONE;
-  result->thumbnails = makeThumbnails(job.source, result->frames,
-                                      framesToShow(result->events, thumbs, result->frames));
+  result->thumbnails = makeThumbnails(
+      job.source, result->frames, framesToShow(result->events, thumbs, result->frames), tellSteps);
+  tellSteps();
   result->record.pictures = static_cast<int64_t>(result->thumbnails.size());
   return {false, storeResult(job.folder, *result, rows)};
 }
@@ -30,7 +33,7 @@ JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,
   removeLeftovers(job.folder);
   VideoResult stored;
   if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
-    return judgeAndStore(job, settings, nullptr, &stored);
+    return judgeAndStore(job, settings, nullptr, onProgress, &stored);
   }
   OutputFile rows;
   const bool hasRows = settings.outputs.hasCsv;
@@ -46,7 +49,7 @@ JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,
       analyseSource(job.source, analysis, threads, hasRows ? rows.stream : nullptr, onProgress);
   const std::optional<AnalysisFacts>& facts = result.record.analysis;
   if (facts && facts->endedBy == AnalysisEnd::DAMAGE) return {true, ""};
-  return judgeAndStore(job, settings, hasRows ? &rows : nullptr, &result);
+  return judgeAndStore(job, settings, hasRows ? &rows : nullptr, onProgress, &result);
 }
 
 }  // namespace

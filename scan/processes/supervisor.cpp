@@ -158,6 +158,15 @@ bool isStalled(const Run& run, size_t i) {
   return !isPipe && run.limits.stallTimeout > 0.0 && silence.count() > run.limits.stallTimeout;
 }
 
+// Where this process has been away, its workers may have been, too: a group that was suspended, a
+// machine that slept. Their silence starts anew.
+void forgiveAbsence(Clock::time_point lastTick, Run* run) {
+  constexpr auto LONG = std::chrono::seconds(1) + std::chrono::milliseconds(TICK);
+  const Clock::time_point now = Clock::now();
+  if (now - lastTick < LONG) return;
+  std::fill(run->lastNews.begin(), run->lastNews.end(), now);
+}
+
 void serve(Run* run, size_t i) {
   Task& task = (*run->tasks)[i];
   if (task.worker.log >= 0) readLog(&task.worker, run->limits.isVerbose);
@@ -192,8 +201,11 @@ int superviseTasks(const ScanSettings& settings, const TaskLimits& limits,
 
   Run run = {settings, limits, listener, tasks, {}, 0, false, false};
   run.lastNews.resize(tasks->size());
+  Clock::time_point lastTick = Clock::now();
   for (startTasks(&run); running(*tasks) > 0; startTasks(&run)) {
     waitForNews(*tasks, signals);
+    forgiveAbsence(lastTick, &run);
+    lastTick = Clock::now();
     handleSignal(&run, signals);
     for (size_t i = 0; i < tasks->size(); ++i) {
       if ((*tasks)[i].state == TaskState::RUNNING) serve(&run, i);

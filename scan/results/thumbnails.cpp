@@ -153,12 +153,14 @@ std::vector<int64_t> framesToShow(const std::vector<Event>& events, Thumbs thumb
 }
 
 Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
-                          const std::vector<int64_t>& wanted) {
+                          const std::vector<int64_t>& wanted,
+                          const std::function<void()>& onPicture) {
   Thumbnails thumbnails;
   FrameSearch search;
   if (wanted.empty() || !startSearch(source, &search)) return thumbnails;
   const std::vector<int64_t> keys = keyRows(frames);
   for (const int64_t frame : wanted) {
+    onPicture();
     if (!find(frames, keys, frame - frames.firstFrame, &search)) continue;
     const std::string jpeg = jpegOf(*search.picture, shapeOf(*search.reader, search.picture.get()));
     if (!jpeg.empty()) thumbnails[frame] = jpeg;

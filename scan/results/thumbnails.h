@@ -2,6 +2,7 @@
 #ifndef LUMASCAN_THUMBNAILS_H
 #define LUMASCAN_THUMBNAILS_H
 
+#include <functional>
 #include <vector>
 
 #include "scan/record/videoResult.h"
@@ -13,8 +14,10 @@ std::vector<int64_t> framesToShow(const std::vector<Event>& events, Thumbs thumb
                                   const FrameTable& frames);
 
 // Reads the video once more, from key frame to key frame where it can be sought, and makes a JPEG
-// picture of each of these frames. One that is not found again is left out.
-Thumbnails makeThumbnails(const VideoSource& source, const FrameTable& frames,
-                          const std::vector<int64_t>& wanted);
+// picture of each of these frames. One that is not found again is left out. `onPicture` is told
+// before each.
+Thumbnails makeThumbnails(
+    const VideoSource& source, const FrameTable& frames, const std::vector<int64_t>& wanted,
+    const std::function<void()>& onPicture = [] {});
 
 #endif

@@ -24,8 +24,12 @@ std::vector<std::string> scanFolders(const std::string& results) {
   return folders;
 }
 
+bool isOfPipe(const InputFacts& input) {
+  return input.path == "-";
+}
+
 bool isVideoGone(const InputFacts& input, const std::vector<std::string>& folders) {
-  if (input.path == "-" || input.pathUri.empty()) return false;
+  if (isOfPipe(input) || input.pathUri.empty()) return false;
   const std::string path = pathOfUri(input.pathUri);
   return std::all_of(folders.begin(), folders.end(), [&](const std::string& folder) {
     std::error_code ignored;

@@ -11,6 +11,9 @@
 // those in which scans into this folder of results were started, as its run.json says.
 std::vector<std::string> scanFolders(const std::string& results);
 
+// Whether a video came through standard input: it is nowhere.
+bool isOfPipe(const InputFacts& input);
+
 // Whether a video is in none of these folders. What came through a pipe never is gone, nor is what
 // cannot be looked for.
 bool isVideoGone(const InputFacts& input, const std::vector<std::string>& folders);

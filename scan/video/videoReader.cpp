@@ -257,7 +257,7 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   listenToFfmpeg();
   AVFormatContext* container = avformat_alloc_context();
   container->opaque = &reader->log;
-  const std::string refusal = openContainer(source, &reader->input, &container);
+  std::string refusal = openContainer(source, &reader->input, &container);
   if (!refusal.empty()) return refusal;
   reader->container.reset(container);
   int error = 0;

@@ -265,6 +265,7 @@ const Stored& stored() {
     result.options.raw = result.job.source;
     result.options.raw.path = "";
     result.options.output = folder() + "/results";
+    result.options.isTakenOver = true;  // no scan has marked it
     result.options.choice.thumbs = Thumbs::NONE;
     result.options.progress = ProgressStyle::NONE;
     result.job.folder = resultFolder(result.options.output, result.job.source);

@@ -78,6 +78,9 @@ TEST(Pruning, removesNothing_whereNoVideoIsThere) {
   scanThree(directory);
   fs::rename(directory.path + "/films", directory.path + "/unmounted");
   fs::remove(directory.path + "/elsewhere/c.mkv");
+  // What came through a pipe says nothing about disks.
+  writeFile(directory.path + "/stream", streamedVideo(directory));
+  ASSERT_EQ(lumascan(directory, {"-", "-q"}, directory.path + "/stream").status, 0);
   const auto before = filesBelow(directory.path + "/lumascan-results");
   const ProgramRun run = lumascan(directory, {"prune"});
   EXPECT_EQ(run.status, 3);
@@ -89,6 +92,7 @@ TEST(Pruning, removesNothing_whereNoVideoIsThere) {
   EXPECT_EQ(lumascan(directory, {"prune", "--force", "-q"}).out, "");
   EXPECT_FALSE(fs::exists(directory.path + "/lumascan-results/films"));
   EXPECT_FALSE(fs::exists(resultFolder(directory, "c.mkv")));
+  EXPECT_TRUE(fs::exists(resultFolder(directory, "stdin")));
 }
 
 TEST(Pruning, leavesWhatIsNotItsOwn) {
