@@ -17,12 +17,12 @@ struct OutputFile {
 
   FILE* stream = nullptr;
   std::string path;
-  int folder = -1;            // that it is in, open: what becomes of the folder's name is the same
-  std::string temporaryName;  // in that
+  int folder = -1;            // the open folder that it is in, which may be renamed meanwhile
+  std::string temporaryName;  // in that folder
 };
 
-// Starts a file. False, with errno set, when it cannot be created. Follows no link and takes no
-// place of another file.
+// Starts a file. False, with errno set, when it cannot be created. What is written until it is
+// committed is a new file: no link is followed, and no other file is written over.
 bool openOutput(const std::string& path, OutputFile* file);
 
 // Sees that all is on the disk, then gives the file its name, in place of what had it before.

@@ -446,7 +446,7 @@ TEST(Commands, takeAMinusForStandardInput_butAFileOfThatNameForAFile) {
   EXPECT_EQ(file["input"]["path"], "./-");
   EXPECT_EQ(file["analysis"]["frames"], 25);
   EXPECT_TRUE(file["input"]["size"].is_number());
-  EXPECT_EQ(lumascan(directory, {"."}).out.find("./- (up to date)") == std::string::npos, false);
+  EXPECT_NE(lumascan(directory, {"."}).out.find("./- (up to date)"), std::string::npos);
   writeFile(directory.path + "/list", "-\n");
   EXPECT_EQ(lumascan(directory, {"--files-from", "list", "-n"}).out,
             "up to date  ./- -> lumascan-results/-.lumascan\n");
