@@ -11,25 +11,29 @@
 #include <utility>
 #include <vector>
 
-// Pieces of a column, in a temporary file without a name: it is in the folder that TMPDIR names, or
-// in /var/tmp, and is made for the first piece. Throws std::system_error when the file fails.
-class PieceFile {
+// Pieces of a column, in a temporary file without a name that all columns of the process share. It
+// is in the folder that TMPDIR names, or in /var/tmp, and is made for the first piece. Throws
+// std::system_error when the file fails.
+class Pieces {
  public:
   static constexpr size_t PIECE = 32768;  // bytes
 
-  PieceFile() = default;
-  PieceFile(PieceFile&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
-  PieceFile& operator=(PieceFile&& other) noexcept;
-  PieceFile(const PieceFile&) = delete;
-  PieceFile& operator=(const PieceFile&) = delete;
-  ~PieceFile();
+  Pieces() = default;
+  Pieces(const Pieces&) = delete;
+  Pieces& operator=(const Pieces&) = delete;
+  ~Pieces();
 
   void write(size_t number, const void* piece);
   void read(size_t number, void* piece) const;  // one that was written
+  void swap(Pieces* other) noexcept { places_.swap(other->places_); }
 
  private:
-  int file_ = -1;
+  std::vector<size_t> places_;  // in the file, by the pieces' numbers
 };
+
+// Makes a file for all columns that are filled from here on, which are the first ones: a process
+// that confines itself cannot do it later. Should that fail, it is told when the file is needed.
+void openPieceFile();
 
 // What a vector does, in the memory of one piece: that in which a value was last read or written.
 // Neighbours cost little, a jump costs reading a piece. Not for several threads at once.
@@ -95,7 +99,7 @@ class Column {
   }
 
  private:
-  static constexpr size_t ROWS = PieceFile::PIECE / sizeof(T);  // of a piece
+  static constexpr size_t ROWS = Pieces::PIECE / sizeof(T);  // of a piece
 
   template <typename Values>
   void append(const Values& values) {
@@ -103,7 +107,7 @@ class Column {
   }
 
   void swap(Column* other) noexcept {
-    std::swap(file_, other->file_);
+    pieces_.swap(&other->pieces_);
     std::swap(piece_, other->piece_);
     std::swap(number_, other->number_);
     std::swap(isChanged_, other->isChanged_);
@@ -117,15 +121,15 @@ class Column {
 
   void turnTo(size_t number) const {
     if (piece_ == nullptr) piece_ = std::make_unique<T[]>(ROWS);
-    if (isChanged_) file_.write(number_, piece_.get());
+    if (isChanged_) pieces_.write(number_, piece_.get());
     isChanged_ = false;
     number_ = number;
     // Behind the last value there may be no such piece yet.
-    if (number * ROWS < size_) file_.read(number, piece_.get());
+    if (number * ROWS < size_) pieces_.read(number, piece_.get());
   }
 
   // Reading turns to another piece as well.
-  mutable PieceFile file_;
+  mutable Pieces pieces_;
   mutable std::unique_ptr<T[]> piece_;
   mutable size_t number_ = 0;  // of the piece
   mutable bool isChanged_ = false;

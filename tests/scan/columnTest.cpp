@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr size_t PIECE_VALUES = PieceFile::PIECE / sizeof(double);
+constexpr size_t PIECE_VALUES = Pieces::PIECE / sizeof(double);
 
 Column<double> countingTo(size_t count) {
   std::vector<double> values(count);
@@ -42,7 +42,7 @@ void behavesAsAVector(size_t pieces) {
   std::mt19937 random(1);
   Column<T> column;
   std::vector<T> expected;
-  const size_t rows = pieces * PieceFile::PIECE / sizeof(T) + 5;
+  const size_t rows = pieces * Pieces::PIECE / sizeof(T) + 5;
   while (expected.size() < rows) {
     const auto value = static_cast<T>(random());
     column.push_back(value);
@@ -56,12 +56,13 @@ void behavesAsAVector(size_t pieces) {
   expectSame(column, expected);
 }
 
-// Sets TMPDIR as long as it lives.
+// Sets TMPDIR as long as it lives. Columns that are made meanwhile must go before it does.
 struct TemporaryFolder {
   std::optional<std::string> before;
   explicit TemporaryFolder(const std::string& folder) {
     if (const char* const value = std::getenv("TMPDIR"); value != nullptr) before = value;
     setenv("TMPDIR", folder.c_str(), 1);
+    openPieceFile();
   }
   ~TemporaryFolder() {
     if (before.has_value()) {
@@ -69,10 +70,22 @@ struct TemporaryFolder {
     } else {
       unsetenv("TMPDIR");
     }
+    openPieceFile();
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 };
+
+// Bytes of the file of all columns, which is in a folder and has no name.
+uintmax_t bytesIn(const std::string& folder) {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code closed;
+    const std::string target = std::filesystem::read_symlink(entry.path(), closed);
+    if (target.compare(0, folder.size(), folder) == 0)
+      return std::filesystem::file_size(entry.path());
+  }
+  return 0;
+}
 
 }  // namespace
 
@@ -137,20 +150,32 @@ TEST(Column, leavesNothingInTheFolderOfItsFile) {
   EXPECT_TRUE(std::filesystem::is_empty(directory.path));
 }
 
-TEST(Column, closesItsFile_howeverItIsGivenUp) {
-  const size_t before = openFiles();
-  {
-    Column<double> column = countingTo(2 * PIECE_VALUES);
-    Column<double> other = countingTo(2 * PIECE_VALUES);
-    EXPECT_EQ(openFiles(), before + 2);
-    other = column;  // a copy in place of what it was
-    EXPECT_EQ(openFiles(), before + 2);
+TEST(Column, givesItsPlaceInTheFileToOthers_howeverItIsGivenUp) {
+  const TemporaryDirectory directory;
+  const TemporaryFolder folder(directory.path);
+  for (int i = 0; i < 3; ++i) {
+    Column<double> column = countingTo(3 * PIECE_VALUES);  // of which the last piece is in memory
+    Column<double> other = countingTo(3 * PIECE_VALUES);
+    EXPECT_EQ(bytesIn(directory.path), (i == 0 ? 4 : 7) * Pieces::PIECE);
+    // While it is copied the last piece goes to the file, too; what the copy takes the place of
+    // goes when it is made.
+    other = column;
+    EXPECT_EQ(bytesIn(directory.path), 7 * Pieces::PIECE);
     column = std::move(other);
-    EXPECT_EQ(openFiles(), before + 1);
     const Column<double> last(std::move(column));
-    EXPECT_EQ(openFiles(), before + 1);
+    EXPECT_EQ(bytesIn(directory.path), 7 * Pieces::PIECE);
+    EXPECT_TRUE(last == countingTo(3 * PIECE_VALUES));
   }
-  EXPECT_EQ(openFiles(), before);
+}
+
+TEST(Column, sharesOneFileWithAllOthers) {
+  const size_t before = openFiles();
+  const TemporaryDirectory directory;
+  const TemporaryFolder folder(directory.path);
+  EXPECT_EQ(openFiles(), before + 1);
+  const Column<double> column = countingTo(2 * PIECE_VALUES);
+  const Column<double> other = countingTo(2 * PIECE_VALUES);
+  EXPECT_EQ(openFiles(), before + 1);
 }
 
 TEST(Column, needsNoFile_whenItIsShort) {
@@ -165,7 +190,7 @@ TEST(Column, saysSoWhenItsFileCannotGrow) {
   rlimit before = {};
   getrlimit(RLIMIT_FSIZE, &before);
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit small = {PieceFile::PIECE + 1000, before.rlim_max};  // a piece and some of the next
+  const rlimit small = {Pieces::PIECE + 1000, before.rlim_max};  // a piece and some of the next
   setrlimit(RLIMIT_FSIZE, &small);
   try {
     countingTo(2 * PIECE_VALUES + 1);
