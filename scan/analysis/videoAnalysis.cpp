@@ -1,6 +1,7 @@
 #include "scan/analysis/videoAnalysis.h"
 
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "driver/videoInput.h"
@@ -36,6 +37,8 @@ AnalysisEnd accept(const AVFrame& picture, bool isFirst, FrameImages* images,
       return AnalysisEnd::UNSUPPORTED;
     }
     *images = makeFrameImages(w, h);
+    const bool hasMemory = images->current.data != nullptr && images->previous.data != nullptr;
+    if (!hasMemory) throw std::bad_alloc();
     outcome->lumaPath = lumaPathOf(static_cast<AVPixelFormat>(picture.format));
   }
   const bool isSameSize = w == images->current.w && h == images->current.h;

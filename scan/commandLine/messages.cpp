@@ -24,6 +24,14 @@ bool chooseThresholds(const Options& options, Thresholds* thresholds) {
   return mistake.empty();
 }
 
+bool chooseSandbox(const Options& options, SandboxFacts* sandbox) {
+  *sandbox = trySandbox(options.sandbox);
+  const bool isMissing = !sandbox->isOn && options.sandbox == SandboxMode::REQUIRE;
+  const bool isTold = !sandbox->isOn && options.sandbox == SandboxMode::AUTO && options.isVerbose;
+  if (isMissing || isTold) complain("there is no sandbox here: " + sandbox->whyNot);
+  return !isMissing;
+}
+
 int finishOutput(int status) {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
   complain(std::string("cannot write to standard output: ") + std::strerror(errno));

@@ -17,6 +17,10 @@ std::string quoted(const std::string& name);
 // something wrong with that.
 bool chooseThresholds(const Options& options, Thresholds* thresholds);
 
+// What the processes that decode are to be confined to. False, after a message, when that cannot be
+// had and is required.
+bool chooseSandbox(const Options& options, SandboxFacts* sandbox);
+
 // Sees that all of standard output is written: `status`, or after a message OUTPUT_PROBLEM.
 int finishOutput(int status);
 

@@ -163,6 +163,51 @@ std::string parseProgress(const std::string& text, ProgressStyle* style) {
   return "";
 }
 
+std::string parseSandbox(const std::string& text, SandboxMode* mode) {
+  static const std::map<std::string, SandboxMode> MODES = {
+      {"auto", SandboxMode::AUTO}, {"require", SandboxMode::REQUIRE}, {"off", SandboxMode::OFF}};
+  const auto found = MODES.find(text);
+  if (found == MODES.end()) return "\"" + text + "\" is not one of auto, require and off";
+  *mode = found->second;
+  return "";
+}
+
+// WxH, or their product.
+std::string parsePixels(const std::string& text, int64_t* pixels) {
+  constexpr int64_t MOST = 1 << 30;
+  const char* const end = text.data() + text.size();
+  int64_t height = 1;
+  std::from_chars_result read = std::from_chars(text.data(), end, *pixels);
+  if (read.ec == std::errc() && read.ptr != end && *read.ptr == 'x')
+    read = std::from_chars(read.ptr + 1, end, height);
+  const bool isWhole = read.ec == std::errc() && read.ptr == end;
+  const bool isGood = isWhole && *pixels > 0 && *pixels <= MOST && height > 0 && height <= MOST;
+  if (!isGood) return "\"" + text + "\" is neither a number of pixels nor WIDTHxHEIGHT";
+  *pixels *= height;
+  return "";
+}
+
+// The libraries alone need 30 MB.
+std::string refuseTooLittle(const std::string& bytes) {
+  const double number = std::strtod(bytes.c_str(), nullptr);
+  const bool isEnough = number == 0.0 || (number >= 64 << 20 && number <= 0x1p62);
+  return isEnough ? "" : "\"" + bytes + "\" bytes are neither 0 nor 64M and more";
+}
+
+void addLimits(CLI::App* app, Options* options) {
+  addParsed(app, "--sandbox", "MODE",
+            "confine what decodes to its video and its results: auto (where the system can; the"
+            " usual), require or off",
+            parseSandbox, &options->sandbox);
+  addParsed(app, "--max-pixels", "N|WxH", "of larger pictures none is decoded (16384x16384)",
+            parsePixels, &options->raw.maxPixels);
+  app->add_option("--memory-limit", options->memoryLimit,
+                  "for each file at once, at least 64M; 0: all there is (4G)")
+      ->type_name("SIZE")
+      ->transform(CLI::AsSizeValue(false))
+      ->check(refuseTooLittle);
+}
+
 void addStream(CLI::App* app, Options* options) {
   app->add_option("--stream", options->raw.stream,
                   "number of the video's stream in the file, from 0 (the main video)")
@@ -227,6 +272,7 @@ void addScan(CLI::App* app, Options* options) {
                   "seconds without a new frame at which a file is given up; 0: never (120)")
       ->check(CLI::NonNegativeNumber)
       ->check(refuseNan);
+  addLimits(app, options);
   app->add_flag("--force", options->isForced, "analyse what is up to date, too");
   app->add_flag("-n,--dry-run", options->isDryRun, "say what would be done, and do nothing");
   app->add_flag("--take-over", options->isTakenOver,
@@ -339,6 +385,7 @@ std::optional<int> parseOptions(int argc, char** argv, Options* options) {
   addParsed(probe, "--raw", "WxH@FPS", "files are raw YUV 4:2:0 of 8 bit: WIDTHxHEIGHT@FPS",
             parseRaw, &options->raw);
   addStream(probe, options);
+  addLimits(probe, options);
   CLI::App* const prune = app.add_subcommand("prune", "remove results whose videos are gone");
   prune->add_option("RESULTS", options->inputs, "folders of results (lumascan-results)");
   prune->add_flag("-n,--dry-run", options->isDryRun, "say what would be removed, and do nothing");

@@ -9,6 +9,7 @@
 #include "scan/analysis/videoAnalysis.h"
 #include "scan/events/event.h"
 #include "scan/processes/progressStyle.h"
+#include "scan/processes/sandbox.h"
 #include "scan/record/outputChoice.h"
 
 enum class Verb { SCAN, EVENTS, REPORT, PROBE, PRUNE };
@@ -27,6 +28,8 @@ struct Options {
   std::optional<Severity> failOn;
   int jobs = 0;                 // at once; 0: as many as the machine has cores
   double stallTimeout = 120.0;  // seconds without a new frame; 0: any time
+  SandboxMode sandbox = SandboxMode::AUTO;
+  int64_t memoryLimit = int64_t{4} << 30;  // bytes that a worker may write to; 0: all there are
   bool isForced = false;
   bool isDryRun = false;
   bool isDisarmed = false;   // tables have no cells that spreadsheets take for formulas

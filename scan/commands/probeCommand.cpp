@@ -38,7 +38,10 @@ void printFacts(const Json& file) {
 }
 
 // What a video says about itself, or why it says nothing, as JSON text.
-std::string probed(const VideoSource& source) {
+std::string probed(const VideoSource& source, bool isConfined, int64_t memoryLimit) {
+  limitMemory(memoryLimit);
+  std::string mistake = isConfined ? confineProcess("") : "";
+  if (!mistake.empty()) return jsonText({{"error", "cannot confine a process: " + mistake}});
   VideoReader reader;
   const std::string error = openVideo(source, 1, &reader);
   if (!error.empty()) return jsonText({{"error", error}});
@@ -51,14 +54,19 @@ std::string probed(const VideoSource& source) {
 
 int runProbe(const Options& options) {
   av_log_set_level(options.isVerbose ? AV_LOG_INFO : AV_LOG_QUIET);
+  SandboxFacts sandbox;
+  if (!chooseSandbox(options, &sandbox)) return OUTPUT_PROBLEM;
   std::vector<std::string> problems;
   const std::vector<VideoSource> sources = findInputs(options, &problems);
   for (const std::string& problem : problems) complain(problem);
   int status = problems.empty() ? DONE : INPUT_PROBLEM;
   Json files = Json::array();
   for (const VideoSource& source : sources) {
+    VideoSource open = source;
+    open.file = fileOf(source);
     std::string text;
-    const std::string ending = runInChild([&] { return probed(source); }, &text);
+    const std::string ending =
+        runInChild([&] { return probed(open, sandbox.isOn, options.memoryLimit); }, &text);
     Json file =
         ending.empty() ? Json::parse(text) : Json{{"error", "its probe ended by " + ending}};
     if (file.contains("error")) {

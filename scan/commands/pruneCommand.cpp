@@ -80,7 +80,7 @@ int removeGone(const Options& options, const std::string& results, const Look& l
 }
 
 int prune(const Options& options, const std::string& results) {
-  if (!fs::is_directory(results) || fs::exists(fs::path(results) / "result.json")) {
+  if (!fs::is_directory(results) || fs::is_regular_file(fs::path(results) / "result.json")) {
     complain(quoted(results) + " is no folder of a scan's results");
     return INPUT_PROBLEM;
   }

@@ -146,7 +146,8 @@ int runScan(const Options& options) {
   // A scan goes on when nobody reads what it prints any more.
   std::signal(SIGPIPE, SIG_IGN);
   const auto start = std::chrono::system_clock::now();
-  ScanSettings settings = {options.analysis, DEFAULT_THRESHOLDS, options.choice};
+  ScanSettings settings = {
+      options.analysis, DEFAULT_THRESHOLDS, options.choice, {}, options.memoryLimit};
   if (!chooseThresholds(options, &settings.thresholds)) return USAGE;
   std::vector<std::string> problems;
   const std::vector<VideoSource> sources = findInputs(options, &problems);
@@ -157,6 +158,7 @@ int runScan(const Options& options) {
   if (options.isDryRun)
     return finishOutput(std::max<int>(printPlan(tasks), problems.empty() ? DONE : INPUT_PROBLEM));
   if (tasks.empty()) return INPUT_PROBLEM;
+  if (!chooseSandbox(options, &settings.sandbox)) return OUTPUT_PROBLEM;
 
   std::string lockError;
   const int lock = lockFolder(options.output, options.isTakenOver, &lockError);

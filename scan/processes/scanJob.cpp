@@ -1,7 +1,9 @@
 #include "scan/processes/scanJob.h"
 
+#include <new>
 #include <system_error>
 
+#include "scan/numbers/column.h"
 #include "scan/results/thumbnails.h"
 
 namespace {
@@ -30,7 +32,11 @@ JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,
                        const ProgressListener& onProgress) {
   std::string mistake = makeResultFolder(job.output, job.folder);
   if (!mistake.empty()) return {false, mistake};
-  removeLeftovers(job.folder);
+  if (settings.sandbox.isOn) {
+    openPieceFile();
+    mistake = confineProcess(job.folder);
+    if (!mistake.empty()) return {false, "cannot confine a process: " + mistake};
+  }
   VideoResult stored;
   if (job.freshness == Freshness::JUDGE && readResult(job.folder, &stored).empty()) {
     return judgeAndStore(job, settings, nullptr, onProgress, &stored);
@@ -49,6 +55,7 @@ JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,
       analyseSource(job.source, analysis, threads, hasRows ? rows.stream : nullptr, onProgress);
   const std::optional<AnalysisFacts>& facts = result.record.analysis;
   if (facts && facts->endedBy == AnalysisEnd::DAMAGE) return {true, ""};
+  result.record.sandbox = settings.sandbox;
   return judgeAndStore(job, settings, hasRows ? &rows : nullptr, onProgress, &result);
 }
 
@@ -58,7 +65,23 @@ JobEnd runJob(const ScanJob& job, const ScanSettings& settings,
               const ProgressListener& onProgress) {
   try {
     return analyseAndStore(job, settings, onProgress);
-  } catch (const std::system_error& error) {  // the columns' temporary files, for one
-    return {false, error.what()};
+  } catch (const std::system_error& error) {  // the columns' temporary file, for one
+    const bool isThread = error.code() == std::errc::resource_unavailable_try_again;
+    if (!isThread) return {false, error.what()};
+  } catch (const std::bad_alloc&) {
   }
+  // Every thread of a decoder has pictures of its own.
+  if (job.decoderThreads > 1) return {true, ""};
+  return {false, storeFailure(job, settings, NO_MEMORY)};
+}
+
+std::string storeFailure(const ScanJob& job, const ScanSettings& settings,
+                         const std::string& error) {
+  std::string mistake = makeResultFolder(job.output, job.folder);
+  if (!mistake.empty()) return mistake;
+  VideoResult result = failedResult(job.source, settings.analysis, error);
+  result.record.sandbox = settings.sandbox;
+  judgeResult(settings.thresholds, &result);
+  result.record.outputs = settings.outputs;
+  return storeResult(job.folder, result, nullptr);
 }

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "scan/processes/sandbox.h"
 #include "scan/results/storedResult.h"
 
 // What is asked of every video of a scan.
@@ -11,6 +12,8 @@ struct ScanSettings {
   AnalysisOptions analysis;
   Thresholds thresholds = DEFAULT_THRESHOLDS;
   OutputChoice outputs;
+  SandboxFacts sandbox;     // is on: the process that decodes is confined
+  int64_t memoryLimit = 0;  // bytes that it may write to; 0: all there are
 };
 
 struct ScanJob {
@@ -29,7 +32,13 @@ struct JobEnd {
   std::string outputError;  // why the results could not be stored; empty: they are
 };
 
-// Analyses, judges and stores. Whatever is wrong with the video is said in its result.
+// Analyses, judges and stores, in a process that is confined before it looks at the video.
+// Whatever is wrong with the video is said in its result.
 JobEnd runJob(const ScanJob& job, const ScanSettings& settings, const ProgressListener& onProgress);
+
+// Stores the result of a video of which nothing could be found out. Returns an empty text, or what
+// went wrong.
+std::string storeFailure(const ScanJob& job, const ScanSettings& settings,
+                         const std::string& error);
 
 #endif

@@ -63,17 +63,11 @@ std::vector<std::string> lastLines(const std::string& log) {
   return lines;
 }
 
-void storeFailure(const Run& run, const std::string& what, Task* task) {
+void giveUp(const Run& run, const std::string& what, Task* task) {
   const std::vector<std::string> lines = lastLines(task->worker.logTail);
   std::string error = "its analysis was given up after two attempts: " + what;
   if (!lines.empty()) error += "; last message: " + lines.back();
-  VideoResult result = failedResult(task->job.source, run.settings.analysis, error);
-  task->outputError = makeResultFolder(task->job.output, task->job.folder);
-  if (!task->outputError.empty()) return;
-  removeLeftovers(task->job.folder);
-  judgeResult(run.settings.thresholds, &result);
-  result.record.outputs = run.settings.outputs;
-  task->outputError = storeResult(task->job.folder, result, nullptr);
+  task->outputError = storeFailure(task->job, run.settings, error);
 }
 
 // What a worker came to that did not end by itself.
@@ -92,7 +86,7 @@ void handleFailure(Run* run, const std::string& what, Task* task) {
     for (const std::string& line : lastLines(task->worker.logTail)) {
       run->listener.onMessage("  it said: " + line);
     }
-    storeFailure(*run, what, task);
+    giveUp(*run, what, task);
     finish(run, task);
   }
 }

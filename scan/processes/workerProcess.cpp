@@ -71,6 +71,7 @@ void resetSignals() {
 [[noreturn]] void work(const ScanJob& job, const ScanSettings& settings, bool isVerbose,
                        int messages) {
   offerToBeKilled();
+  limitMemory(settings.memoryLimit);
   av_log_set_level(isVerbose ? AV_LOG_INFO : AV_LOG_ERROR);
   auto last = std::chrono::steady_clock::now() - MESSAGE_INTERVAL;
   const JobEnd end = runJob(job, settings, [&](double position, int64_t frames) {

@@ -97,6 +97,10 @@ Json optionsJson(const AskedOptions& options) {
   return json;
 }
 
+Json sandboxJson(const SandboxFacts& sandbox) {
+  return {{"on", sandbox.isOn}, {"why_not", textOrNull(sandbox.whyNot)}};
+}
+
 Json joinsJson(const std::vector<Join>& joins) {
   Json json = Json::array();
   for (const Join& join : joins) {
@@ -374,6 +378,7 @@ Json resultJson(const ResultRecord& record) {
   json["tool"] = {{"name", TOOL}, {"version", record.toolVersion}};
   json["input"] = inputJson(record.input);
   json["options"] = optionsJson(record.options);
+  json["sandbox"] = sandboxJson(record.sandbox);
   json["analysis"] = record.analysis ? analysisJson(*record.analysis) : Json(nullptr);
   json["status"] = statusName(record.status);
   json["error"] = textOrNull(record.error);
@@ -403,6 +408,8 @@ std::string readRecord(const Json& json, ResultRecord* record) {
   record->input = {textOf(input, "path"), textOf(input, "path_uri"), readFingerprint(input),
                    readStream(input)};
   record->options = readOptions(memberOf(json, "options"));
+  const Json& sandbox = memberOf(json, "sandbox");
+  record->sandbox = {flagOf(sandbox, "on"), textOf(sandbox, "why_not")};
   record->analysis = readAnalysis(memberOf(json, "analysis"));
   record->status = named(textOf(json, "status"), STATUSES, statusName, Status::FAILED);
   record->error = textOf(json, "error");

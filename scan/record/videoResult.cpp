@@ -1,5 +1,6 @@
 #include "scan/record/videoResult.h"
 
+#include <algorithm>
 #include <cmath>
 #include <tuple>
 
@@ -17,6 +18,15 @@ double endOfLast(const FrameTable& frames, double frameRate) {
   return wholeNanoseconds(frames.time.back() + (std::isnan(duration) ? 1.0 / frameRate : duration));
 }
 
+// What follows a shortcoming that may have come from a lack of memory.
+std::string lackOfMemory(const AnalysisOutcome& outcome) {
+  const std::vector<DamageMessage>& said = outcome.firstMessages;
+  const bool isSo = std::any_of(said.begin(), said.end(), [](const DamageMessage& message) {
+    return message.text == NO_MEMORY;
+  });
+  return isSo ? std::string("; ") + NO_MEMORY : "";
+}
+
 // Why the analysis is not complete, in words; empty when it is.
 std::string shortcoming(const AnalysisOutcome& outcome, const std::string& codec) {
   if (outcome.end == AnalysisEnd::SIZE_CHANGE)
@@ -24,12 +34,13 @@ std::string shortcoming(const AnalysisOutcome& outcome, const std::string& codec
   if (!outcome.error.empty()) return outcome.error;
   if (outcome.frames == 0 && codec == "webp")
     return "there is no frame to analyse: FFmpeg does not decode animated WebP";
-  if (outcome.frames == 0) return "there is no frame to analyse";
+  if (outcome.frames == 0) return "there is no frame to analyse" + lackOfMemory(outcome);
   if (outcome.isTruncated) return "the file is cut: its end is missing";
-  if (outcome.decodeErrors == 1) return "a packet could not be decoded: its picture is missing";
+  if (outcome.decodeErrors == 1)
+    return "a packet could not be decoded: its picture is missing" + lackOfMemory(outcome);
   if (outcome.decodeErrors > 1) {
     return std::to_string(outcome.decodeErrors) +
-           " packets could not be decoded: their pictures are missing";
+           " packets could not be decoded: their pictures are missing" + lackOfMemory(outcome);
   }
   return "";
 }

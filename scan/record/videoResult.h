@@ -53,11 +53,18 @@ struct AnalysisFacts {
   AnalysisEnd endedBy = AnalysisEnd::COMPLETE;
 };
 
+// Whether what decoded the video was confined to what it needs.
+struct SandboxFacts {
+  bool isOn = false;
+  std::string whyNot;  // empty: it is on, or a stored result does not say
+};
+
 // docs/results.md, without the events.
 struct ResultRecord {
   std::string toolVersion = LUMASCAN_VERSION;
   InputFacts input;
   AskedOptions options;
+  SandboxFacts sandbox;
   std::optional<AnalysisFacts> analysis;  // none of what cannot be opened
   Status status = Status::FAILED;
   std::string error;  // why it is not complete, in words; empty: it is

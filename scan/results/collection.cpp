@@ -82,16 +82,20 @@ std::vector<IndexEntry> readEntries(const std::string& folder, bool isDisarmed, 
   return entries;
 }
 
+bool isResult(const fs::path& folder) {
+  std::error_code ignored;
+  return fs::is_regular_file(folder / "result.json", ignored);
+}
+
 }  // namespace
 
 std::vector<std::string> storedResults(const std::string& folder) {
   std::vector<std::string> folders;
   std::error_code error;
-  if (fs::exists(fs::path(folder) / "result.json", error)) return {folder};
+  if (isResult(folder)) return {folder};
   for (fs::recursive_directory_iterator walk(folder, error), end; !error && walk != end;
        walk.increment(error)) {
-    std::error_code ignored;
-    if (!fs::exists(walk->path() / "result.json", ignored)) continue;
+    if (!isResult(walk->path())) continue;
     folders.push_back(walk->path().string());
     walk.disable_recursion_pending();
   }

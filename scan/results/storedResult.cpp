@@ -53,7 +53,6 @@ std::vector<fs::path> picturePaths(const fs::path& folder) {
 void removePictures(const fs::path& folder) {
   std::error_code ignored;
   for (const fs::path& path : picturePaths(folder)) fs::remove(path, ignored);
-  if (isOwnFolder(folder)) removeLeftovers(folder.string());
   fs::remove(folder, ignored);
 }
 
@@ -107,10 +106,14 @@ void writeResultJson(const VideoResult& result, FILE* out) {
   writeText("\n}\n", out);
 }
 
-// A folder of videos may be called like a file over all results.
-std::string unlikeOwnFiles(const std::string& name, bool isAtTop) {
-  constexpr std::array OWN = {"index.html", "summary.csv", "events.csv", "run.json"};
-  return isAtTop && std::find(OWN.begin(), OWN.end(), name) != OWN.end() ? name + "~" : name;
+// A folder of videos may be called like a file over all results, or like a result. Such a name, and
+// what it becomes, gets an ending that nothing of lumascan has.
+std::string unlikeOwn(const std::string& name, bool isAtTop) {
+  constexpr std::array OWN = {"index.html", "summary.csv", "events.csv", "run.json",
+                              ".lumascan-lock"};
+  const std::string plain = name.substr(0, name.find_last_not_of('~') + 1);
+  const bool isFile = isAtTop && std::find(OWN.begin(), OWN.end(), plain) != OWN.end();
+  return isFile || fs::path(plain).extension() == ".lumascan" ? name + "~" : name;
 }
 
 // The name, or where no folder could have it with its ending behind it, what there is room for and
@@ -134,8 +137,7 @@ std::string resultFolder(const std::string& output, const VideoSource& source) {
   const bool isBelow = !fromHere.empty() && *fromHere.begin() != "..";
   const fs::path relative = isBelow ? fromHere : absolute.relative_path();
   fs::path folder = output;
-  for (const fs::path& name : relative.parent_path())
-    folder /= unlikeOwnFiles(name, folder == output);
+  for (const fs::path& name : relative.parent_path()) folder /= unlikeOwn(name, folder == output);
   return folder / (shortName(relative.filename()) + ".lumascan");
 }
 
@@ -208,6 +210,7 @@ std::string removeResult(const std::string& folder, const std::string& results) 
     if (!error) fs::remove(place / name, error);
   }
   if (error) return "cannot remove \"" + printableName(folder) + "\": " + error.message();
+  if (isOwnFolder(place / "thumbs")) removeLeftovers(place / "thumbs");
   removePictures(place / "thumbs");
   removeLeftovers(folder);
   for (fs::path empty = place; empty != results; empty = empty.parent_path()) {
@@ -225,7 +228,11 @@ std::string makeResultFolder(const std::string& output, const std::string& folde
       return "\"" + printableName(place.string()) +
              "\" is a link: results are not written through it";
   }
-  return makeFolder(folder);
+  std::string mistake = makeFolder(folder);
+  for (const fs::path& own : {fs::path(folder), fs::path(folder) / "thumbs"}) {
+    if (mistake.empty() && isOwnFolder(own)) removeLeftovers(own.string());
+  }
+  return mistake;
 }
 
 std::string beginRows(const std::string& folder, OutputFile* rows) {

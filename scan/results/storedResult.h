@@ -37,8 +37,9 @@ std::string readResult(const std::string& folder, VideoResult* result);
 // The pictures that are stored.
 Thumbnails readThumbnails(const std::string& folder);
 
-// Makes a result's folder below that of all results. A link on the way is refused: what is at its
-// other end is not lumascan's. Returns an empty text, or what went wrong.
+// Makes a result's folder below that of all results, or removes what processes that are gone have
+// left in it unfinished. A link on the way is refused: what is at its other end is not lumascan's.
+// Returns an empty text, or what went wrong.
 std::string makeResultFolder(const std::string& output, const std::string& folder);
 
 // Begins rows.tsv in the folder. Returns an empty text, or what went wrong.

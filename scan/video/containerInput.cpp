@@ -191,7 +191,9 @@ std::string openAs(const VideoSource& source, ContainerInput* input, AVFormatCon
 bool isVideoContainer(const std::string& demuxer) {
   const bool isStill = demuxer.size() > STILL.size() &&
                        demuxer.compare(demuxer.size() - STILL.size(), STILL.size(), STILL) == 0;
-  return isStill || isAmong(demuxer, VIDEO_CONTAINERS);
+  // A drawing is made of what it finds on the machine: fonts, for one.
+  const bool isDrawing = demuxer == "svg_pipe";
+  return (isStill && !isDrawing) || isAmong(demuxer, VIDEO_CONTAINERS);
 }
 
 OpenInput fileOf(const VideoSource& source) {

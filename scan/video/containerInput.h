@@ -14,8 +14,9 @@ struct VideoSource {
   int rawHeight = 0;    // frames of this size
   std::string rawRate;  // and so many per second, a number or a fraction
   int stream = -1;      // the number of a stream of the file; negative: its main video
-  bool isStandardInput = false;  // it is a YUV4MPEG stream from there
-  OpenInput file = nullptr;      // open; none: it is to be opened by its path
+  bool isStandardInput = false;                // it is a YUV4MPEG stream from there
+  OpenInput file = nullptr;                    // open; none: it is to be opened by its path
+  int64_t maxPixels = int64_t{16384} * 16384;  // of a picture; larger ones are not decoded
 };
 
 // The source's file, opened where it is not.

@@ -12,6 +12,8 @@ constexpr std::string_view DAMAGED_PACKET = "Packet corrupt (stream = %d";
 constexpr std::string_view LOST_PACKETS = "Continuity check failed for pid %d";
 // Of a parser, which names a decoder of its own.
 constexpr std::string_view LOST_PICTURE = "missing picture in access unit";
+// Of what checks sizes, for whomever.
+constexpr std::string_view REFUSED_SIZE = "Picture size %ux%u ";
 
 thread_local AVFormatContext* readContainer = nullptr;
 
@@ -74,11 +76,21 @@ void addReadersMessage(const AVClass* kind, int level, const char* format, va_li
   addContainerMessage(*readContainer, level, format, arguments);
 }
 
+void noteRefusedSize(va_list arguments) {
+  const auto w = va_arg(arguments, unsigned int);
+  const auto h = va_arg(arguments, unsigned int);
+  if (readContainer == nullptr || w == 0 || h == 0) return;
+  auto* const log = static_cast<DamageLog*>(readContainer->opaque);
+  log->refusedSize = std::to_string(w) + 'x' + std::to_string(h);
+}
+
 void listen(void* source, int level, const char* format, va_list arguments) {
   const AVClass* const kind = source == nullptr ? nullptr : *static_cast<const AVClass**>(source);
   va_list copy;
   va_copy(copy, arguments);
-  if (kind == avformat_get_class()) {
+  if (startsWith(format, REFUSED_SIZE)) {
+    noteRefusedSize(copy);
+  } else if (kind == avformat_get_class()) {
     addContainerMessage(*static_cast<AVFormatContext*>(source), level, format, copy);
   } else if (kind == avcodec_get_class() &&
              static_cast<AVCodecContext*>(source)->opaque != nullptr) {

@@ -28,7 +28,8 @@ struct DamageLog {
   std::mutex mutex;
   std::vector<ContainerMessage> ofContainer;
   std::vector<std::string> ofDecoder;
-  std::string unfinished;  // a line of the decoder that has no end yet
+  std::string unfinished;   // a line of the decoder that has no end yet
+  std::string refusedSize;  // "WxH" of pictures that were too large for whoever looked into them
 };
 
 // From now on, what FFmpeg says about a container or by a decoder whose `opaque` is a log goes

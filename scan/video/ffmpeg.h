@@ -30,7 +30,10 @@ struct FfmpegDeleter {
 template <typename T>
 using FfmpegOwner = std::unique_ptr<T, FfmpegDeleter>;
 
+constexpr char NO_MEMORY[] = "it takes more memory than there is, or than --memory-limit allows";
+
 inline std::string ffmpegError(int code) {
+  if (code == AVERROR(ENOMEM)) return NO_MEMORY;
   char text[AV_ERROR_MAX_STRING_SIZE] = {};
   av_strerror(code, text, sizeof text);
   return text;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 namespace {
@@ -78,8 +79,8 @@ AVPixelFormat scalerTarget(AVPixelFormat format) {
                                                         : AV_PIX_FMT_YUV420P;
 }
 
-// A scaler of the picture's size and format, which changes the format alone; null when there is
-// none.
+// A scaler of the picture's size and format, which changes the format alone; null when there is no
+// memory for it.
 FfmpegOwner<SwsContext> makeScaler(const AVFrame& picture, AVPixelFormat target) {
   FfmpegOwner<SwsContext> scaler(sws_alloc_context());
   if (scaler == nullptr) return nullptr;
@@ -100,12 +101,14 @@ bool convert(const AVFrame& picture, LumaConverter* converter, uint8_t* luma) {
       converter->w != picture.width || converter->h != picture.height) {
     *converter = {makeScaler(picture, target), format, picture.width, picture.height};
   }
-  if (converter->scaler == nullptr) return false;
+  if (converter->scaler == nullptr) throw std::bad_alloc();
   const FfmpegOwner<AVFrame> converted(av_frame_alloc());
   converted->format = target;
   converted->width = picture.width;
   converted->height = picture.height;
-  if (sws_scale_frame(converter->scaler.get(), converted.get(), &picture) < 0) return false;
+  const int scaled = sws_scale_frame(converter->scaler.get(), converted.get(), &picture);
+  if (scaled == AVERROR(ENOMEM)) throw std::bad_alloc();
+  if (scaled < 0) return false;
   readLuma(*converted, luma);
   return true;
 }

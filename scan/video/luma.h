@@ -27,7 +27,7 @@ struct LumaConverter {
 };
 
 // Writes the picture's luma to `luma`, w * h samples without padding between the rows. False when
-// the picture's format has no path to it.
+// the picture's format has no path to it. Throws std::bad_alloc.
 bool convertToLuma(const AVFrame* picture, LumaConverter* converter, uint8_t* luma);
 
 #endif

@@ -117,7 +117,8 @@ void forgetBeginning(VideoReader* reader) {
   reader->decodeErrors = reader->refusedBefore;
 }
 
-void countRefusal(VideoReader* reader) {
+void countRefusal(int error, VideoReader* reader) {
+  if (error == AVERROR(ENOMEM)) addDamage({reader->packetTime, false, NO_MEMORY}, reader);
   ++(reader->hasKeyPacket ? reader->decodeErrors : reader->refusedBefore);
 }
 
@@ -235,7 +236,7 @@ int feed(VideoReader* reader) {
     return container->pb->error;
   }
   const int sent = avcodec_send_packet(reader->decoder.get(), reader->isDrained ? nullptr : packet);
-  if (sent < 0) countRefusal(reader);
+  if (sent < 0) countRefusal(sent, reader);
   takeDecoderMessages(reader);
   return 0;
 }
@@ -251,6 +252,34 @@ int cleanBuffer(AVCodecContext* decoder, AVFrame* picture, int flags) {
   return error;
 }
 
+// Why a video is not decoded of which the pictures are too large; else an empty text.
+std::string sizeRefusal(const AVCodecParameters& video, int64_t maxPixels, const DamageLog& log) {
+  const bool isKnown = video.width > 0 && video.height > 0;
+  const bool isTooLarge =
+      isKnown ? int64_t{video.width} * video.height > maxPixels : !log.refusedSize.empty();
+  const std::string size =
+      isKnown ? std::to_string(video.width) + 'x' + std::to_string(video.height) : log.refusedSize;
+  return isTooLarge ? "its pictures of " + size + " are larger than FFmpeg or --max-pixels allows"
+                    : "";
+}
+
+// What FFmpeg's decoders may take a picture for before anybody knows its size: they count the
+// borders that they give it.
+int64_t pixelsWithBorders(int64_t maxPixels) {
+  constexpr int64_t OF_SMALL_ONES = 1 << 20;
+  return std::min(int64_t{INT_MAX}, 2 * maxPixels + OF_SMALL_ONES);
+}
+
+// Looks into the streams, decoding some of their first pictures if need be.
+int findStreams(AVFormatContext* container, int64_t maxPixels) {
+  std::vector<AVDictionary*> options(container->nb_streams, nullptr);
+  for (AVDictionary*& each : options)
+    av_dict_set_int(&each, "max_pixels", pixelsWithBorders(maxPixels), 0);
+  const int error = avformat_find_stream_info(container, options.data());
+  for (AVDictionary*& each : options) av_dict_free(&each);
+  return error;
+}
+
 }  // namespace
 
 std::string openVideo(const VideoSource& source, int threads, VideoReader* reader) {
@@ -263,7 +292,7 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   int error = 0;
   {
     const Listening listening(container);
-    error = avformat_find_stream_info(container, nullptr);
+    error = findStreams(container, source.maxPixels);
   }
   if (error < 0) return ffmpegError(error);
 
@@ -281,10 +310,13 @@ std::string openVideo(const VideoSource& source, int threads, VideoReader* reade
   if (found < 0) return ffmpegError(found);
   reader->stream = container->streams[found];
   reader->start = startOf(*container);
+  refusal = sizeRefusal(*reader->stream->codecpar, source.maxPixels, reader->log);
+  if (!refusal.empty()) return refusal;
 
   reader->decoder.reset(avcodec_alloc_context3(codec));
   error = avcodec_parameters_to_context(reader->decoder.get(), videoStream(*reader).codecpar);
   if (error < 0) return ffmpegError(error);
+  reader->decoder->max_pixels = pixelsWithBorders(source.maxPixels);
   reader->decoder->pkt_timebase = videoStream(*reader).time_base;
   // Damaged VP8 may be decoded in another way by several threads without a word.
   const bool isAlone = threads == 1 || codec->id == AV_CODEC_ID_VP8;
@@ -313,7 +345,7 @@ ReadResult readFrame(VideoReader* reader, AVFrame* picture, std::string* error) 
       return ReadResult::FRAME;
     }
     if (received == AVERROR_EOF) return ReadResult::END;
-    if (received != AVERROR(EAGAIN)) countRefusal(reader);
+    if (received != AVERROR(EAGAIN)) countRefusal(received, reader);
     if (reader->isDrained) {
       if (++errorsAtEnd == MOST_ERRORS_AT_END) return ReadResult::END;
       continue;

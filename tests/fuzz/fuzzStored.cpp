@@ -252,7 +252,7 @@ std::string makeVideo() {
 }
 
 ScanSettings settingsOf(const OutputChoice& outputs) {
-  return {{}, DEFAULT_THRESHOLDS, outputs};
+  return {{}, DEFAULT_THRESHOLDS, outputs, {}, 0};
 }
 
 const Stored& stored() {

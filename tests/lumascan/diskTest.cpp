@@ -45,8 +45,9 @@ TEST(Disk, hasEachFileBeforeItsName_andTheNameBeforeTheNextFile) {
   makeVideo(directory, "a.mp4");
   const std::string here = fs::canonical(directory.path).string();
   const std::string results = here + "/results";
-  const ProgramRun run = lumascan(directory, {"a.mp4", "-j", "1", "-o", results}, "/dev/null",
-                                  [&] { watchDisk("DISK_LOG", here + "/disk.log"); });
+  const ProgramRun run =
+      lumascan(directory, {"a.mp4", "-j", "1", "-o", results, "--sandbox", "off"}, "/dev/null",
+               [&] { watchDisk("DISK_LOG", here + "/disk.log"); });
   EXPECT_EQ(run.status, 0) << run.err;
   const std::vector<std::string> steps = linesOf(readFile(here + "/disk.log"));
   // Three for each file: its bytes, its name, and the folder, which holds the name.

@@ -57,7 +57,8 @@ run 0 probeJson probe --json --raw 256x256@25 cut.yuv
 
 rm whole.yuv cut.yuv tooShort.yuv text.mp4 other.json
 find . '(' -name '*.json' -o -name '*.out' ')' -exec sed -i -E \
-  -e 's/"(mtime_ns|elapsed_s)": [0-9.e-]+/"\1": 0/' -e 's/"started": "[^"]*"/"started": ""/' -e "s|$work|FOLDER|" '{}' +
+  -e 's/"(mtime_ns|elapsed_s)": [0-9.e-]+/"\1": 0/' -e 's/"started": "[^"]*"/"started": ""/' -e "s|$work|FOLDER|" \
+  -e 's/"on": (true|false)/"on": true/' -e 's/"why_not": .*/"why_not": null/' '{}' +
 find . -name '*.html' -exec sed -i -n '/^<main>/,/<\/main>/p; /id="model">/p' '{}' +
 
 # The short range as it is, for people to see what differs; of everything a checksum.

@@ -393,8 +393,14 @@ TEST(Results, haveAFolder_howeverLongTheVideosNameIs) {
 TEST(Results, ofFoldersThatAreCalledLikeTheirOwnFilesStandBesideThese) {
   const TemporaryDirectory directory;
   fs::create_directory(directory.path + "/run.json");
+  fs::create_directory(directory.path + "/result.json");
   makeClip(directory, "run.json/a.mkv", {"-c:v", "ffv1", "-frames:v", "2"});
-  EXPECT_EQ(lumascan(directory, {"run.json", "-q"}).status, 0);
-  EXPECT_EQ(readJson(directory, "lumascan-results/run.json")["files"][0]["folder"],
-            "run.json~/a.mkv.lumascan");
+  fs::copy(directory.path + "/run.json/a.mkv", directory.path + "/result.json/b.mkv");
+  EXPECT_EQ(lumascan(directory, {"run.json", "result.json", "-q"}).status, 0);
+  const Json run = readJson(directory, "lumascan-results/run.json");
+  EXPECT_EQ(run["files"][0]["folder"], "run.json~/a.mkv.lumascan");
+  EXPECT_EQ(run["files"][1]["folder"], "result.json/b.mkv.lumascan");
+  EXPECT_EQ(linesOf(readFile(directory.path + "/lumascan-results/summary.csv")).size(), 3U);
+  // The table of all results takes the folder for none.
+  EXPECT_EQ(lumascan(directory, {"events", "lumascan-results"}).status, 0);
 }

@@ -141,7 +141,7 @@ TEST(ContainerInput, isOfOneFile_whateverTheDemuxer) {
   for (const char* const name : {"mov,mp4,m4a,3gp,3g2,mj2", "matroska,webm", "avi", "png_pipe"}) {
     EXPECT_EQ(found.count(name), 1U) << name;
   }
-  for (const char* const name : {"", "_pipe", "mp4", "image2pipe", "avi,mov"}) {
+  for (const char* const name : {"", "_pipe", "mp4", "image2pipe", "avi,mov", "svg_pipe"}) {
     EXPECT_FALSE(isVideoContainer(name)) << name;
   }
 }

@@ -273,7 +273,7 @@ TEST(ParseOptions, refusesOptionsWithoutTheirValue) {
   for (const char* const option :
        {"--output", "--jobs", "--include", "--exclude", "--files-from", "--raw", "--start", "--end",
         "--fps", "--indicators", "--formats", "--thumbs", "--progress", "--stall-timeout",
-        "--thresholds", "--fail-on"}) {
+        "--thresholds", "--fail-on", "--sandbox", "--memory-limit", "--max-pixels"}) {
     expectMistake({"a.mp4", option}, option);
   }
 }
@@ -289,6 +289,39 @@ TEST(ParseOptions, refusesNumbersOutOfTheirRange) {
   }
   for (const char* const number : {"-1", "x", "nan", "2m"}) {
     expectMistake({"a.mp4", std::string("--stall-timeout=") + number}, "--stall-timeout");
+  }
+}
+
+TEST(ParseOptions, takesLimitsOfWhatDecodes) {
+  const Options usual = scanWith({});
+  EXPECT_EQ(usual.sandbox, SandboxMode::AUTO);
+  EXPECT_EQ(usual.memoryLimit, 4294967296);   // 4 GiB
+  EXPECT_EQ(usual.raw.maxPixels, 268435456);  // 16384 * 16384
+  for (const char* const verb : {"scan", "probe"}) {
+    const Options options = optionsOf({verb, "a.mp4", "--sandbox", "require", "--memory-limit",
+                                       "500M", "--max-pixels", "7680x4320"});
+    EXPECT_EQ(options.sandbox, SandboxMode::REQUIRE);
+    EXPECT_EQ(options.memoryLimit, 524288000);   // 500 * 1024 * 1024
+    EXPECT_EQ(options.raw.maxPixels, 33177600);  // 7680 * 4320
+  }
+  EXPECT_EQ(scanWith({"--sandbox", "off"}).sandbox, SandboxMode::OFF);
+  EXPECT_EQ(scanWith({"--sandbox", "auto"}).sandbox, SandboxMode::AUTO);
+  EXPECT_EQ(scanWith({"--memory-limit", "0"}).memoryLimit, 0);
+  EXPECT_EQ(scanWith({"--memory-limit", "64MiB"}).memoryLimit, 67108864);
+  EXPECT_EQ(scanWith({"--memory-limit", "67108864"}).memoryLimit, 67108864);
+  EXPECT_EQ(scanWith({"--max-pixels", "1"}).raw.maxPixels, 1);
+  EXPECT_EQ(scanWith({"--max-pixels", "1073741824x1073741824"}).raw.maxPixels, int64_t{1} << 60);
+}
+
+TEST(ParseOptions, refusesLimitsThatAreNone) {
+  expectMistake({"a.mp4", "--sandbox=on"}, "\"on\" is not one of auto, require and off");
+  for (const char* const bytes : {"-1", "x", "63M", "67108863", "1", "16E", "nan"}) {
+    expectMistake({"a.mp4", std::string("--memory-limit=") + bytes}, "--memory-limit");
+  }
+  for (const char* const pixels :
+       {"0", "-1", "x", "8x", "x8", "0x8", "8x0", "8x8x8", "8.5", "1073741825", "8X8"}) {
+    expectMistake({"a.mp4", std::string("--max-pixels=") + pixels},
+                  '"' + std::string(pixels) + "\" is neither a number of pixels nor WIDTHxHEIGHT");
   }
 }
 

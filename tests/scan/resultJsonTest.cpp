@@ -159,6 +159,20 @@ TEST(ResultJson, hasTheRateThatWasAsked_howeverSmall) {
   EXPECT_EQ(resultJson(record)["options"]["fps"], nullptr);
 }
 
+TEST(ResultJson, saysWhetherTheDecoderWasConfined) {
+  ResultRecord record = fullRecord();
+  record.sandbox = {true, ""};
+  EXPECT_EQ(resultJson(record)["sandbox"].dump(), R"({"on":true,"why_not":null})");
+  EXPECT_EQ(again(resultJson(record))["sandbox"], resultJson(record)["sandbox"]);
+  record.sandbox = {false, "no kernel"};
+  EXPECT_EQ(resultJson(record)["sandbox"].dump(), R"({"on":false,"why_not":"no kernel"})");
+  EXPECT_EQ(again(resultJson(record))["sandbox"], resultJson(record)["sandbox"]);
+  // Older results do not say.
+  Json json = resultJson(record);
+  json.erase("sandbox");
+  EXPECT_EQ(again(json)["sandbox"].dump(), R"({"on":false,"why_not":null})");
+}
+
 TEST(ResultJson, passesOverIndicatorsThatItDoesNotKnow) {
   Json json = resultJson(fullRecord());
   json["analysis"]["indicators"] = {"noise", "shine", "slice"};

@@ -106,12 +106,23 @@ TEST(ResultFolder, takesNamesThatBeginWithDotsForNames) {
 
 TEST(ResultFolder, isNoFileOfTheFolderOfAllResults) {
   const CurrentFolder here;
-  for (const char* const name : {"index.html", "summary.csv", "events.csv", "run.json"}) {
+  for (const char* const name :
+       {"index.html", "summary.csv", "events.csv", "run.json", ".lumascan-lock"}) {
     const std::string own = name;
+    EXPECT_EQ(folderOf("out", own + "~/a.mp4"), "out/" + own + "~~/a.mp4.lumascan");
     EXPECT_EQ(folderOf("out", own + "/a.mp4"), "out/" + own + "~/a.mp4.lumascan");
     EXPECT_EQ(folderOf("out", "b/" + own + "/a.mp4"), "out/b/" + own + "/a.mp4.lumascan");
     EXPECT_EQ(folderOf("out", own), "out/" + own + ".lumascan");
   }
+}
+
+TEST(ResultFolder, isNotWithinThatOfAnotherVideo) {
+  const CurrentFolder here;
+  EXPECT_EQ(folderOf("out", "a"), "out/a.lumascan");
+  EXPECT_EQ(folderOf("out", "a.lumascan/b"), "out/a.lumascan~/b.lumascan");
+  EXPECT_EQ(folderOf("out", "a.lumascan~/b"), "out/a.lumascan~~/b.lumascan");
+  EXPECT_EQ(folderOf("out", "c/a.lumascan/d/b"), "out/c/a.lumascan~/d/b.lumascan");
+  EXPECT_EQ(folderOf("out", ".lumascan/b"), "out/.lumascan/b.lumascan");  // of no video
 }
 
 TEST(ResultFolder, hasANameThatAFolderCanHave) {
