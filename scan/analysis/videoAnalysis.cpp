@@ -103,12 +103,14 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
         timeOfFrame(frame, presentationTime(reader, picture), durationOf(reader, picture), times);
     const bool isEnding = !options.end.text.empty();
     if (isEnding && isAtOrBehind(frame, time, fps, options.end)) return AnalysisEnd::COMPLETE;
-    if (!isAtOrBehind(frame, time, fps, options.start)) {
+    // Times may fall back: behind the first frame that is analysed none is passed over.
+    const bool isFirst = outcome->frames == 0;
+    const bool isStarting = isFirst && !options.start.text.empty();
+    if (isStarting && !isAtOrBehind(frame, time, fps, options.start)) {
       onSkipped(decoded.position);
       continue;
     }
 
-    const bool isFirst = outcome->frames == 0;
     const AnalysisEnd end = accept(picture, isFirst, images, outcome);
     if (end != AnalysisEnd::COMPLETE) return end;
     if (!convertToLuma(&picture, &converter, images->current.data)) {

@@ -281,6 +281,20 @@ TEST(VideoAnalysis, goesOnWhereRecordingsAreJoined) {
   for (const DamageMessage& message : analysis.outcome.firstMessages) EXPECT_GE(message.time, 1.0);
 }
 
+TEST(VideoAnalysis, passesOverNoFrameWhereTimesFallBack) {
+  const TemporaryDirectory directory;
+  makeClip(directory, "clip.ts", {"-c:v", "mpeg2video"});
+  makeClip(directory, "later.ts",
+           {"-c:v", "mpeg2video", "-frames:v", "5", "-output_ts_offset", "0.24"});
+  writeFile(directory.path + "/both.ts",
+            readFile(directory.path + "/later.ts") + readFile(directory.path + "/clip.ts"));
+  const Analysis analysis = analyse(directory.path + "/both.ts");
+  ASSERT_EQ(analysis.frames.size(), 30u);
+  EXPECT_NEAR(analysis.frames[5].row.time, -0.2, 1e-9);
+  const Analysis rest = analyse(directory.path + "/both.ts", between("0.1", ""), 3);
+  EXPECT_EQ(rest.frames.size(), 27u);
+}
+
 TEST(VideoAnalysis, endsWhereTheSizeChanges) {
   const TemporaryDirectory directory;
   const Arguments encoding = {"-c:v", "libx264", "-pix_fmt", "yuv420p"};
