@@ -3,6 +3,8 @@
 #include <cmath>
 #include <utility>
 
+#include "scan/numbers/decimals.h"
+
 namespace {
 
 constexpr double JITTER_SECONDS =
@@ -33,7 +35,8 @@ void join(int64_t frame, double stamp, JoinedTimes* times) {
     return;
   }
   if (times->joins.size() < MOST_JOINS)
-    times->joins.push_back({frame, stamp - times->stamp, times->offset});
+    times->joins.push_back(
+        {frame, wholeNanoseconds(stamp - times->stamp), wholeNanoseconds(times->offset)});
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 #include "scan/numbers/unknown.h"
 
-// Timestamps belong to another recording from a frame on.
+// Timestamps belong to another recording from a frame on. Both differences are whole nanoseconds.
 struct Join {
   int64_t frame;  // its number in the order of display, from 0
   double step;    // seconds from the timestamp before to its own: negative, or very long

@@ -105,8 +105,8 @@ Json joinsJson(const std::vector<Join>& joins) {
   Json json = Json::array();
   for (const Join& join : joins) {
     json.push_back({{"frame", join.frame},
-                    {"step_s", numberOrNull(wholeNanoseconds(join.step))},
-                    {"offset_s", numberOrNull(wholeNanoseconds(join.offset))}});
+                    {"step_s", numberOrNull(join.step)},
+                    {"offset_s", numberOrNull(join.offset)}});
   }
   return json;
 }

@@ -31,6 +31,14 @@ TEST(JoinedTimes, areTheTimestamps_whereTheseGoOn) {
   EXPECT_EQ(timesOf({0.0, 0.25, 0.0, 0.25}), (Values{0.0, 0.25, 0.0, 0.25}));
 }
 
+TEST(JoinedTimes, joinInWholeNanoseconds_asResultsAreStored) {
+  JoinedTimes times;
+  timesOf({1.0 / 3.0, 8.0, 0.1234567894}, &times);
+  ASSERT_EQ(times.joins.size(), 1u);
+  EXPECT_EQ(times.joins[0].step, -7.876543211);
+  EXPECT_EQ(times.joins[0].offset, 8.126543211);
+}
+
 TEST(JoinedTimes, goOn_whereTimestampsBeginAnew) {
   JoinedTimes times;
   EXPECT_EQ(timesOf({8.0, 8.25, 8.5, 0.0, 0.25, 0.5, 0.75, 0.0, 0.25}, &times),
