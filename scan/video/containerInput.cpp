@@ -97,8 +97,9 @@ int64_t seekTo(void* opaque, int64_t offset, int whence) {
   if ((whence & AVSEEK_SIZE) != 0) return size;
   const int direction = whence & ~AVSEEK_FORCE;
   const int64_t base = direction == SEEK_SET ? 0 : direction == SEEK_CUR ? input->place : size;
-  if (base < 0 || base + offset < 0) return AVERROR(EINVAL);
-  input->place = base + offset;
+  const int64_t place = av_sat_add64(base, offset);
+  if (base < 0 || place < 0) return AVERROR(EINVAL);
+  input->place = place;
   return input->place;
 }
 

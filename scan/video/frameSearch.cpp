@@ -19,7 +19,7 @@ bool readNext(FrameSearch* search) {
 bool seekKey(const FramePlace& key, FrameSearch* search) {
   VideoReader& reader = *search->reader;
   const AVRational unit = videoStream(reader).time_base;
-  const int64_t target = key.pts - search->head * unit.den / unit.num;
+  const int64_t target = av_sat_sub64(key.pts, search->head * unit.den / unit.num);
   if (av_seek_frame(reader.container.get(), reader.stream->index, target, AVSEEK_FLAG_BACKWARD) <
       0) {
     return false;

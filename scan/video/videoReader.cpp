@@ -20,6 +20,7 @@ constexpr int MOST_ERRORS_AT_END = 256;
 // missing.
 constexpr double FRAMES_OF_TOLERANCE = 2.5;
 constexpr double SECONDS_OF_TOLERANCE = 0.2;
+constexpr double MOST_MISSING = 1e9;  // frames; a damaged file may name any time
 
 // A video that is named by its number.
 int namedVideo(AVFormatContext* container, int number, const AVCodec** codec) {
@@ -140,11 +141,11 @@ void notePacket(const AVPacket& packet, VideoReader* reader) {
 }
 
 void noteEnd(const AVPacket& packet, VideoReader* reader) {
-  reader->bytesRead = std::max(reader->bytesRead, packet.pos + packet.size);
+  reader->bytesRead = std::max(reader->bytesRead, av_sat_add64(packet.pos, packet.size));
   const int64_t time = packet.pts == AV_NOPTS_VALUE ? packet.dts : packet.pts;
   if (time == AV_NOPTS_VALUE) return;
   const AVStream& stream = *reader->container->streams[packet.stream_index];
-  const double end = seconds(time + packet.duration, stream.time_base);
+  const double end = seconds(av_sat_add64(time, packet.duration), stream.time_base);
   // What begins late has declared that as well, what begins before zero has not.
   const double before = std::min(0.0, reader->start);
   reader->lastEnd = std::max(reader->lastEnd, end - before);
@@ -178,7 +179,7 @@ int64_t usualStep(std::vector<int64_t> times) {
   std::sort(times.begin(), times.end());
   std::vector<int64_t> steps;
   for (size_t i = 1; i < times.size(); ++i) {
-    if (times[i] > times[i - 1]) steps.push_back(times[i] - times[i - 1]);
+    if (times[i] > times[i - 1]) steps.push_back(av_sat_sub64(times[i], times[i - 1]));
   }
   if (steps.empty()) return 0;
   const auto middle = steps.begin() + static_cast<ptrdiff_t>(steps.size() / 2);
@@ -203,7 +204,7 @@ void findFrameRate(VideoReader* reader) {
     reader->ahead.push_back(std::move(packet));
   }
   const int64_t step = usualStep(times);
-  if (step == 0) return;
+  if (step == 0 || step > INT64_MAX / stream.time_base.num) return;
   const AVRational guess = stream.r_frame_rate;
   const double frames = seconds(step, stream.time_base) * (guess.num > 0 ? av_q2d(guess) : 0.0);
   if (std::fabs(frames - 1.0) <= ROUNDING) {
@@ -421,15 +422,20 @@ int64_t framesMissingBehind(const VideoReader& reader, double time, double spaci
   const AVStream& stream = videoStream(reader);
   const double step = std::isnan(spacing) ? 1.0 / averageFrameRate(reader) : spacing;
   const bool isCounted = std::string_view(reader.container->iformat->name) == "avi";
-  const int64_t ticksBehind = isCounted ? stream.nb_frames - reader.lastTick : 0;
+  const int64_t ticksBehind = isCounted ? av_sat_sub64(stream.nb_frames, reader.lastTick) : 0;
   const double missingPackets = seconds(ticksBehind, stream.time_base) / step - 1.0;
   // Each of two fields may have a packet with a time of its own.
   const double missingPictures = reader.hasFields ? 0.0 : (reader.lastShown - time) / step;
-  return std::lround(std::fmax(0.0, missingPackets)) + std::lround(std::fmax(0.0, missingPictures));
+  const auto whole = [](double frames) {
+    return std::lround(std::fmin(std::fmax(0.0, frames), MOST_MISSING));
+  };
+  return whole(missingPackets) + whole(missingPictures);
 }
 
 double positionInFile(const VideoReader& reader) {
   AVIOContext* const file = reader.container->pb;
   const int64_t size = file == nullptr ? 0 : avio_size(file);
-  return size > 0 ? static_cast<double>(avio_tell(file)) / static_cast<double>(size) : 0.0;
+  if (size <= 0) return 0.0;
+  // Where a part says that it is longer than the file, a demuxer goes behind the end.
+  return std::min(1.0, static_cast<double>(avio_tell(file)) / static_cast<double>(size));
 }
