@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "driver/videoInput.h"
+#include "scan/numbers/decimals.h"
 #include "scan/video/decodedFrames.h"
 
 namespace {
@@ -62,7 +63,7 @@ int64_t keepMessages(const std::vector<DamageMessage>& messages, double offset,
   for (const DamageMessage& message : messages) {
     if (outcome->firstMessages.size() == MOST_MESSAGES) break;
     outcome->firstMessages.push_back(message);
-    outcome->firstMessages.back().time += offset;
+    outcome->firstMessages.back().time = wholeNanoseconds(message.time + offset);
   }
   const auto count = static_cast<int64_t>(messages.size());
   outcome->messages += count;

@@ -55,7 +55,7 @@ struct AnalysisOutcome {
   int64_t messagesBeforeKeyFrame;
   int64_t messages;                          // others
   int64_t messagesBehind;                    // of these, behind the last frame
-  std::vector<DamageMessage> firstMessages;  // at most MOST_MESSAGES
+  std::vector<DamageMessage> firstMessages;  // at most MOST_MESSAGES; times in whole nanoseconds
   // Frames that should have come behind the last one; 0 where the file's end was not reached or is
   // missing.
   int64_t missingAtEnd;

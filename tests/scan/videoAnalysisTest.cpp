@@ -11,6 +11,7 @@
 
 #include "clips.h"
 #include "driver/reportOutput.h"
+#include "scan/numbers/decimals.h"
 #include "support/startAnew.h"
 
 namespace {
@@ -278,7 +279,10 @@ TEST(VideoAnalysis, goesOnWhereRecordingsAreJoined) {
   EXPECT_NEAR(analysis.outcome.joins[0].offset, 1.0, 1e-9);
   EXPECT_EQ(analysis.outcome.missingAtEnd, 0);
   // What is said of the second one has its times.
-  for (const DamageMessage& message : analysis.outcome.firstMessages) EXPECT_GE(message.time, 1.0);
+  for (const DamageMessage& message : analysis.outcome.firstMessages) {
+    EXPECT_GE(message.time, 1.0);
+    EXPECT_EQ(shortestText(message.time), shortestText(wholeNanoseconds(message.time)));
+  }
 }
 
 TEST(VideoAnalysis, passesOverNoFrameWhereTimesFallBack) {
