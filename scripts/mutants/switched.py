@@ -19,10 +19,11 @@ from .functions import bodies, bodyOf, withChanges
 from .running import run
 
 PROGRAMS = ["scanTests", "lumascanTests"]
-TARGETS = [*PROGRAMS, "lumaprobe", "lumascan", "makeClip", "fuzzStored", "scanSamplePages"]
+TARGETS = [*PROGRAMS, "lumaprobe", "lumascan", "makeClip", "fuzzMedia", "fuzzStored", "scanSamplePages"]
 # Those that are no GoogleTest programs.
 COMMANDS = {
     "keptScans": ["{tree}/tests/lumascan/keptScans.sh", "{tree}", "{build}"],
+    "fuzzMedia": ["{build}/fuzzMedia", "{tree}/tests/fuzz/corpus/fuzzMedia"],
     "fuzzStored": ["{build}/fuzzStored", "{tree}/tests/fuzz/corpus/fuzzStored"],
     "robustness": ["{tree}/tests/lumascan/robustness.sh", "{tree}", "{build}"],
     "page": ["{tree}/tests/scan/page.sh", "{tree}", "{build}"],

@@ -2,9 +2,12 @@
 # Writes the inputs that the kept corpora began with, one folder for each fuzz target, to a folder.
 #
 # usage: tests/fuzz/seeds.sh FOLDER
+#
+# Those of fuzzMedia are encoded by the ffmpeg program: another version of it makes other bytes.
 set -eu
 [ $# = 1 ] || { echo 'usage: tests/fuzz/seeds.sh FOLDER' >&2; exit 2; }
-mkdir -p "$1/fuzzCommandLine" "$1/fuzzFrame" "$1/fuzzRun" "$1/fuzzStored"
+sources=$(cd "$(dirname "$0")" && pwd)
+mkdir -p "$1/fuzzCommandLine" "$1/fuzzFrame" "$1/fuzzMedia" "$1/fuzzRun" "$1/fuzzStored"
 
 # $1: name, then a command line.
 cd "$1/fuzzCommandLine"
@@ -228,3 +231,179 @@ stored changesEvents c '{"events":[{"type":"<b>","first_frame":-9223372036854775
 stored changesEventsAsObject c '{"events":{"a":{},"b":{"type":"blur"}}}'
 stored changesWithRows c '{}\0000,0,0,0.04,1,0'"$values"'\r\n'
 stored changesWithTimes c '{}\0000,0,-1e308,0.04,1,0'"$values"'\r\n1,1,0,0.04,1,0'"$values"'\r\n2,1,1.7e308,1e308,1,0'"$values"'\r\n'
+
+cd "../fuzzMedia"
+extensions=$(sed -n '/^constexpr const char\* EXTENSIONS/,/};$/p' "$sources/fuzzMedia.cpp" | grep -o '"[a-z0-9]*"')
+# The byte that stands for an extension, with $2 added: 64 to begin at the second frame, 128 for a
+# picture of each.
+extension() { byte $(($(printf '%s\n' "$extensions" | grep -nx "\"$1\"" | cut -d : -f 1) - 1 + ${2:-0})); }
+size=32x32
+frames=4
+source=testsrc2=
+beside=
+chosen=0
+# $1: name, from which the extension is taken, $2: muxer, then how to encode.
+media() {
+  name=$1
+  muxer=$2
+  shift 2
+  ffmpeg -v error -nostdin -y -f lavfi -i "${source}size=$size:rate=25$beside" -frames:v "$frames" -threads 1 "$@" \
+    -map_metadata -1 -flags +bitexact -fflags +bitexact -f "$muxer" encoded
+  keep "$name" encoded
+}
+# $1: name, then files that are put one behind the other.
+keep() {
+  name=$1
+  shift
+  case $name in *.*) ending=${name##*.} ;; *) ending= ;; esac
+  { extension "$ending" "$chosen" && cat "$@"; } > "$name"
+}
+bytes() { tail -c "+$((2 + $2))" "$1" | head -c "$3"; }  # of an input's file: $2 from its start, $3 of them
+x265='log-level=error:info=0'
+
+media h264.mp4 mp4 -c:v libx264 -g 3 -bf 1 -pix_fmt yuv420p
+media fragments.mp4 mp4 -c:v libx264 -g 2 -pix_fmt yuv420p -movflags frag_keyframe+empty_moov+default_base_moof
+media indexAhead.mp4 mp4 -c:v libx264 -pix_fmt yuv420p10 -movflags +faststart -timecode 10:00:00:00
+media hevc.mp4 mp4 -c:v libx265 -x265-params "$x265" -pix_fmt yuv420p
+media av1.mp4 mp4 -c:v libaom-av1 -cpu-used 8 -pix_fmt yuv420p
+media mpeg4.mp4 mp4 -c:v mpeg4 -g 3
+media svq1.mov mov -c:v svq1
+media hap.mov mov -c:v hap
+media animation.mov mov -c:v qtrle
+media png.mov mov -c:v png
+media smc.mov mov -c:v smc
+media mjpeg.mov mov -c:v mjpeg
+media h264.mkv matroska -c:v libx264 -g 3 -pix_fmt yuv420p
+media ffv1.mkv matroska -c:v ffv1 -g 2
+media snow.mkv matroska -c:v snow -strict -2
+media speedhq.mkv matroska -c:v speedhq
+media vp8.webm webm -c:v libvpx
+media vp9.webm webm -c:v libvpx-vp9
+media av1.webm webm -c:v libaom-av1 -cpu-used 8 -pix_fmt yuv420p
+for codec in mpeg4 libxvid msmpeg4 msmpeg4v2 msvideo1 cinepak zlib zmbv asv1 mjpeg; do
+  media "$codec.avi" avi -c:v "$codec" -reserve_index_space 1024
+done
+media flv1.flv flv -c:v flv
+media h264.flv flv -c:v libx264 -pix_fmt yuv420p
+media flashsv.flv flv -c:v flashsv
+media flashsv2.flv flv -c:v flashsv2
+media wmv1.wmv asf -c:v wmv1
+media wmv2.wmv asf -c:v wmv2
+media h264.ts mpegts -c:v libx264 -pix_fmt yuv420p
+media hevc.ts mpegts -c:v libx265 -x265-params "$x265" -pix_fmt yuv420p
+media mpeg2.ts mpegts -c:v mpeg2video -flags +ilme+ildct
+media mpeg1.mpg mpeg -c:v mpeg1video
+media mpeg2.mpg vob -c:v mpeg2video
+media h264.nut nut -c:v libx264 -pix_fmt yuv420p
+media vp8.ogv ogg -c:v libvpx
+media theora.ogv ogg -c:v libtheora
+media gif.gif gif -c:v gif
+media animation.png apng -c:v apng
+media several.mjpg mjpeg -c:v mjpeg
+media smjpeg.mjpg smjpeg -c:v mjpeg
+media multipart.mjpg mpjpeg -c:v mjpeg
+media vp8.ivf ivf -c:v libvpx
+media vp9.ivf ivf -c:v libvpx-vp9
+media av1.ivf ivf -c:v libaom-av1 -cpu-used 8 -pix_fmt yuv420p
+media av1.obu obu -c:v libaom-av1 -cpu-used 8 -pix_fmt yuv420p
+media h264.h264 h264 -c:v libx264 -pix_fmt yuv420p
+media h264 h264 -c:v libx264 -pix_fmt yuv444p
+media hevc.hevc hevc -c:v libx265 -x265-params "$x265" -pix_fmt yuv420p
+media mpeg1.m2v mpeg1video -c:v mpeg1video
+media mpeg2.m2v mpeg2video -c:v mpeg2video
+media mpeg4.m4v m4v -c:v mpeg4
+media rv10.rm rm -c:v rv10
+media rv20.rm rm -c:v rv20
+media flv1.swf swf -c:v flv
+media mjpeg.swf swf -c:v mjpeg
+media roq.roq roq -c:v roqvideo -r 30
+media cinepak.cpk film_cpk -c:v cinepak
+size=128x96 frames=1
+media h263.h263 h263 -c:v h263 -q:v 31
+size=176x144
+media h261.ts mpegts -c:v h261 -q:v 31
+size=24x16 frames=3
+media huffyuv.avi avi -c:v huffyuv -reserve_index_space 1024
+media utvideo.avi avi -c:v utvideo -reserve_index_space 1024
+media magicyuv.avi avi -c:v magicyuv -reserve_index_space 1024
+media raw.avi avi -c:v rawvideo -reserve_index_space 1024
+media proresOfKostya.mov mov -c:v prores_ks
+media prores.mov mov -c:v prores_aw
+media jpeg2000.mov mov -c:v jpeg2000
+media raw.mov mov -c:v rawvideo -pix_fmt yuyv422
+media raw.nut nut -c:v rawvideo -pix_fmt rgb565
+media mpeg2.mxf mxf -c:v mpeg2video
+media opatom.mxf mxf_opatom -c:v mpeg2video
+media eightBits.y4m yuv4mpegpipe -c:v wrapped_avframe -pix_fmt yuv420p
+media tenBits.y4m yuv4mpegpipe -strict -1 -c:v wrapped_avframe -pix_fmt yuv422p10
+media webp.webp webp -c:v libwebp
+media strip.flm filmstrip -c:v rawvideo -pix_fmt rgba
+frames=1
+media png.png image2pipe -c:v png -pix_fmt rgb48be
+media palette.png image2pipe -c:v png -pix_fmt pal8
+media jpeg.jpg image2pipe -c:v mjpeg
+media jpegls.jpg image2pipe -c:v jpegls
+media bmp.bmp image2pipe -c:v bmp
+media tiff.tif image2pipe -c:v tiff
+media lossless.webp webp -c:v libwebp -lossless 1
+media ico.ico ico -c:v bmp
+media jpeg2000.j2k image2pipe -c:v jpeg2000
+size=32x32
+media jpeg2000.jp2 image2pipe -c:v libopenjpeg
+media exr.exr image2pipe -c:v exr
+media dpx.dpx image2pipe -c:v dpx
+media targa.tga image2pipe -c:v targa
+media qoi.qoi image2pipe -c:v qoi
+media jxl.jxl image2pipe -c:v libjxl
+media fits.fits fits -c:v fits
+media ppm image2pipe -c:v ppm
+media pcx image2pipe -c:v pcx
+media sgi image2pipe -c:v sgi
+
+# What there is to find, and what else there may be in a file.
+size=32x32 frames=40 source=color=black:
+media black.mp4 mp4 -c:v libx264 -bf 0 -pix_fmt yuv420p
+frames=20
+media gap.mkv matroska -c:v libvpx -vf "setpts=PTS+10*gt(N\\,9)/TB" -vsync vfr
+media shortest.webm webm -c:v libvpx-vp9 -vf scale=1:1
+source=testsrc2=
+chosen=128
+frames=12
+media allPictures.ts mpegts -c:v mpeg2video -g 4 -bf 2
+media allPictures.mp4 mp4 -c:v libx264 -g 4 -bf 2 -pix_fmt yuv420p
+chosen=64
+media fromTheSecond.avi avi -c:v mpeg4 -g 4 -bf 2 -reserve_index_space 1024
+chosen=0
+frames=3
+beside='[out0];sine=sample_rate=8000:duration=0.3[out1]'
+media sound.mp4 mp4 -c:v mpeg4 -c:a aac -b:a 8k
+media longerSound.avi avi -c:v mpeg4 -c:a adpcm_ima_wav -reserve_index_space 1024
+beside=
+media twoVideos.mkv matroska -map 0 -map 0 -c:v libx264 -pix_fmt yuv420p
+media turned.mov mov -c:v mpeg4 -metadata:s:v rotate=90 -aspect 16:9
+media highDynamicRange.mkv matroska -c:v libx265 \
+  -x265-params "$x265:colorprim=bt2020:transfer=smpte2084:colormatrix=bt2020nc" -pix_fmt yuv420p10
+media fullRange.mkv matroska -c:v mjpeg -pix_fmt yuvj420p
+media oddSides.mkv matroska -c:v ffv1 -vf scale=17:9 -pix_fmt rgb24
+
+# Damage.
+frames=12
+media whole.ts mpegts -c:v mpeg2video -g 6
+bytes whole.ts 0 564 > start && bytes whole.ts 940 4000 > end && keep lostPackets.ts start end
+bytes whole.ts 2820 4000 > end && keep withoutItsStart.ts end
+bytes whole.ts 0 4000 > start && keep joined.ts start start
+bytes allPictures.mp4 0 2500 > start && keep cut.mp4 start
+bytes indexAhead.mp4 0 2000 > start && keep cutBehindItsIndex.mp4 start
+bytes h264.mkv 0 1500 > start && keep cut.mkv start
+bytes fromTheSecond.avi 0 5000 > start && keep cut.avi start
+bytes eightBits.y4m 0 1500 > start && keep cut.y4m start
+bytes jpeg.jpg 0 700 > start && keep cut.jpg start
+bytes h264.h264 900 4000 > end && keep withoutItsStart.h264 end
+bytes mpeg2.m2v 0 9000 > start
+size=48x32
+media larger.m2v mpeg2video -c:v mpeg2video
+bytes larger.m2v 0 9000 > end && keep sizeChange.m2v start end
+: > start && keep nothing start
+echo 'These are words, and not a video.' > start && keep words.txt start
+printf '#EXTM3U\n#EXTINF:1,\nvideo.ts\n#EXT-X-ENDLIST\n' > start && keep playlist.m3u8 start
+rm -f start end encoded
