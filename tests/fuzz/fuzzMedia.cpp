@@ -66,6 +66,7 @@ Asked choose(unsigned byte, OpenInput file) {
   const std::string extension = EXTENSIONS[byte & EXTENSION_BITS];
   asked.source.path = extension.empty() ? "media" : "media." + extension;
   asked.source.file = std::move(file);
+  asked.source.maxPixels = MOST_PIXELS;
   if ((byte & BEGINS_LATER) != 0) parsePosition("f:1", &asked.options.start);
   parsePosition(LAST_POSITION, &asked.options.end);
   asked.outputs.thumbs = (byte & SHOWS_ALL) != 0 ? Thumbs::ALL : Thumbs::EVENTS;
@@ -135,13 +136,6 @@ void requireTexts(const ResultRecord& record) {
 }
 
 // ---- the way of a worker ------------------------------------------------------------------------
-
-bool isTooLarge(const VideoSource& source) {
-  VideoReader reader;
-  if (!openVideo(source, 1, &reader).empty()) return false;
-  const AVCodecParameters& video = *videoStream(reader).codecpar;
-  return int64_t{video.width} * video.height > MOST_PIXELS;
-}
 
 // A result, and the rows that were printed on the way.
 struct Scan {
@@ -246,7 +240,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   av_log_set_level(AV_LOG_QUIET);
   av_max_alloc(MOST_AT_ONCE);
   const Asked asked = choose(data[0], fileOfBytes(data + 1, size - 1));
-  if (isTooLarge(asked.source)) return -1;  // not worth to be kept
   const Scan scan = scanOnce(asked);
   requireCounts(scan);
   requireTexts(scan.result.record);
