@@ -27,9 +27,10 @@ std::vector<double> overviewOf(const Column<double>& values) {
 
 }  // namespace
 
-IndicatorSummaries summarise(const FrameTable& frames) {
+IndicatorSummaries summarise(const FrameTable& frames, const std::function<void()>& onStep) {
   IndicatorSummaries summaries;
   for (size_t i = 0; i < INDICATORS; ++i) {
+    onStep();
     summaries[i] = {statisticsOf(frames.values[i]), overviewOf(frames.values[i])};
   }
   return summaries;

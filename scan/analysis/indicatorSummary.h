@@ -3,6 +3,7 @@
 #define LUMASCAN_INDICATOR_SUMMARY_H
 
 #include <array>
+#include <functional>
 #include <vector>
 
 #include "scan/analysis/frameTable.h"
@@ -16,6 +17,8 @@ struct IndicatorSummary {
 
 using IndicatorSummaries = std::array<IndicatorSummary, INDICATORS>;
 
-IndicatorSummaries summarise(const FrameTable& frames);
+// Calls onStep between indicators.
+IndicatorSummaries summarise(
+    const FrameTable& frames, const std::function<void()>& onStep = [] {});
 
 #endif

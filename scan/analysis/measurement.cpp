@@ -2,6 +2,8 @@
 
 #include <fmt/core.h>
 
+#include <atomic>
+
 #include "driver/reportOutput.h"
 #include "scan/numbers/sortedValues.h"
 
@@ -19,6 +21,25 @@ std::string rateWarning(const FrameTable& frames, double declared) {
 
 }  // namespace
 
+const char* stageName(Stage stage) {
+  switch (stage) {
+    case Stage::OPENING:
+      return "opening";
+    case Stage::SKIPPING:
+      return "skipping";
+    case Stage::DECODING:
+      return "decoding";
+    case Stage::STATISTICS:
+      return "statistics";
+    case Stage::EVENTS:
+      return "events";
+    case Stage::PICTURES:
+      return "pictures";
+    default:
+      return "writing";
+  }
+}
+
 std::optional<Fingerprint> fingerprintOf(const VideoSource& source) {
   Fingerprint fingerprint;
   const OpenInput file = fileOf(source);
@@ -29,6 +50,9 @@ Measurement measureVideo(const VideoSource& source, const AnalysisOptions& optio
                          int decoderThreads, FILE* rows, const ProgressListener& onProgress) {
   Measurement measured;
   VideoReader reader;
+  std::atomic<Stage> stage = Stage::OPENING;
+  std::atomic<int64_t> rowsDone = 0;
+  reader.input.onAdvance = [&](double position) { onProgress(stage, position, rowsDone); };
   measured.openError = openVideo(source, decoderThreads, &reader);
   measured.fingerprint = fingerprintOf(source);
   if (!measured.openError.empty()) return measured;
@@ -41,10 +65,13 @@ Measurement measureVideo(const VideoSource& source, const AnalysisOptions& optio
     if (rows != nullptr) {
       printReportRow(rows, static_cast<int32_t>(record.frame), record.spatial, record.temporal);
     }
-    onProgress(record.position, frames.rows());
+    stage = Stage::DECODING;
+    rowsDone = frames.rows();
+    onProgress(stage, record.position, rowsDone);
   };
-  measured.outcome =
-      analyseVideo(options, &reader, take, [&](double position) { onProgress(position, 0); });
+  stage = options.start.text.empty() ? Stage::DECODING : Stage::SKIPPING;
+  measured.outcome = analyseVideo(options, &reader, take,
+                                  [&](double position) { onProgress(stage, position, 0); });
   if (frames.rows() > 0) {
     const auto last = static_cast<size_t>(frames.rows() - 1);
     frames.messages.set(last, frames.messages[last] + measured.outcome.messagesBehind);

@@ -12,6 +12,10 @@
 #include "scan/files/fingerprint.h"
 #include "scan/video/streamFacts.h"
 
+enum class Stage { OPENING, SKIPPING, DECODING, STATISTICS, EVENTS, PICTURES, WRITING };
+
+const char* stageName(Stage stage);  // "opening" and so on
+
 struct Measurement {
   // Of the file before it is read: a change while it is read is found the next time.
   std::optional<Fingerprint> fingerprint;
@@ -23,9 +27,10 @@ struct Measurement {
   FrameTable frames;
 };
 
-// Told behind each frame, analysed or passed over, how much of the file is done, 0 to 1, and how
-// many frames are analysed.
-using ProgressListener = std::function<void(double, int64_t)>;
+// Told again and again what is being done, how much of the file is done, 0 to 1, and how many
+// frames are analysed: behind each frame, and each time that more of the file is read than before.
+// Where frames are decoded ahead it is called by two threads.
+using ProgressListener = std::function<void(Stage stage, double position, int64_t frames)>;
 
 // Of the source's file, which is opened where it is not. None of a pipe and of what cannot be read.
 std::optional<Fingerprint> fingerprintOf(const VideoSource& source);

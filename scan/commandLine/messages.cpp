@@ -9,7 +9,8 @@
 #include "scan/files/names.h"
 
 void complain(const std::string& text) {
-  std::fprintf(stderr, "lumascan: %s\n", text.c_str());
+  // Some of it may be from a file that strangers have made.
+  std::fprintf(stderr, "lumascan: %s\n", printableName(text).c_str());
 }
 
 std::string quoted(const std::string& name) {

@@ -57,7 +57,7 @@ void printVerdict(const RunEntry& entry) {
       fmt::format("{:<11}{}", verdictName(entry.judgement.verdict), printableName(entry.path));
   const char* separator = ": ";
   for (const std::string& reason : entry.judgement.reasons) {
-    line += separator + reason;
+    line += separator + printableName(reason);
     separator = "; ";
   }
   if (entry.wasUpToDate) line += " (up to date)";

@@ -53,11 +53,19 @@ ssize_t readAt(const InputFile& file, int64_t place, void* bytes, size_t size) {
   return static_cast<ssize_t>(filled);
 }
 
-ssize_t readNext(const InputFile& file, void* bytes, size_t size) {
+ssize_t readNext(const InputFile& file, void* bytes, size_t size,
+                 const std::atomic<bool>& isGivenUp) {
+  constexpr int TICK = 100;  // milliseconds
   for (;;) {
+    if (isGivenUp) {
+      errno = ECANCELED;
+      return -1;
+    }
     // One that nobody has written to yet would be at its end otherwise.
     pollfd waiting = {file.descriptor, POLLIN, 0};
-    if (poll(&waiting, 1, -1) < 0 && errno != EINTR) return -1;
+    const int ready = poll(&waiting, 1, TICK);
+    if (ready < 0 && errno != EINTR) return -1;
+    if (ready <= 0) continue;
     const ssize_t count = read(file.descriptor, bytes, size);
     if (count >= 0 || (errno != EINTR && errno != EAGAIN)) return count;
   }

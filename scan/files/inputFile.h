@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -31,8 +32,10 @@ OpenInput openStandardInput();
 // errno set, when it cannot be read.
 ssize_t readAt(const InputFile& file, int64_t place, void* bytes, size_t size);
 
-// The next bytes of a pipe or a device, at least one unless it has ended; waits for them.
-ssize_t readNext(const InputFile& file, void* bytes, size_t size);
+// The next bytes of a pipe or a device, at least one unless it has ended; waits for them until
+// another thread gives them up: errno is ECANCELED then.
+ssize_t readNext(const InputFile& file, void* bytes, size_t size,
+                 const std::atomic<bool>& isGivenUp);
 
 // Bytes; negative when it is not known.
 int64_t fileSize(const InputFile& file);

@@ -27,15 +27,18 @@ struct State {
   size_t finished;
   int64_t frames;       // of running files
   std::string running;  // the name of the first of them
+  std::string stage;    // and what is done to it
 };
 
 State stateOf(const std::vector<Task>& tasks) {
-  State state = {shareDone(tasks), 0, 0, ""};
+  State state = {shareDone(tasks), 0, 0, "", ""};
   for (const Task& task : tasks) {
     if (task.state == TaskState::FINISHED) ++state.finished;
     if (task.state != TaskState::RUNNING) continue;
-    state.frames += task.worker.frames;
-    if (state.running.empty()) state.running = printableName(task.job.source.path);
+    state.frames += task.worker.heartbeat.frames;
+    if (!state.running.empty()) continue;
+    state.running = printableName(task.job.source.path);
+    state.stage = task.worker.heartbeat.stage;
   }
   return state;
 }
@@ -94,6 +97,7 @@ void printJson(const State& state, size_t tasks, double elapsed) {
   json["frames"] = state.frames;
   json["elapsed_s"] = elapsed;
   json["running"] = state.running;
+  json["stage"] = state.stage;
   std::fprintf(stderr, "%s\n", shortJsonText(json).c_str());
 }
 
@@ -123,7 +127,7 @@ double shareDone(const std::vector<Task>& tasks) {
   for (const Task& task : tasks) {
     const bool isRunning = task.state == TaskState::RUNNING;
     const double part = task.state == TaskState::FINISHED ? 1.0
-                        : isRunning                       ? task.worker.position
+                        : isRunning                       ? task.worker.heartbeat.position
                                                           : 0.0;
     done += weightOf(task) * part;
     all += weightOf(task);

@@ -15,17 +15,17 @@ bool isPipe(const VideoSource& source) {
 
 JobEnd judgeAndStore(const ScanJob& job, const ScanSettings& settings, OutputFile* rows,
                      const ProgressListener& onProgress, VideoResult* result) {
-  const auto tellSteps = [&] { onProgress(1.0, result->frames.rows()); };
-  tellSteps();
+  const auto tell = [&](Stage stage) { onProgress(stage, 1.0, result->frames.rows()); };
+  tell(Stage::EVENTS);
   judgeResult(settings.thresholds, result);
   result->record.outputs = settings.outputs;
   const bool hasPictures = settings.outputs.hasHtml && !isPipe(job.source);
   const Thumbs thumbs = hasPictures ? settings.outputs.thumbs : Thumbs::NONE;
-  result->thumbnails = makeThumbnails(
-      job.source, result->frames, framesToShow(result->events, thumbs, result->frames), tellSteps);
-  tellSteps();
+  result->thumbnails = makeThumbnails(job.source, result->frames,
+                                      framesToShow(result->events, thumbs, result->frames),
+                                      [&] { tell(Stage::PICTURES); });
   result->record.pictures = static_cast<int64_t>(result->thumbnails.size());
-  return {false, storeResult(job.folder, *result, rows)};
+  return {false, storeResult(job.folder, *result, rows, [&] { tell(Stage::WRITING); })};
 }
 
 JobEnd analyseAndStore(const ScanJob& job, const ScanSettings& settings,

@@ -11,9 +11,9 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <mutex>
 
 #include "scan/files/names.h"
-#include "scan/numbers/decimals.h"
 #include "scan/processes/childProcess.h"
 
 namespace {
@@ -22,14 +22,31 @@ constexpr size_t MOST_LOG = 2000;  // bytes kept of what a worker says
 constexpr int STOPPED_EARLY = 1;   // status of a worker whose parent is gone
 constexpr auto MESSAGE_INTERVAL = std::chrono::milliseconds(100);
 
-// Messages are lines: "progress 0.25 1000", "one thread", or "output " and a text.
-constexpr char ONE_THREAD[] = "one thread";
+constexpr size_t LONGEST_MESSAGE = 65536;  // bytes
 
-void sendLine(int to, const std::string& line) {
-  const std::string text = line + "\n";
+void send(int to, const WorkerMessage& message) {
+  const std::string line = messageLine(message);
   // The parent reads all of it, or is gone.
-  if (write(to, text.data(), text.size()) < 0) _exit(STOPPED_EARLY);
+  if (write(to, line.data(), line.size()) < 0) _exit(STOPPED_EARLY);
 }
+
+// Sends heartbeats, from any thread: what is new at once, and else seldom enough.
+struct HeartbeatSender {
+  int to;
+  std::mutex mutex;
+  std::chrono::steady_clock::time_point last = {};
+  Heartbeat told;
+
+  void tell(Stage stage, double position, int64_t frames) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    const auto now = std::chrono::steady_clock::now();
+    const bool isNew = told.stage != stageName(stage) || (told.frames == 0 && frames > 0);
+    if (!isNew && now - last < MESSAGE_INTERVAL) return;
+    last = now;
+    told = {stageName(stage), position, frames};
+    send(to, told);
+  }
+};
 
 void connectStandardStreams(int log) {
   dup2(log, STDOUT_FILENO);
@@ -73,15 +90,11 @@ void resetSignals() {
   offerToBeKilled();
   limitMemory(settings.memoryLimit);
   av_log_set_level(isVerbose ? AV_LOG_INFO : AV_LOG_ERROR);
-  auto last = std::chrono::steady_clock::now() - MESSAGE_INTERVAL;
-  const JobEnd end = runJob(job, settings, [&](double position, int64_t frames) {
-    const auto now = std::chrono::steady_clock::now();
-    if (now - last < MESSAGE_INTERVAL) return;
-    last = now;
-    sendLine(messages, "progress " + shortestText(position) + " " + std::to_string(frames));
-  });
-  if (end.needsOneThread) sendLine(messages, ONE_THREAD);
-  if (!end.outputError.empty()) sendLine(messages, "output " + end.outputError);
+  HeartbeatSender sender;
+  sender.to = messages;
+  send(messages, runJob(job, settings, [&](Stage stage, double position, int64_t frames) {
+         sender.tell(stage, position, frames);
+       }));
   std::fflush(nullptr);
   _exit(0);
 }
@@ -97,20 +110,16 @@ bool readAvailable(int from, std::string* text) {
   }
 }
 
-void takeMessage(const std::string& line, WorkerProcess* worker) {
-  constexpr char OUTPUT[] = "output ";
-  if (line.compare(0, sizeof OUTPUT - 1, OUTPUT) == 0) {
-    worker->end.outputError = line.substr(sizeof OUTPUT - 1);
-    return;
+// False when it is no message.
+bool takeMessage(const std::string& line, WorkerProcess* worker) {
+  const std::optional<WorkerMessage> message = readMessage(line);
+  if (!message) return false;
+  if (const auto* const heartbeat = std::get_if<Heartbeat>(&*message)) {
+    worker->heartbeat = *heartbeat;
+  } else {
+    worker->end = std::get<JobEnd>(*message);
   }
-  if (line == ONE_THREAD) {
-    worker->end.needsOneThread = true;
-    return;
-  }
-  long long frames = 0;
-  if (std::sscanf(line.c_str(), "progress %lf %lld", &worker->position, &frames) == 2) {
-    worker->frames = frames;
-  }
+  return true;
 }
 
 // Decoders quote what files say about themselves.
@@ -176,10 +185,12 @@ bool readMessages(WorkerProcess* worker) {
   }
   bool isNews = false;
   std::string& pending = worker->pendingMessages;
-  for (size_t end = 0; (end = pending.find('\n')) != std::string::npos; isNews = true) {
-    takeMessage(pending.substr(0, end), worker);
+  for (size_t end = 0; (end = pending.find('\n')) != std::string::npos;) {
+    isNews = takeMessage(pending.substr(0, end), worker) || isNews;
     pending.erase(0, end + 1);
   }
+  // None of lumascan's is as long.
+  if (pending.size() > LONGEST_MESSAGE) kill(worker->pid, SIGKILL);
   return isNews;
 }
 

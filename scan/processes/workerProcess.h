@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "scan/processes/scanJob.h"
+#include "scan/processes/workerMessage.h"
 
 struct WorkerProcess {
   pid_t pid = -1;
@@ -15,9 +15,8 @@ struct WorkerProcess {
   int log = -1;
   std::string pendingMessages;  // without their end so far
   std::string logTail;          // the last lines that the worker and its decoder have said
-  double position = 0.0;        // in its file, 0 to 1
-  int64_t frames = 0;
-  JobEnd end;  // what it has said of that so far
+  Heartbeat heartbeat;          // the last one
+  JobEnd end;                   // what it has said of that so far
 };
 
 // Starts a job; isVerbose: its decoder says more than errors. The process ends when its parent
@@ -25,7 +24,7 @@ struct WorkerProcess {
 bool startWorker(const ScanJob& job, const ScanSettings& settings, bool isVerbose,
                  WorkerProcess* worker);
 
-// Takes in what the worker has sent. True when it has said something about its progress.
+// Takes in what the worker has sent. True when it has said something.
 bool readMessages(WorkerProcess* worker);
 void readLog(WorkerProcess* worker, bool isShown);
 

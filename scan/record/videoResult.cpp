@@ -111,7 +111,8 @@ VideoResult analyseSource(const VideoSource& source, const AnalysisOptions& opti
   Measurement measured = measureVideo(source, options, decoderThreads, rows, onProgress);
   VideoResult result;
   result.record = recordOf(source, options, measured);
-  result.record.indicators = summarise(measured.frames);
+  result.record.indicators = summarise(
+      measured.frames, [&] { onProgress(Stage::STATISTICS, 1.0, measured.frames.rows()); });
   result.frames = std::move(measured.frames);
   return result;
 }

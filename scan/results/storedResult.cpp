@@ -56,12 +56,14 @@ void removePictures(const fs::path& folder) {
   fs::remove(folder, ignored);
 }
 
-std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails) {
+std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails,
+                            const std::function<void()>& onStep) {
   removePictures(folder);
   if (thumbnails.empty()) return "";
   std::string error = makeFolder(folder.string());
   for (const auto& thumbnail : thumbnails) {
     if (!error.empty()) return error;
+    onStep();
     const fs::path path = folder / (std::to_string(thumbnail.first) + ".jpg");
     error = writeOutput(path.string(), [&](FILE* out) { writeText(thumbnail.second, out); });
   }
@@ -241,24 +243,27 @@ std::string beginRows(const std::string& folder, OutputFile* rows) {
   return "cannot write \"" + printableName(path) + "\": " + std::strerror(errno);
 }
 
-std::string storeResult(const std::string& folder, const VideoResult& result, OutputFile* rows) {
+std::string storeResult(const std::string& folder, const VideoResult& result, OutputFile* rows,
+                        const std::function<void()>& onStep) {
   const fs::path to = folder;
   std::string error = makeFolder(folder);
   if (!error.empty()) return error;
   std::error_code ignored;
   fs::remove(to / "result.json", ignored);
 
+  onStep();
   const OutputChoice& outputs = result.record.outputs;
   if (rows != nullptr && !commitOutput(rows)) {
     error = "cannot write \"" + printableName(rows->path) + "\": " + std::strerror(errno);
   }
   if (!outputs.hasCsv) fs::remove(to / "rows.tsv", ignored);
   const auto step = [&](bool isChosen, const char* name, const std::function<void(FILE*)>& write) {
+    onStep();
     if (error.empty()) error = storeChosen(isChosen, to / name, write);
   };
   step(outputs.hasCsv, "frames.csv", [&](FILE* out) { writeFramesCsv(result.frames, out); });
   step(outputs.hasCsv, "events.csv", [&](FILE* out) { writeEventsCsv(result.events, out); });
-  if (error.empty()) error = storeThumbnails(to / "thumbs", result.thumbnails);
+  if (error.empty()) error = storeThumbnails(to / "thumbs", result.thumbnails, onStep);
   step(outputs.hasHtml, "report.html", [&](FILE* out) { writeReport({&result}, out); });
   step(true, "result.json", [&](FILE* out) { writeResultJson(result, out); });
   return error;

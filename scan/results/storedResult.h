@@ -50,7 +50,10 @@ std::string beginRows(const std::string& folder, OutputFile* rows);
 std::string removeResult(const std::string& folder, const std::string& results);
 
 // Stores a result; `rows`, when it is not null, becomes rows.tsv. Files that are not among its
-// outputs are removed. Returns an empty text, or what went wrong: there is no result.json then.
-std::string storeResult(const std::string& folder, const VideoResult& result, OutputFile* rows);
+// outputs are removed. Calls onStep before each file. Returns an empty text, or what went wrong:
+// there is no result.json then.
+std::string storeResult(
+    const std::string& folder, const VideoResult& result, OutputFile* rows,
+    const std::function<void()>& onStep = [] {});
 
 #endif

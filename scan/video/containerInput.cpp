@@ -83,11 +83,17 @@ bool isAmong(std::string_view name, const Names& names) {
 int readBytes(void* opaque, uint8_t* bytes, int size) {
   auto* const input = static_cast<ContainerInput*>(opaque);
   const auto wanted = static_cast<size_t>(size);
-  const ssize_t count = input->file->isRegular ? readAt(*input->file, input->place, bytes, wanted)
-                                               : readNext(*input->file, bytes, wanted);
+  const ssize_t count = input->file->isRegular
+                            ? readAt(*input->file, input->place, bytes, wanted)
+                            : readNext(*input->file, bytes, wanted, input->isGivenUp);
   if (count < 0) return AVERROR(errno);
   if (count == 0) return AVERROR_EOF;
   input->place += count;
+  if (input->place > input->furthest) {
+    input->furthest = input->place;
+    const auto all = static_cast<double>(fileSize(*input->file));
+    input->onAdvance(all > 0.0 ? static_cast<double>(input->place) / all : 0.0);
+  }
   return static_cast<int>(count);
 }
 
@@ -111,6 +117,11 @@ bool makeStream(ContainerInput* input) {
                                          isRegular ? seekTo : nullptr));
   if (input->stream == nullptr) av_free(buffer);
   return input->stream != nullptr;
+}
+
+// Some demuxers ask while they look for a long time.
+int isGivenUp(void* opaque) {
+  return static_cast<ContainerInput*>(opaque)->isGivenUp ? 1 : 0;
 }
 
 int refuseToOpen(AVFormatContext* /*container*/, AVIOContext** /*stream*/, const char* /*address*/,
@@ -164,6 +175,7 @@ int findFormat(const VideoSource& source, const std::string& name, AVFormatConte
 std::string openAs(const VideoSource& source, ContainerInput* input, AVFormatContext** container) {
   if (!makeStream(input)) return ffmpegError(AVERROR(ENOMEM));
   (*container)->pb = input->stream.get();
+  (*container)->interrupt_callback = {isGivenUp, input};
   const std::string name = plainName(source.path);
   const AVInputFormat* format = nullptr;
   int error = findFormat(source, name, *container, &format);

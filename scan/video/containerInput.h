@@ -2,6 +2,8 @@
 #ifndef LUMASCAN_CONTAINER_INPUT_H
 #define LUMASCAN_CONTAINER_INPUT_H
 
+#include <atomic>
+#include <functional>
 #include <string>
 
 #include "scan/files/inputFile.h"
@@ -25,7 +27,11 @@ OpenInput fileOf(const VideoSource& source);
 // What FFmpeg reads a file through; outlives the container.
 struct ContainerInput {
   OpenInput file;
-  int64_t place = 0;  // the next byte's, of a regular file
+  int64_t place = 0;     // the next byte's
+  int64_t furthest = 0;  // of all so far
+  // Told when more has been read than before, and how much of the file, 0 to 1; of a pipe 0.
+  std::function<void(double position)> onAdvance = [](double) {};
+  std::atomic<bool> isGivenUp = false;  // ends reading, even from a pipe that is silent
   FfmpegOwner<AVIOContext> stream;
 };
 

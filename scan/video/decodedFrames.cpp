@@ -48,13 +48,15 @@ DecodedFrame decodeNext(VideoReader* reader) {
   return frame;
 }
 
-DecodeAhead::DecodeAhead(VideoReader* reader) : thread([=] { decodeAll(reader, this); }) {}
+DecodeAhead::DecodeAhead(VideoReader* from)
+    : reader(from), thread([=] { decodeAll(from, this); }) {}
 
 DecodeAhead::~DecodeAhead() {
   {
     const std::lock_guard<std::mutex> lock(mutex);
     isAbandoned = true;
   }
+  reader->input.isGivenUp = true;
   changed.notify_all();
   thread.join();
 }

@@ -25,7 +25,7 @@ DecodedFrame decodeNext(VideoReader* reader);
 
 // Decodes on a thread of its own, a few frames ahead. While it lives the reader is its alone.
 struct DecodeAhead {
-  explicit DecodeAhead(VideoReader* reader);
+  explicit DecodeAhead(VideoReader* from);
   ~DecodeAhead();  // gives up what is not fetched
   DecodeAhead(const DecodeAhead&) = delete;
   DecodeAhead& operator=(const DecodeAhead&) = delete;
@@ -34,6 +34,7 @@ struct DecodeAhead {
   std::condition_variable changed;
   std::deque<DecodedFrame> frames;
   bool isAbandoned = false;
+  VideoReader* reader;
   std::thread thread;
 };
 

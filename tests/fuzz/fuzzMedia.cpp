@@ -149,7 +149,7 @@ Scan scanOnce(const Asked& asked) {
   restartTemporalIndicators();
   Scan scan;
   int64_t told = 0;
-  const auto listen = [&](double position, int64_t frames) {
+  const auto listen = [&](Stage, double position, int64_t frames) {
     require(position >= 0.0 && position <= 1.0, "progress is a share of the file");
     require(frames == told || frames == told + 1, "progress counts frames");
     told = frames;

@@ -252,7 +252,7 @@ const Stored& stored() {
     result.options.progress = ProgressStyle::NONE;
     result.job.folder = resultFolder(result.options.output, result.job.source);
     const JobEnd end =
-        runJob(result.job, settingsOf(result.options.choice), [](double, int64_t) {});
+        runJob(result.job, settingsOf(result.options.choice), [](Stage, double, int64_t) {});
     require(end.outputError.empty(), "there is a result");
     result.json = Json::parse(readFile(result.job.folder + "/result.json"));
     require(result.json["status"] == "complete", "and it is complete");
@@ -295,7 +295,7 @@ void requireScan() {
   if (freshness(other) != Freshness::JUDGE) return;
   ScanJob job = stored().job;
   job.freshness = Freshness::JUDGE;
-  require(runJob(job, settingsOf(other), [](double, int64_t) {}).outputError.empty(),
+  require(runJob(job, settingsOf(other), [](Stage, double, int64_t) {}).outputError.empty(),
           "what is judged anew can be stored");
   require(freshness(other) == Freshness::COMPLETE, "and is up to date then");
 }

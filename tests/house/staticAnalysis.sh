@@ -41,7 +41,7 @@ check() {
     --checks="$checks" -- \
     -std=c++17 -D_FILE_OFFSET_BITS=64 -Wall -Wextra -I. -Isrc -Itools -Itests -Itests/cli -I"${1%/*}" \
     -DLUMAPROBE_BINARY='""' -DLUMASCAN_BINARY='""' -DMAKE_CLIP_BINARY='""' -DFAILING_CALLS_LIBRARY='""' \
-    -DDISK_CALLS_LIBRARY='""' -DKEPT_CLIPS='""' 2>&1); then
+    -DDISK_CALLS_LIBRARY='""' -DHOSTILE_DECODER='""' -DKEPT_CLIPS='""' 2>&1); then
     return
   fi
   # Lines of the text, as those of its sources.

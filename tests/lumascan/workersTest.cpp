@@ -80,6 +80,20 @@ TEST(Workers, haveOpenWhatTheyNeed_andNothingOfOthers) {
   }
 }
 
+TEST(Workers, doNotWaitForAPipe_whenTheyHaveWhatTheyWant) {
+  const TemporaryDirectory directory;
+  const std::string video = streamedVideo(directory);
+  makeFifo(directory, "a.y4m");
+  // With two cores for one file frames are decoded ahead, by a thread that waits for the pipe.
+  RunningScan scan(directory, {"a.y4m", "-j", "2", "--end", "f:5", "--progress", "none"});
+  const Feed to(scan, directory.path + "/a.y4m");
+  feed(to, video.substr(0, video.size() / 2));
+  const ProgramRun run = endOf(&scan);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(resultOf(directory, "a.y4m")["analysis"]["frames"], 5);
+}
+
 TEST(Workers, tryTheSameFileOnceMore_whenAnotherOneHasItsNameByThen) {
   const TemporaryDirectory directory;
   makeFifo(directory, "a.y4m");

@@ -18,7 +18,7 @@ Measurement measure(const TemporaryDirectory& directory, const std::string& name
   AnalysisOptions options;
   options.mask = EXPOSURE;
   return measureVideo({directory.path + "/" + name, 0, 0, ""}, options, 1, nullptr,
-                      [](double, int64_t) {});
+                      [](Stage, double, int64_t) {});
 }
 
 // How many lines the program prints at a level when it decodes the video on one thread.

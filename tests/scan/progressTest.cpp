@@ -26,7 +26,7 @@ Task taskOf(int64_t size, TaskState state, double position = 0.0) {
   Task task;
   task.size = size;
   task.state = state;
-  task.worker.position = position;
+  task.worker.heartbeat.position = position;
   return task;
 }
 
@@ -68,7 +68,7 @@ TEST(Progress, saysALine_whenItsTimeHasCome) {
   // 996 of 1000 bytes and three quarters of the other four: 999.
   std::vector<Task> tasks = {taskOf(996, TaskState::FINISHED), taskOf(4, TaskState::RUNNING, 0.75)};
   tasks[1].job.source.path = "b\n.mp4";
-  tasks[1].worker.frames = 42;
+  tasks[1].worker.heartbeat.frames = 42;
   testing::internal::CaptureStderr();
   showProgress(tasks, &progress);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -120,7 +120,8 @@ TEST(Progress, countsTheFramesOfFilesThatRun) {
                              taskOf(100, TaskState::RUNNING, 0.1)};
   int64_t frames = 1;
   for (Task& task : tasks) {
-    task.worker.frames = frames;
+    task.worker.heartbeat.frames = frames;
+    task.worker.heartbeat.stage = "stage " + std::to_string(frames);
     task.job.source.path = std::to_string(frames) + ".mp4";
     frames *= 10;
   }
@@ -131,6 +132,7 @@ TEST(Progress, countsTheFramesOfFilesThatRun) {
   const std::chrono::duration<double> since = std::chrono::steady_clock::now() - before;
   EXPECT_EQ(said["frames"], 1100);
   EXPECT_EQ(said["running"], "100.mp4");  // the first of them
+  EXPECT_EQ(said["stage"], "stage 100");
   EXPECT_EQ(said["finished"], 1);
   EXPECT_EQ(said["files"], 4);
   EXPECT_DOUBLE_EQ(said["progress"], 0.4);  // 100, 50 and 10 of 400

@@ -70,7 +70,7 @@ TEST(AnalyseSource, isPartial_whereTheSizeChanges) {
   AnalysisOptions options;
   options.mask = EXPOSURE;
   VideoResult result = analyseSource({directory.path + "/both.ts", 0, 0, ""}, options, 1, nullptr,
-                                     [](double, int64_t) {});
+                                     [](Stage, double, int64_t) {});
   const std::string error = "the picture size changes: analysed up to there";
   EXPECT_EQ(result.record.status, Status::PARTIAL);
   EXPECT_EQ(result.record.error, error);
@@ -92,7 +92,7 @@ TEST(AnalyseSource, warnsOfWhatValuesMayNotMean) {
   AnalysisOptions options;
   options.mask = EXPOSURE;
   const VideoResult result = analyseSource({directory.path + "/clip.mov", 0, 0, ""}, options, 1,
-                                           nullptr, [](double, int64_t) {});
+                                           nullptr, [](Stage, double, int64_t) {});
   EXPECT_EQ(result.record.status, Status::COMPLETE);
   EXPECT_EQ(result.record.warnings,
             Sentences{"the pixel format has no luma of its own: it is converted to luma of video "
@@ -110,7 +110,7 @@ TEST(AnalyseSource, saysWhatWasAskedAndWhatWasAnalysed) {
   ASSERT_TRUE(parsePosition("f:15", &options.end));
   const auto analysed = [&] {
     return analyseSource({directory.path + "/clip.mkv", 0, 0, ""}, options, 1, nullptr,
-                         [](double, int64_t) {});
+                         [](Stage, double, int64_t) {});
   };
   const ResultRecord record = analysed().record;
   EXPECT_EQ(record.status, Status::COMPLETE);
@@ -150,7 +150,7 @@ TEST(AnalyseSource, isPartial_wherePacketsAreRefused) {
     bytes.at(header) = 'x';
     writeFile(directory.path + "/clip.mkv", bytes);
     const VideoResult result = analyseSource({directory.path + "/clip.mkv", 0, 0, ""}, options, 1,
-                                             nullptr, [](double, int64_t) {});
+                                             nullptr, [](Stage, double, int64_t) {});
     EXPECT_EQ(result.record.status, Status::PARTIAL);
     return result.record.error;
   };
