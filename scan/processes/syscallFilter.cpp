@@ -98,7 +98,7 @@ constexpr int REFUSED[] = {
     SYS_io_uring_enter,
     SYS_io_uring_register,
     SYS_io_setup,
-#ifdef SYS_fork  // forms that processors of later years do not have
+#ifdef __x86_64__  // forms that processors of later years do not have
     SYS_fork,
     SYS_vfork,
     SYS_chmod,

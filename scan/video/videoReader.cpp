@@ -255,11 +255,11 @@ int cleanBuffer(AVCodecContext* decoder, AVFrame* picture, int flags) {
 
 // Why a video is not decoded of which the pictures are too large; else an empty text.
 std::string sizeRefusal(const AVCodecParameters& video, int64_t maxPixels, const DamageLog& log) {
-  const bool isKnown = video.width > 0 && video.height > 0;
-  const bool isTooLarge =
-      isKnown ? int64_t{video.width} * video.height > maxPixels : !log.refusedSize.empty();
-  const std::string size =
-      isKnown ? std::to_string(video.width) + 'x' + std::to_string(video.height) : log.refusedSize;
+  const int64_t pixels = static_cast<int64_t>(video.width) * video.height;  // 0: unknown
+  const bool isTooLarge = pixels > 0 ? pixels > maxPixels : !log.refusedSize.empty();
+  const std::string size = pixels > 0
+                               ? std::to_string(video.width) + 'x' + std::to_string(video.height)
+                               : log.refusedSize;
   return isTooLarge ? "its pictures of " + size + " are larger than FFmpeg or --max-pixels allows"
                     : "";
 }

@@ -45,8 +45,7 @@ namespace {
 // Descriptors that come of an attempt are of no use.
 long opened(const char* path, int flags) {
   const int descriptor = open(path, flags | O_CLOEXEC, 0666);
-  if (descriptor >= 0) close(descriptor);
-  return descriptor;
+  return descriptor < 0 ? -1 : close(descriptor);
 }
 
 // Of a process that would go on: it ends at once.
