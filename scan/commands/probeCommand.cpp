@@ -10,7 +10,7 @@
 
 namespace {
 
-std::string textOf(const Json& value) {
+std::string shownText(const Json& value) {
   return value.is_string() ? printableName(value.get<std::string>())
          : value.is_null() ? "unknown"
                            : value.dump();
@@ -21,19 +21,21 @@ void printFact(const std::string& name, const std::string& value) {
 }
 
 void printFacts(const Json& file) {
-  std::printf("%s\n", printableName(file["path"].get<std::string>()).c_str());
-  for (const auto& fact : file["stream"].items()) {
-    if (!fact.value().is_array()) printFact(fact.key(), textOf(fact.value()));
+  std::printf("%s\n", printableName(textOf(file, "path")).c_str());
+  const Json& stream = memberOf(file, "stream");
+  for (const auto& fact : stream.items()) {
+    if (!fact.value().is_array()) printFact(printableName(fact.key()), shownText(fact.value()));
   }
-  for (const Json& audio : file["stream"]["audio"]) {
+  for (const Json& audio : memberOf(stream, "audio")) {
     std::string facts;
     for (const auto& fact : audio.items()) {
-      facts += (facts.empty() ? "" : ", ") + fact.key() + ' ' + textOf(fact.value());
+      facts +=
+          (facts.empty() ? "" : ", ") + printableName(fact.key()) + ' ' + shownText(fact.value());
     }
     printFact("audio", facts);
   }
-  for (const Json& warning : file["warnings"]) {
-    std::printf("  warning: %s\n", warning.get<std::string>().c_str());
+  for (const std::string& warning : textsOf(file, "warnings")) {
+    std::printf("  warning: %s\n", printableName(warning).c_str());
   }
 }
 
@@ -64,13 +66,13 @@ int runProbe(const Options& options) {
   for (const VideoSource& source : sources) {
     VideoSource open = source;
     open.file = fileOf(source);
-    std::string text;
-    const std::string ending =
-        runInChild([&] { return probed(open, sandbox.isOn, options.memoryLimit); }, &text);
-    Json file =
-        ending.empty() ? Json::parse(text) : Json{{"error", "its probe ended by " + ending}};
-    if (file.contains("error")) {
-      complain(quoted(source.path) + ": " + file["error"].get<std::string>());
+    const ChildRun run = runInChild([&] { return probed(open, sandbox.isOn, options.memoryLimit); },
+                                    open.file->descriptor);
+    showLog(run.log);
+    Json file = parsedJson(run.text);
+    if (!run.ending.empty()) file = {{"error", "its probe ended by " + run.ending}};
+    if (!memberOf(file, "stream").is_object()) {
+      complain(quoted(source.path) + ": " + textOf(file, "error"));
       status = INPUT_PROBLEM;
       continue;
     }

@@ -29,6 +29,8 @@ size_t coresHere() {
 Task makeTask(const Options& options, const ScanSettings& settings, const VideoSource& source) {
   Task task;
   task.job.source = source;
+  // Nobody knows how long standard input will be silent.
+  task.job.source.patience = source.isStandardInput ? 0.0 : options.stallTimeout;
   task.job.output = options.output;
   task.job.folder = resultFolder(options.output, source);
   std::error_code ignored;

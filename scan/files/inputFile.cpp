@@ -54,10 +54,10 @@ ssize_t readAt(const InputFile& file, int64_t place, void* bytes, size_t size) {
 }
 
 ssize_t readNext(const InputFile& file, void* bytes, size_t size,
-                 const std::atomic<bool>& isGivenUp) {
+                 const std::function<bool(double silence)>& mayWait) {
   constexpr int TICK = 100;  // milliseconds
-  for (;;) {
-    if (isGivenUp) {
+  for (int ticks = 0;;) {
+    if (!mayWait(ticks * TICK / 1000.0)) {
       errno = ECANCELED;
       return -1;
     }
@@ -65,6 +65,7 @@ ssize_t readNext(const InputFile& file, void* bytes, size_t size,
     pollfd waiting = {file.descriptor, POLLIN, 0};
     const int ready = poll(&waiting, 1, TICK);
     if (ready < 0 && errno != EINTR) return -1;
+    if (ready == 0) ++ticks;
     if (ready <= 0) continue;
     const ssize_t count = read(file.descriptor, bytes, size);
     if (count >= 0 || (errno != EINTR && errno != EAGAIN)) return count;

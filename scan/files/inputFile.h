@@ -5,8 +5,8 @@
 
 #include <sys/types.h>
 
-#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -32,10 +32,11 @@ OpenInput openStandardInput();
 // errno set, when it cannot be read.
 ssize_t readAt(const InputFile& file, int64_t place, void* bytes, size_t size);
 
-// The next bytes of a pipe or a device, at least one unless it has ended; waits for them until
-// another thread gives them up: errno is ECANCELED then.
+// The next bytes of a pipe or a device, at least one unless it has ended. Waits for them while it
+// may: that is asked several times a second, with the seconds so far; errno is ECANCELED behind it.
+// Seconds in which the process is stopped do not count.
 ssize_t readNext(const InputFile& file, void* bytes, size_t size,
-                 const std::atomic<bool>& isGivenUp);
+                 const std::function<bool(double silence)>& mayWait);
 
 // Bytes; negative when it is not known.
 int64_t fileSize(const InputFile& file);

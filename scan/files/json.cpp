@@ -54,3 +54,14 @@ std::vector<std::string> textsOf(const Json& object, const char* key) {
   }
   return texts;
 }
+
+Json parsedJson(const std::string& text) {
+  constexpr int DEEPEST = 16;
+  bool isTooDeep = false;
+  const auto isKept = [&](int depth, Json::parse_event_t, const Json&) {
+    isTooDeep = isTooDeep || depth > DEEPEST;
+    return !isTooDeep;
+  };
+  Json json = Json::parse(text, isKept, false);
+  return isTooDeep ? Json(Json::value_t::discarded) : json;
+}

@@ -18,6 +18,10 @@ std::string jsonText(const Json& json);
 // On one line, the same.
 std::string shortJsonText(const Json& json);
 
+// Discarded where the text is no JSON, or deeper than anything of lumascan's: copying it could take
+// all of the stack.
+Json parsedJson(const std::string& text);
+
 // Members of an object. What is missing, of another type than expected or in no object at all reads
 // as unknown.
 const Json& memberOf(const Json& object, const char* key);   // null

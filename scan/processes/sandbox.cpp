@@ -21,8 +21,9 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || \
-    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||       \
+    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
+    __has_feature(memory_sanitizer)
 constexpr bool IS_SANITIZED = true;
 #else
 constexpr bool IS_SANITIZED = false;
@@ -121,9 +122,9 @@ std::string confineProcess(const std::string& folder) {
 
 SandboxFacts trySandbox(SandboxMode mode) {
   if (mode == SandboxMode::OFF) return {false, "it was not asked for"};
-  std::string mistake;
-  const std::string ending = runInChild([] { return confineProcess(""); }, &mistake);
-  if (!ending.empty()) mistake = "trying it ended by " + ending;
+  const ChildRun trial = runInChild([] { return confineProcess(""); }, -1);
+  const std::string mistake =
+      trial.ending.empty() ? trial.text : "trying it ended by " + trial.ending;
   return {mistake.empty(), mistake};
 }
 

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 
 #include "scan/files/names.h"
 #include "scan/numbers/decimals.h"
@@ -42,10 +43,22 @@ size_t running(const std::vector<Task>& tasks) {
   }));
 }
 
+// Whether the disk takes no further results. Not for what a worker says alone, which may be no
+// longer lumascan's.
+bool isDiskLost(const Task& task) {
+  if (!isOfWholeDisk(task.outputError)) return false;
+  const std::string trial = (std::filesystem::path(task.job.folder) / "trial").string();
+  const std::string error =
+      writeOutput(trial, [](FILE* out) { writeText(std::string(1 << 20, ' '), out); });
+  std::error_code ignored;
+  std::filesystem::remove(trial, ignored);
+  return isOfWholeDisk(error);
+}
+
 void finish(Run* run, Task* task) {
   task->job.source.file.reset();
   task->state = TaskState::FINISHED;
-  run->isDiskLost = run->isDiskLost || isOfWholeDisk(task->outputError);
+  run->isDiskLost = run->isDiskLost || isDiskLost(*task);
   run->listener.onFinished(*run->tasks, *task);
 }
 
@@ -109,10 +122,13 @@ void collect(Run* run, bool isStalled, size_t i) {
   const std::string ending = endWorker(&task.worker, run->limits.isVerbose);
   const std::string stall =
       "having no new frame for " + shortestText(run->limits.stallTimeout) + " seconds";
-  task.outputError = task.worker.end.outputError;
+  const JobEnd end = task.worker.end.value_or(JobEnd{});
+  task.outputError = end.outputError;
   if (!ending.empty()) {
     handleFailure(run, isStalled ? stall : ending, &task);
-  } else if (task.worker.end.needsOneThread) {
+  } else if (!task.worker.end) {
+    handleFailure(run, "leaving without a word", &task);
+  } else if (end.needsOneThread && task.job.decoderThreads > 1) {
     task.job.decoderThreads = 1;
     --task.attempts;
     startTask(run, i);
@@ -147,9 +163,11 @@ void handleSignal(Run* run, int signals) {
 
 bool isStalled(const Run& run, size_t i) {
   const std::chrono::duration<double> silence = Clock::now() - run.lastNews[i];
-  // Nobody knows how long a pipe will be silent.
-  const bool isPipe = (*run.tasks)[i].job.source.isStandardInput;
-  return !isPipe && run.limits.stallTimeout > 0.0 && silence.count() > run.limits.stallTimeout;
+  const VideoSource& source = (*run.tasks)[i].job.source;
+  // Who reads a pipe gives it up by itself, and keeps what has come.
+  const double ofPipe = source.file->isRegular ? 0.0 : run.limits.stallTimeout + 1.0;
+  return !source.isStandardInput && run.limits.stallTimeout > 0.0 &&
+         silence.count() > run.limits.stallTimeout + ofPipe;
 }
 
 // Where this process has been away, its workers may have been, too: a group that was suspended, a

@@ -31,7 +31,7 @@ std::string messageLine(const WorkerMessage& message) {
 }
 
 std::optional<WorkerMessage> readMessage(const std::string& line) {
-  const Json json = Json::parse(line, nullptr, false);
+  const Json json = parsedJson(line);
   if (memberOf(json, "version") != VERSION) return std::nullopt;
   const std::string type = textOf(json, "type");
   if (type == "end") {

@@ -23,6 +23,7 @@ constexpr int STOPPED_EARLY = 1;   // status of a worker whose parent is gone
 constexpr auto MESSAGE_INTERVAL = std::chrono::milliseconds(100);
 
 constexpr size_t LONGEST_MESSAGE = 65536;  // bytes
+constexpr int MOST_LAST_READS = 32;
 
 void send(int to, const WorkerMessage& message) {
   const std::string line = messageLine(message);
@@ -48,27 +49,6 @@ struct HeartbeatSender {
   }
 };
 
-void connectStandardStreams(int log) {
-  dup2(log, STDOUT_FILENO);
-  dup2(log, STDERR_FILENO);
-  const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
-  dup2(nothing, STDIN_FILENO);
-}
-
-// Keeps the standard streams and what the job needs: pipes of other workers would not end while
-// this one lives, and their videos are none of its business.
-void closeOthers(std::vector<int> kept) {
-  std::sort(kept.begin(), kept.end());
-  unsigned int first = STDERR_FILENO + 1;
-  for (const int descriptor : kept) {
-    const auto next = static_cast<unsigned int>(descriptor);
-    if (descriptor < static_cast<int>(first)) continue;
-    if (next > first) close_range(first, next - 1, 0);
-    first = next + 1;
-  }
-  close_range(first, UINT_MAX, 0);
-}
-
 // When memory runs out the system shall choose a worker, not its parent.
 void offerToBeKilled() {
   FILE* const file = std::fopen("/proc/self/oom_score_adj", "we");
@@ -89,6 +69,7 @@ void resetSignals() {
                        int messages) {
   offerToBeKilled();
   limitMemory(settings.memoryLimit);
+  prctl(PR_SET_NAME, WORKER_NAME);
   av_log_set_level(isVerbose ? AV_LOG_INFO : AV_LOG_ERROR);
   HeartbeatSender sender;
   sender.to = messages;
@@ -99,15 +80,16 @@ void resetSignals() {
   _exit(0);
 }
 
-// What can be read without waiting, added to `text`. False at the end.
-bool readAvailable(int from, std::string* text) {
-  char bytes[4096];
-  for (;;) {
-    const ssize_t count = read(from, bytes, sizeof bytes);
-    if (count > 0) text->append(bytes, static_cast<size_t>(count));
-    if (count == 0) return false;
-    if (count < 0 && errno != EINTR) return errno == EAGAIN;
-  }
+enum class Available { MORE, NOTHING, END };
+
+// Some of what can be read without waiting, added to `text`: whoever writes faster than this
+// process reads shall not keep it from other work, nor fill its memory.
+Available readSome(int from, std::string* text) {
+  char bytes[65536];
+  const ssize_t count = read(from, bytes, sizeof bytes);
+  if (count > 0) text->append(bytes, static_cast<size_t>(count));
+  if (count == 0) return Available::END;
+  return count > 0 || errno == EINTR ? Available::MORE : Available::NOTHING;
 }
 
 // False when it is no message.
@@ -120,16 +102,6 @@ bool takeMessage(const std::string& line, WorkerProcess* worker) {
     worker->end = std::get<JobEnd>(*message);
   }
   return true;
-}
-
-// Decoders quote what files say about themselves.
-void showLog(const std::string& text) {
-  for (size_t start = 0; start < text.size();) {
-    const size_t end = std::min(text.find('\n', start), text.size());
-    const char* const ending = end < text.size() ? "\n" : "";
-    std::fprintf(stderr, "%s%s", printableName(text.substr(start, end - start)).c_str(), ending);
-    start = end + 1;
-  }
 }
 
 void closeDescriptor(int* descriptor) {
@@ -180,15 +152,14 @@ bool startWorker(const ScanJob& job, const ScanSettings& settings, bool isVerbos
 }
 
 bool readMessages(WorkerProcess* worker) {
-  if (!readAvailable(worker->messages, &worker->pendingMessages)) {
-    closeDescriptor(&worker->messages);
-  }
-  bool isNews = false;
   std::string& pending = worker->pendingMessages;
-  for (size_t end = 0; (end = pending.find('\n')) != std::string::npos;) {
-    isNews = takeMessage(pending.substr(0, end), worker) || isNews;
-    pending.erase(0, end + 1);
+  if (readSome(worker->messages, &pending) == Available::END) closeDescriptor(&worker->messages);
+  bool isNews = false;
+  size_t start = 0;
+  for (size_t end = 0; (end = pending.find('\n', start)) != std::string::npos; start = end + 1) {
+    isNews = takeMessage(pending.substr(start, end - start), worker) || isNews;
   }
+  pending.erase(0, start);
   // None of lumascan's is as long.
   if (pending.size() > LONGEST_MESSAGE) kill(worker->pid, SIGKILL);
   return isNews;
@@ -196,7 +167,7 @@ bool readMessages(WorkerProcess* worker) {
 
 void readLog(WorkerProcess* worker, bool isShown) {
   std::string text;
-  if (!readAvailable(worker->log, &text)) closeDescriptor(&worker->log);
+  if (readSome(worker->log, &text) == Available::END) closeDescriptor(&worker->log);
   if (isShown) showLog(text);
   worker->logTail += text;
   if (worker->logTail.size() > MOST_LOG) {
@@ -209,8 +180,9 @@ std::string endWorker(WorkerProcess* worker, bool isShown) {
   kill(worker->pid, SIGKILL);  // nothing to one that has ended
   while (waitpid(worker->pid, &status, 0) < 0 && errno == EINTR) {
   }
-  if (worker->messages >= 0) readMessages(worker);
-  if (worker->log >= 0) readLog(worker, isShown);
+  // No more than pipes hold, should somebody else have them open.
+  for (int i = 0; i < MOST_LAST_READS && worker->messages >= 0; ++i) readMessages(worker);
+  for (int i = 0; i < MOST_LAST_READS && worker->log >= 0; ++i) readLog(worker, isShown);
   closeDescriptor(&worker->messages);
   closeDescriptor(&worker->log);
   worker->pid = -1;

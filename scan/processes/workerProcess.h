@@ -5,9 +5,13 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 
 #include "scan/processes/workerMessage.h"
+
+// As lists of processes show it, from when all is set that it begins with.
+constexpr char WORKER_NAME[] = "lumascan worker";
 
 struct WorkerProcess {
   pid_t pid = -1;
@@ -16,7 +20,7 @@ struct WorkerProcess {
   std::string pendingMessages;  // without their end so far
   std::string logTail;          // the last lines that the worker and its decoder have said
   Heartbeat heartbeat;          // the last one
-  JobEnd end;                   // what it has said of that so far
+  std::optional<JobEnd> end;    // what it came to; none: it has not said that
 };
 
 // Starts a job; isVerbose: its decoder says more than errors. The process ends when its parent

@@ -93,7 +93,8 @@ std::vector<std::string> storedResults(const std::string& folder) {
   std::vector<std::string> folders;
   std::error_code error;
   if (isResult(folder)) return {folder};
-  for (fs::recursive_directory_iterator walk(folder, error), end; !error && walk != end;
+  constexpr auto PASSING = fs::directory_options::skip_permission_denied;
+  for (fs::recursive_directory_iterator walk(folder, PASSING, error), end; !error && walk != end;
        walk.increment(error)) {
     if (!isResult(walk->path())) continue;
     folders.push_back(walk->path().string());

@@ -45,7 +45,8 @@ std::vector<fs::path> picturePaths(const fs::path& folder) {
   for (const auto& entry : fs::directory_iterator(folder, error)) {
     const std::string number = entry.path().stem().string();
     const bool isNumber = number.find_first_not_of("0123456789") == std::string::npos;
-    if (isNumber && entry.path().extension() == ".jpg") paths.push_back(entry.path());
+    const bool isFile = entry.symlink_status(error).type() == fs::file_type::regular;
+    if (isNumber && isFile && entry.path().extension() == ".jpg") paths.push_back(entry.path());
   }
   return paths;
 }
@@ -70,24 +71,27 @@ std::string storeThumbnails(const fs::path& folder, const Thumbnails& thumbnails
   return error;
 }
 
-// Discarded, when it is not JSON, or deeper than any result: copying it could take all of the
-// stack.
+// Discarded, when it is not JSON, or deeper or larger than any result: that could take all of the
+// stack or of memory.
 Json parseResult(std::istream& file, const EventListener& onEvent) {
   constexpr int MEMBER = 1;  // depth
   constexpr int ELEMENT = 2;
   constexpr int DEEPEST = 16;
+  constexpr int64_t MOST_VALUES = 100000;  // beside events; lumascan writes some thousand
   bool isInEvents = false;
-  bool isTooDeep = false;
+  bool isTooMuch = false;
+  int64_t values = 0;
   const auto isKept = [&](int depth, Json::parse_event_t what, const Json& parsed) {
-    isTooDeep = isTooDeep || depth > DEEPEST;
-    if (isTooDeep) return false;
+    if (!isInEvents && what == Json::parse_event_t::value) ++values;
+    isTooMuch = isTooMuch || depth > DEEPEST || values > MOST_VALUES;
+    if (isTooMuch) return false;
     if (depth == MEMBER && what == Json::parse_event_t::key) isInEvents = parsed == "events";
     const bool isEvent = isInEvents && depth == ELEMENT && what == Json::parse_event_t::object_end;
     if (isEvent) onEvent(eventOf(parsed));
     return !isEvent;
   };
   Json result = Json::parse(file, isKept, false);
-  return isTooDeep ? Json(Json::value_t::discarded) : result;
+  return isTooMuch ? Json(Json::value_t::discarded) : result;
 }
 
 // Writes a file that is chosen; one that is not is removed.
@@ -179,9 +183,12 @@ Freshness freshnessOf(const std::string& folder, const VideoSource& source,
 std::string readRecord(const std::string& folder, ResultRecord* record,
                        const EventListener& onEvent) {
   const fs::path path = fs::path(folder) / "result.json";
+  std::error_code ignored;
+  const bool isFolder = fs::is_directory(path, ignored);
   std::ifstream file(path);
-  const std::string mistake =
-      file ? readRecord(parseResult(file, onEvent), record) : std::strerror(errno);
+  const std::string mistake = isFolder ? std::strerror(EISDIR)
+                              : file   ? readRecord(parseResult(file, onEvent), record)
+                                       : std::strerror(errno);
   return mistake.empty() ? "" : "cannot read \"" + printableName(path.string()) + "\": " + mistake;
 }
 

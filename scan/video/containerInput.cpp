@@ -83,9 +83,14 @@ bool isAmong(std::string_view name, const Names& names) {
 int readBytes(void* opaque, uint8_t* bytes, int size) {
   auto* const input = static_cast<ContainerInput*>(opaque);
   const auto wanted = static_cast<size_t>(size);
-  const ssize_t count = input->file->isRegular
-                            ? readAt(*input->file, input->place, bytes, wanted)
-                            : readNext(*input->file, bytes, wanted, input->isGivenUp);
+  bool isSilent = false;
+  const auto mayWait = [&](double silence) {
+    isSilent = input->patience > 0.0 && silence >= input->patience;
+    return !isSilent && !input->isGivenUp;
+  };
+  const ssize_t count = input->file->isRegular ? readAt(*input->file, input->place, bytes, wanted)
+                                               : readNext(*input->file, bytes, wanted, mayWait);
+  if (isSilent) return AVERROR(ETIMEDOUT);
   if (count < 0) return AVERROR(errno);
   if (count == 0) return AVERROR_EOF;
   input->place += count;
@@ -217,6 +222,7 @@ OpenInput fileOf(const VideoSource& source) {
 std::string openContainer(const VideoSource& source, ContainerInput* input,
                           AVFormatContext** container) {
   input->file = fileOf(source);
+  input->patience = source.patience;
   std::string error = input->file->error;
   if (error.empty()) error = openAs(source, input, container);
   if (error.empty()) return "";

@@ -9,7 +9,7 @@
 #include "scan/files/inputFile.h"
 #include "scan/video/ffmpeg.h"
 
-// Where a video comes from.
+// Where a video comes from, and how far it is waited for and decoded.
 struct VideoSource {
   std::string path;     // for people; "-" of standard input
   int rawWidth = 0;     // 0: the file has headers. Else it is planar YUV 4:2:0, 8 bit, without any:
@@ -18,6 +18,7 @@ struct VideoSource {
   int stream = -1;      // the number of a stream of the file; negative: its main video
   bool isStandardInput = false;                // it is a YUV4MPEG stream from there
   OpenInput file = nullptr;                    // open; none: it is to be opened by its path
+  double patience = 0.0;                       // seconds that a pipe may be silent; 0: any time
   int64_t maxPixels = int64_t{16384} * 16384;  // of a picture; larger ones are not decoded
 };
 
@@ -32,6 +33,7 @@ struct ContainerInput {
   // Told when more has been read than before, and how much of the file, 0 to 1; of a pipe 0.
   std::function<void(double position)> onAdvance = [](double) {};
   std::atomic<bool> isGivenUp = false;  // ends reading, even from a pipe that is silent
+  double patience = 0.0;                // as of the source
   FfmpegOwner<AVIOContext> stream;
 };
 

@@ -34,6 +34,7 @@ constexpr char NO_MEMORY[] = "it takes more memory than there is, or than --memo
 
 inline std::string ffmpegError(int code) {
   if (code == AVERROR(ENOMEM)) return NO_MEMORY;
+  if (code == AVERROR(ETIMEDOUT)) return "nothing has come for the time of --stall-timeout";
   char text[AV_ERROR_MAX_STRING_SIZE] = {};
   av_strerror(code, text, sizeof text);
   return text;

@@ -12,10 +12,7 @@ namespace {
 
 // Has a process that is being prepared for a program watched by preloaded/diskCalls.cpp.
 void watchDisk(const char* variable, const std::string& value) {
-  setenv("LD_PRELOAD", DISK_CALLS_LIBRARY, 1);
-  // The address sanitizer wants to be the first library unless told otherwise.
-  setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
-  setenv(variable, value.c_str(), 1);
+  preload(DISK_CALLS_LIBRARY, variable, value);
 }
 
 using Fields = std::vector<std::string>;

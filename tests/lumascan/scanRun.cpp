@@ -18,10 +18,9 @@ namespace fs = std::filesystem;
 namespace {
 
 bool isReady(pid_t worker) {
-  // Its own standard error is the last thing that it sets up.
-  std::error_code ignored;
-  const std::string log = fs::read_symlink("/proc/" + std::to_string(worker) + "/fd/2", ignored);
-  return log.rfind("pipe:", 0) == 0;
+  std::string name;
+  std::getline(std::ifstream("/proc/" + std::to_string(worker) + "/comm"), name);
+  return name == "lumascan worker";
 }
 
 }  // namespace
@@ -41,6 +40,13 @@ std::function<void()> limitDescriptors(int most) {
     const rlimit limit = {descriptors, descriptors};
     if (setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(126);
   };
+}
+
+void preload(const char* library, const char* variable, const std::string& value) {
+  setenv("LD_PRELOAD", library, 1);
+  // The address sanitizer wants to be the first library unless told otherwise.
+  setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+  setenv(variable, value.c_str(), 1);
 }
 
 Json readJson(const TemporaryDirectory& directory, const std::string& path) {
@@ -121,7 +127,7 @@ void waitForError(const RunningScan& scan, const std::string& text) {
   waitUntil(scan, text, [&] { return errorsOf(scan).find(text) != std::string::npos; });
 }
 
-std::vector<pid_t> workersOf(const RunningScan& scan) {
+std::vector<pid_t> childrenOf(const RunningScan& scan) {
   const std::string number = std::to_string(scan.program.process);
   std::ifstream list("/proc/" + number + "/task/" + number + "/children");
   std::vector<pid_t> children;
@@ -129,11 +135,18 @@ std::vector<pid_t> workersOf(const RunningScan& scan) {
   return children;
 }
 
+std::vector<pid_t> workersOf(const RunningScan& scan) {
+  std::vector<pid_t> workers = childrenOf(scan);
+  const auto isOther = [](pid_t child) { return !isReady(child); };
+  workers.erase(std::remove_if(workers.begin(), workers.end(), isOther), workers.end());
+  return workers;
+}
+
 std::vector<pid_t> waitForWorkers(const RunningScan& scan, size_t count) {
   std::vector<pid_t> workers;
   waitUntil(scan, std::to_string(count) + " workers", [&] {
     workers = workersOf(scan);
-    return workers.size() == count && std::all_of(workers.begin(), workers.end(), isReady);
+    return workers.size() == count;
   });
   return workers;
 }
@@ -142,7 +155,7 @@ pid_t waitForNextWorker(const RunningScan& scan, pid_t last) {
   pid_t next = -1;
   waitUntil(scan, "the next worker", [&] {
     for (const pid_t worker : workersOf(scan)) {
-      if (worker != last && isReady(worker)) next = worker;
+      if (worker != last) next = worker;
     }
     return next > 0;
   });

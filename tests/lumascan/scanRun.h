@@ -19,6 +19,10 @@ ProgramRun lumascan(
 // For `prepare`: leaves the program so many file descriptors, standard streams among them.
 std::function<void()> limitDescriptors(int most);
 
+// For `prepare`: has a library of preloaded/ stand in front of others, which an environment
+// variable tells what for.
+void preload(const char* library, const char* variable, const std::string& value);
+
 // Its JSON files; paths are relative to the folder of the test.
 Json readJson(const TemporaryDirectory& directory, const std::string& path);
 Json resultOf(const TemporaryDirectory& directory, const std::string& video);
@@ -60,10 +64,13 @@ std::string errorsOf(const RunningScan& scan);
 void waitUntil(const RunningScan& scan, const std::string& what, const std::function<bool()>& isSo);
 void waitForError(const RunningScan& scan, const std::string& text);
 
-// The worker processes that it has started and not yet collected.
+// The processes that it has started and not yet collected.
+std::vector<pid_t> childrenOf(const RunningScan& scan);
+
+// Workers among them that are ready: their standard streams are theirs, their signals set.
 std::vector<pid_t> workersOf(const RunningScan& scan);
 
-// Waits for so many workers that are ready: their standard streams are theirs, their signals set.
+// Waits for so many.
 std::vector<pid_t> waitForWorkers(const RunningScan& scan, size_t count);
 
 // Waits for one of which the number is another.

@@ -164,7 +164,7 @@ TEST(Workers, areHeardAtOnce_whenTheUserWantsToKnowMore) {
   const TemporaryDirectory directory;
   makeFifo(directory, "stuck.mp4");
   const ProgramRun run =
-      scanWithLogs(directory, {"stuck.mp4", "-v", "-q", "-j", "1", "--progress", "none"},
+      scanWithLogs(directory, {"stuck.mp4", "-v", "--sandbox", "off", "-q", "-j", "1", "--progress", "none"},
                    "first, \x1b[31m\nred", "second\n");
   const std::string ended = "lumascan: analysis of \"stuck.mp4\" ended by signal ";
   EXPECT_EQ(run.err, "first, \\x1b[31m\nred" + ended + "6 (Aborted): trying once more\nsecond\n" +
@@ -221,9 +221,10 @@ TEST(Workers, areWaitedForAsLongAsItTakes_withoutATimeToStallIn) {
 
 TEST(Workers, areGivenUp_whenTheyStall) {
   const TemporaryDirectory directory;
-  makeFifo(directory, "stuck.mp4");
-  const ProgramRun run = lumascan(
-      directory, {"stuck.mp4", "-j", "1", "--stall-timeout", "0.01", "--progress", "none"});
+  makeVideo(directory, "stuck.mp4");
+  const ProgramRun run =
+      lumascan(directory, {"stuck.mp4", "-j", "1", "--stall-timeout", "0.01", "--progress", "none"},
+               "/dev/null", [] { preload(HOSTILE_DECODER, "HOSTILE_HANG", ""); });
   EXPECT_EQ(run.status, 3);
   const std::string start =
       "lumascan: analysis of \"stuck.mp4\" ended by having no new frame for 0.01 seconds: ";
@@ -232,6 +233,27 @@ TEST(Workers, areGivenUp_whenTheyStall) {
   EXPECT_EQ(run.err, start + "trying once more\n" + start +
                          "given up\nlumascan: \"stuck.mp4\": " + error + "\n");
   EXPECT_EQ(resultOf(directory, "stuck.mp4")["error"], error);
+}
+
+TEST(Workers, keepWhatHasCome_whenAPipeIsSilentForTooLong) {
+  const TemporaryDirectory directory;
+  const std::string video = streamedVideo(directory);
+  for (const char* const jobs : {"1", "2"}) {  // that wait themselves, or decode ahead
+    SCOPED_TRACE(jobs);
+    makeFifo(directory, "a.y4m");
+    RunningScan scan(
+        directory, {"a.y4m", "--force", "-j", jobs, "--stall-timeout", "1", "--progress", "none"});
+    const Feed to(scan, directory.path + "/a.y4m");
+    feed(to, video.substr(0, video.size() / 2));
+    const ProgramRun run = endOf(&scan);
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "lumascan: \"a.y4m\": nothing has come for the time of --stall-timeout\n");
+    const Json result = resultOf(directory, "a.y4m");
+    EXPECT_EQ(result["status"], "partial");
+    EXPECT_EQ(result["analysis"]["ended_by"], "read_error");
+    EXPECT_EQ(result["analysis"]["frames"], 12);  // of 25
+    fs::remove(directory.path + "/a.y4m");
+  }
 }
 
 TEST(Workers, areNotGivenUp_whenTheyWereSuspendedWithTheirParent) {

@@ -512,3 +512,20 @@ TEST(Collection, hasNoValue_whereAResultHasNone) {
             "nowhere.mp4,complete,pass,1,0.04,0,0,0,0,0,0,,,,,,,,,,,,,,,,");
   EXPECT_EQ(lineAfter(R"({"verdict": 5})"), "");  // it is left out
 }
+
+// What a process leaves that a video has taken over.
+TEST(ReadRecord, refusesWhatIsNoFile_andWhatNoResultIsAsLargeAs) {
+  const TemporaryDirectory directory;
+  ResultRecord record;
+  const auto errorOf = [&] { return readRecord(directory.path, &record, [](const Event&) {}); };
+  const std::string path = directory.path + "/result.json";
+  std::filesystem::create_directory(path);
+  EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": Is a directory");
+  std::filesystem::remove(path);
+  std::string numbers = "0";
+  for (int i = 0; i < 100000; ++i) numbers += ",0";
+  writeFile(path, R"({"tool": {"name": "lumascan"}, "junk": [)" + numbers + "]}");
+  EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": it is not a result of lumascan");
+  writeFile(path, R"({"tool": {"name": "lumascan"}, "junk": [0]})");
+  EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": it is of another version of lumascan");
+}
