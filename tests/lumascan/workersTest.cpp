@@ -163,9 +163,9 @@ TEST(Workers, areGivenUpAfterTwoAttempts_withTheLastFiveLinesThatTheSecondSaid) 
 TEST(Workers, areHeardAtOnce_whenTheUserWantsToKnowMore) {
   const TemporaryDirectory directory;
   makeFifo(directory, "stuck.mp4");
-  const ProgramRun run =
-      scanWithLogs(directory, {"stuck.mp4", "-v", "--sandbox", "off", "-q", "-j", "1", "--progress", "none"},
-                   "first, \x1b[31m\nred", "second\n");
+  const ProgramRun run = scanWithLogs(
+      directory, {"stuck.mp4", "-v", "--sandbox", "off", "-q", "-j", "1", "--progress", "none"},
+      "first, \x1b[31m\nred", "second\n");
   const std::string ended = "lumascan: analysis of \"stuck.mp4\" ended by signal ";
   EXPECT_EQ(run.err, "first, \\x1b[31m\nred" + ended + "6 (Aborted): trying once more\nsecond\n" +
                          ended + "9 (Killed): given up\nlumascan:   it said: second\n" +
