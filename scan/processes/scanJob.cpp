@@ -71,7 +71,7 @@ JobEnd runJob(const ScanJob& job, const ScanSettings& settings,
   } catch (const std::bad_alloc&) {
   }
   // Every thread of a decoder has pictures of its own.
-  if (job.decoderThreads > 1) return {true, ""};
+  if (job.decoderThreads > 1 && !isPipe(job.source)) return {true, ""};
   return {false, storeFailure(job, settings, NO_MEMORY)};
 }
 
