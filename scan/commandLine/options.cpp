@@ -204,7 +204,7 @@ void addLimits(CLI::App* app, Options* options) {
   app->add_option("--memory-limit", options->memoryLimit,
                   "for each file at once, at least 64M; 0: all there is (4G)")
       ->type_name("SIZE")
-      ->transform(CLI::AsSizeValue(false))
+      ->transform(CLI::Validator(CLI::AsSizeValue(false)).description(""))
       ->check(refuseTooLittle);
 }
 
