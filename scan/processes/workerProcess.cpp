@@ -5,10 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <csignal>
 #include <cstring>
 #include <mutex>
@@ -80,16 +78,13 @@ void resetSignals() {
   _exit(0);
 }
 
-enum class Available { MORE, NOTHING, END };
-
 // Some of what can be read without waiting, added to `text`: whoever writes faster than this
-// process reads shall not keep it from other work, nor fill its memory.
-Available readSome(int from, std::string* text) {
+// process reads shall not keep it from other work, nor fill its memory. False at the end.
+bool readSome(int from, std::string* text) {
   char bytes[65536];
   const ssize_t count = read(from, bytes, sizeof bytes);
   if (count > 0) text->append(bytes, static_cast<size_t>(count));
-  if (count == 0) return Available::END;
-  return count > 0 || errno == EINTR ? Available::MORE : Available::NOTHING;
+  return count != 0;
 }
 
 // False when it is no message.
@@ -153,7 +148,7 @@ bool startWorker(const ScanJob& job, const ScanSettings& settings, bool isVerbos
 
 bool readMessages(WorkerProcess* worker) {
   std::string& pending = worker->pendingMessages;
-  if (readSome(worker->messages, &pending) == Available::END) closeDescriptor(&worker->messages);
+  if (!readSome(worker->messages, &pending)) closeDescriptor(&worker->messages);
   bool isNews = false;
   size_t start = 0;
   for (size_t end = 0; (end = pending.find('\n', start)) != std::string::npos; start = end + 1) {
@@ -167,7 +162,7 @@ bool readMessages(WorkerProcess* worker) {
 
 void readLog(WorkerProcess* worker, bool isShown) {
   std::string text;
-  if (readSome(worker->log, &text) == Available::END) closeDescriptor(&worker->log);
+  if (!readSome(worker->log, &text)) closeDescriptor(&worker->log);
   if (isShown) showLog(text);
   worker->logTail += text;
   if (worker->logTail.size() > MOST_LOG) {
