@@ -82,7 +82,8 @@ Json parseResult(std::istream& file, const EventListener& onEvent) {
   bool isTooMuch = false;
   int64_t values = 0;
   const auto isKept = [&](int depth, Json::parse_event_t what, const Json& parsed) {
-    if (!isInEvents && what == Json::parse_event_t::value) ++values;
+    const bool isOfEvent = isInEvents && depth > ELEMENT;
+    if (!isOfEvent && what == Json::parse_event_t::value) ++values;
     isTooMuch = isTooMuch || depth > DEEPEST || values > MOST_VALUES;
     if (isTooMuch) return false;
     if (depth == MEMBER && what == Json::parse_event_t::key) isInEvents = parsed == "events";

@@ -524,8 +524,10 @@ TEST(ReadRecord, refusesWhatIsNoFile_andWhatNoResultIsAsLargeAs) {
   std::filesystem::remove(path);
   std::string numbers = "0";
   for (int i = 0; i < 100000; ++i) numbers += ",0";
-  writeFile(path, R"({"tool": {"name": "lumascan"}, "junk": [)" + numbers + "]}");
-  EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": it is not a result of lumascan");
+  for (const std::string list : {"junk", "events"}) {
+    writeFile(path, R"({"tool": {"name": "lumascan"}, ")" + list + "\": [" + numbers + "]}");
+    EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": it is not a result of lumascan") << list;
+  }
   writeFile(path, R"({"tool": {"name": "lumascan"}, "junk": [0]})");
   EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": it is of another version of lumascan");
 }
