@@ -522,10 +522,10 @@ TEST(ReadRecord, refusesWhatIsNoFile_andWhatNoResultIsAsLargeAs) {
   std::filesystem::create_directory(path);
   EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": Is a directory");
   std::filesystem::remove(path);
-  std::string numbers = "0";
-  for (int i = 0; i < 100000; ++i) numbers += ",0";
   for (const std::string list : {"junk", "events"}) {
-    writeFile(path, R"({"tool": {"name": "lumascan"}, ")" + list + "\": [" + numbers + "]}");
+    std::string numbers = R"({"tool": {"name": "lumascan"}, ")" + list + "\": [0";
+    for (int i = 0; i < 100000; ++i) numbers += ",0";
+    writeFile(path, numbers + "]}");
     EXPECT_EQ(errorOf(), "cannot read \"" + path + "\": it is not a result of lumascan") << list;
   }
   writeFile(path, R"({"tool": {"name": "lumascan"}, "junk": [0]})");
