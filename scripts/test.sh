@@ -12,14 +12,15 @@ presets=(asan release tsan asan-gcc)
 # Two at a time, so that the end of one does not leave processors idle.
 printf '%s\n' "${presets[@]}" | xargs -P 2 -I PRESET sh -euc '
   cmake --preset PRESET -DLUMAPROBE_WERROR=ON > /dev/null
-  cmake --build --preset PRESET --parallel $((($(nproc) + 1) / 2))'
+  cmake --build --preset PRESET --parallel $((($(nproc) + 2) / 2))'
 
 echo "== tests"
 printf 'subdirs("%s")\n' "${presets[@]}" > build/CTestTestfile.cmake
+# One more at a time than there are processors, since many wait: for a browser, for a process to be killed.
 log=build/tests.log
 closing='tests passed, '
 status=0
-ctest --test-dir build --no-tests=error -j "$(nproc)" --output-on-failure --progress \
+ctest --test-dir build --no-tests=error -j "$(($(nproc) + 1))" --output-on-failure --progress \
   --output-junit "$PWD/build/tests.xml" 2>&1 | tee "$log" | sed -u "/$closing/,\$d" || status=$?
 
 echo 'The ten slowest tests, in seconds:'

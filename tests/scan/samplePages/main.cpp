@@ -6,10 +6,10 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "../sample.h"
 #include "scan/events/eventList.h"
 #include "scan/files/outputFile.h"
 #include "scan/report/indexPage.h"
+#include "scan/sample.h"
 
 namespace {
 
