@@ -7,6 +7,7 @@
 #include <string>
 
 #include "scan/analysis/indicatorTable.h"
+#include "scan/measures/measureTable.h"
 #include "scan/numbers/column.h"
 
 constexpr int64_t NO_TIMESTAMP = INT64_MIN;
@@ -22,6 +23,8 @@ struct FrameTable {
   Column<bool> isCorrupt;
   Column<int64_t> messages;  // of damage, said about what was read for the frame
   std::array<Column<double>, INDICATORS> values;  // finite; NaN: undefined
+  Column<IndicatorMask> infinite;                 // of the undefined ones, those above all numbers
+  std::array<Column<double>, MEASURES> measures;  // finite; NaN: not measured
 
   int64_t rows() const { return static_cast<int64_t>(pts.size()); }
 };
@@ -35,6 +38,8 @@ struct FrameRow {
   bool isCorrupt;
   IndicatorValues values;
   int64_t messages = 0;
+  IndicatorMask infinite = 0;
+  MeasureValues measures = NO_MEASURES;
 };
 
 void appendRow(const FrameRow& row, FrameTable* table);

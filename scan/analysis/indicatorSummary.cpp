@@ -35,3 +35,12 @@ IndicatorSummaries summarise(const FrameTable& frames, const std::function<void(
   }
   return summaries;
 }
+
+MeasureStatistics measureStatistics(const FrameTable& frames, const std::function<void()>& onStep) {
+  MeasureStatistics statistics;
+  for (size_t i = 0; i < MEASURES; ++i) {
+    onStep();
+    statistics[i] = statisticsOf(frames.measures[i]);
+  }
+  return statistics;
+}

@@ -1,4 +1,4 @@
-// What all values of one indicator come to.
+// What all values of each indicator and measure come to.
 #ifndef LUMASCAN_INDICATOR_SUMMARY_H
 #define LUMASCAN_INDICATOR_SUMMARY_H
 
@@ -16,9 +16,12 @@ struct IndicatorSummary {
 };
 
 using IndicatorSummaries = std::array<IndicatorSummary, INDICATORS>;
+using MeasureStatistics = std::array<Statistics, MEASURES>;
 
-// Calls onStep between indicators.
+// Call onStep before each column.
 IndicatorSummaries summarise(
+    const FrameTable& frames, const std::function<void()>& onStep = [] {});
+MeasureStatistics measureStatistics(
     const FrameTable& frames, const std::function<void()>& onStep = [] {});
 
 #endif

@@ -52,7 +52,8 @@ IndicatorMask withNeeded(IndicatorMask requested) {
 }
 
 IndicatorValues measuredValues(const FrameResults& spatial, const TemporalResults& temporal,
-                               IndicatorMask mask, bool hasPrevious, uint64_t w, uint64_t h) {
+                               IndicatorMask mask, bool hasPrevious, uint64_t w, uint64_t h,
+                               IndicatorMask* infinite) {
   mask &= meaningful(w, h);
   if (!hasPrevious) mask &= ~TEMPORAL;
   // Freezing rests on temporal activity.
@@ -75,9 +76,14 @@ IndicatorValues measuredValues(const FrameResults& spatial, const TemporalResult
                             spatial.noise,
                             spatial.slice,
                             temporal.flickering};
+  IndicatorMask boundless = 0;
   for (size_t i = 0; i < INDICATORS; ++i) {
-    const bool isMeasured = (mask >> i & 1) != 0 && std::isfinite(values[i]);
-    if (!isMeasured) values[i] = std::numeric_limits<double>::quiet_NaN();
+    const bool isMeasured = (mask >> i & 1) != 0;
+    const bool isInfinite = values[i] == std::numeric_limits<double>::infinity();
+    if (isMeasured && isInfinite) boundless |= IndicatorMask{1} << i;
+    if (!isMeasured || !std::isfinite(values[i]))
+      values[i] = std::numeric_limits<double>::quiet_NaN();
   }
+  if (infinite != nullptr) *infinite = boundless;
   return values;
 }

@@ -32,8 +32,10 @@ using IndicatorValues = std::array<double, INDICATORS>;
 
 // What the indicators stored, with NaN for all that was not measured: what is not requested or, of
 // temporal ones, has no frame before it; flickering within a period; an indicator that the frame is
-// too small for. What came out infinite is NaN as well.
+// too small for. What came out infinite is NaN as well; `infinite`, unless it is null, gets the
+// indicators that were measured and came out as positive infinity.
 IndicatorValues measuredValues(const FrameResults& spatial, const TemporalResults& temporal,
-                               IndicatorMask mask, bool hasPrevious, uint64_t w, uint64_t h);
+                               IndicatorMask mask, bool hasPrevious, uint64_t w, uint64_t h,
+                               IndicatorMask* infinite = nullptr);
 
 #endif

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "driver/videoInput.h"
+#include "scan/measures/frameMeasures.h"
 #include "scan/numbers/decimals.h"
 #include "scan/video/decodedFrames.h"
 
@@ -83,6 +84,7 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
   const auto schedule = options.isThreaded ? analyseFrame : analyseFrameSerially;
   LumaConverter converter;
   TemporalResults temporal = {};
+  FrameMeasures measures;
   for (int64_t frame = 0;; ++frame) {
     const DecodedFrame decoded = next();
     outcome->error = decoded.error;
@@ -121,12 +123,15 @@ AnalysisEnd analyseFrames(const AnalysisOptions& options, const VideoReader& rea
     const IndicatorMask mask = computable(withNeeded(options.mask), images->current);
     schedule(mask, fps, !isFirst, images, &temporal);
     const bool isDamaged = isCorrupt(picture);
+    IndicatorMask infinite = 0;
+    const IndicatorValues values = measuredValues(Results, temporal, mask, !isFirst,
+                                                  images->current.w, images->current.h, &infinite);
     onFrame(
         {frame,
          {timestamp(picture), time, presentationDuration(reader, picture), picture.key_frame != 0,
-          isDamaged,
-          measuredValues(Results, temporal, mask, !isFirst, images->current.w, images->current.h),
-          keepMessages(decoded.damage, times->offset, outcome)},
+          isDamaged, values, keepMessages(decoded.damage, times->offset, outcome), infinite,
+          measures.of(images->current, isFirst ? nullptr : &images->previous,
+                      lumaRangeOf(picture))},
          Results,
          temporal,
          decoded.position});

@@ -141,12 +141,17 @@ constexpr StatisticKey STATISTIC_KEYS[] = {
     {"p50", &Statistics::p50},     {"p95", &Statistics::p95}, {"p99", &Statistics::p99},
 };
 
-Json summaryJson(const IndicatorSummary& summary) {
+Json statisticsJson(const Statistics& statistics) {
   Json json;
-  json["n"] = summary.statistics.n;
+  json["n"] = statistics.n;
   for (const StatisticKey& key : STATISTIC_KEYS) {
-    json[key.name] = numberOrNull(summary.statistics.*key.field);
+    json[key.name] = numberOrNull(statistics.*key.field);
   }
+  return json;
+}
+
+Json summaryJson(const IndicatorSummary& summary) {
+  Json json = statisticsJson(summary.statistics);
   Json& overview = json["overview"] = Json::array();
   for (const double mean : summary.overview) overview.push_back(numberOrNull(mean));
   return json;
@@ -311,12 +316,15 @@ std::optional<AnalysisFacts> readAnalysis(const Json& json) {
   return analysis;
 }
 
+Statistics readStatistics(const Json& json) {
+  Statistics statistics;
+  statistics.n = wholeNumberOf(json, "n");
+  for (const StatisticKey& key : STATISTIC_KEYS) statistics.*key.field = numberOf(json, key.name);
+  return statistics;
+}
+
 IndicatorSummary readSummary(const Json& json) {
-  IndicatorSummary summary;
-  summary.statistics.n = wholeNumberOf(json, "n");
-  for (const StatisticKey& key : STATISTIC_KEYS) {
-    summary.statistics.*key.field = numberOf(json, key.name);
-  }
+  IndicatorSummary summary = {readStatistics(json), {}};
   const Json& overview = memberOf(json, "overview");
   if (!overview.is_array()) return summary;
   for (const Json& mean : overview) {
@@ -390,6 +398,10 @@ Json resultJson(const ResultRecord& record) {
   for (size_t i = 0; record.analysis && i < INDICATORS; ++i) {
     indicators[INDICATOR_TABLE[i].name] = summaryJson(record.indicators[i]);
   }
+  Json& measures = json["measures"] = Json::object();
+  for (size_t i = 0; record.analysis && i < MEASURES; ++i) {
+    measures[MEASURE_TABLE[i].name] = statisticsJson(record.measures[i]);
+  }
   json["thresholds"] = thresholdsJson(record.thresholds);
   json["outputs"] = outputsJson(record.outputs, record.pictures);
   return json;
@@ -421,6 +433,10 @@ std::string readRecord(const Json& json, ResultRecord* record) {
   for (size_t i = 0; i < INDICATORS; ++i) {
     record->indicators[i] =
         readSummary(memberOf(memberOf(json, "indicators"), INDICATOR_TABLE[i].name));
+  }
+  for (size_t i = 0; i < MEASURES; ++i) {
+    record->measures[i] =
+        readStatistics(memberOf(memberOf(json, "measures"), MEASURE_TABLE[i].name));
   }
   record->thresholds = thresholdsOf(memberOf(json, "thresholds"));
   record->outputs = readOutputs(memberOf(json, "outputs"));

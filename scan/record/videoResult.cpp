@@ -111,8 +111,9 @@ VideoResult analyseSource(const VideoSource& source, const AnalysisOptions& opti
   Measurement measured = measureVideo(source, options, decoderThreads, rows, onProgress);
   VideoResult result;
   result.record = recordOf(source, options, measured);
-  result.record.indicators = summarise(
-      measured.frames, [&] { onProgress(Stage::STATISTICS, 1.0, measured.frames.rows()); });
+  const auto onStep = [&] { onProgress(Stage::STATISTICS, 1.0, measured.frames.rows()); };
+  result.record.indicators = summarise(measured.frames, onStep);
+  result.record.measures = measureStatistics(measured.frames, onStep);
   result.frames = std::move(measured.frames);
   return result;
 }

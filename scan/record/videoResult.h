@@ -73,6 +73,7 @@ struct ResultRecord {
   std::vector<DamageMessage> messages;  // the first ones of damage
   Judgement judgement;
   IndicatorSummaries indicators;  // of what was analysed
+  MeasureStatistics measures;
   Thresholds thresholds;
   OutputChoice outputs;
   int64_t pictures = 0;  // that are stored beside it

@@ -137,6 +137,15 @@ const char* lumaPathName(LumaPath path) {
   }
 }
 
+LumaRange lumaRangeOf(const AVFrame& picture) {
+  const auto format = static_cast<AVPixelFormat>(picture.format);
+  if (lumaPathOf(format) == LumaPath::CONVERTED) return {};
+  // The formats that hold JPEG's levels have names of their own.
+  const bool isFull = picture.color_range == AVCOL_RANGE_JPEG ||
+                      std::string_view(av_get_pix_fmt_name(format)).substr(0, 4) == "yuvj";
+  return isFull ? FULL_RANGE : LumaRange{};
+}
+
 bool convertToLuma(const AVFrame* picture, LumaConverter* converter, uint8_t* luma) {
   switch (lumaPathOf(static_cast<AVPixelFormat>(picture->format))) {
     case LumaPath::COPIED:

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "scan/measures/lumaRange.h"
 #include "scan/video/ffmpeg.h"
 
 // How the luma of a pixel format gets its 8 bits.
@@ -17,6 +18,10 @@ enum class LumaPath {
 LumaPath lumaPathOf(AVPixelFormat format);
 
 const char* lumaPathName(LumaPath path);  // "copied", "narrowed", "converted", "none"
+
+// The levels that stand for black and white in what convertToLuma() makes of the picture: those of
+// video, unless the picture says that it has all levels.
+LumaRange lumaRangeOf(const AVFrame& picture);
 
 // What is kept from picture to picture: the scaler of the last one that needed it.
 struct LumaConverter {

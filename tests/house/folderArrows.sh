@@ -1,7 +1,7 @@
 #!/bin/sh
 # Includes point one way. A folder names only itself and what stands before it here:
 #   src    definitions, indicators, driver
-#   scan   all of src, then files, numbers, video, analysis, events, record, report, results,
+#   scan   all of src, then files, numbers, measures, video, analysis, events, record, report, results,
 #          processes, commandLine, commands
 set -eu
 status=0
@@ -26,7 +26,7 @@ if grep -rn '#include "scan/' .; then
   status=1
 fi
 cd "$1/scan"
-check 'scan/' files numbers video analysis events record report results processes commandLine commands
+check 'scan/' files numbers measures video analysis events record report results processes commandLine commands
 
 # The schedule of one frame knows neither files nor printing.
 cd "$1/src"

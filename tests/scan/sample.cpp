@@ -178,6 +178,7 @@ VideoResult sampleInput(const std::string& path, int64_t frames, double fps, uin
       Verdict::FAIL,
       {"black for 1.5 s from 00:00:00:00", "freeze for 2.1 s", "block loss for 0.3 s"}};
   record.indicators = summarise(input.frames);
+  record.measures = measureStatistics(input.frames);
   record.thresholds = thresholds();
   return input;
 }
