@@ -25,6 +25,8 @@ constexpr double RELATIVE_LEAVE = 0.75;
 // than this share of it.
 constexpr double REGULAR = 0.95;
 constexpr double JITTER = 0.25;
+constexpr double LONGEST_DAMAGE = 10.0;  // seconds behind the last sign of it
+constexpr size_t LONE = 3;               // frames to either side that do not come near a lone cut
 
 // When each frame is shown. NaN: unknown.
 struct Times {
@@ -69,6 +71,7 @@ struct Scene {
   const Times& times;
   const EventRule& rule;
   const Threshold& threshold;
+  bool tellsDecodeErrors;  // these are looked for, too
 };
 
 Event eventAt(const Scene& scene, size_t first, size_t last) {
@@ -262,6 +265,14 @@ double medianOfNeighbours(const Values& values, size_t row) {
   return medianOf(neighbours);
 }
 
+bool isLone(const Values& values, size_t row, double share) {
+  const size_t end = std::min(row + LONE + 1, values.size());
+  for (size_t i = row - std::min(row, LONE); i < end; ++i) {
+    if (i != row && values[i] >= share * values[row]) return false;
+  }
+  return true;
+}
+
 // A cut to or from a uniform picture is none: the "black" event says it. The first two comparisons
 // have too little before them to stand out from.
 void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
@@ -272,6 +283,8 @@ void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
     const double needed =
         std::max(scene.threshold.enter, scene.threshold.ratio * medianOfNeighbours(activity, i));
     if (activity[i] < needed) continue;
+    // Both sides of a flash, the steps of what scrolls and those of an animation are no cuts.
+    if (scene.threshold.lone > 0.0 && !isLone(activity, i, scene.threshold.lone)) continue;
     Event event = eventAt(scene, i, i);
     event.peakValue = activity[i];
     event.threshold = needed;
@@ -279,16 +292,44 @@ void findSceneCuts(const Scene& scene, std::vector<Event>* events) {
   }
 }
 
-// A stretch for each run of rows that are so, from a row on.
-void findRuns(const Scene& scene, size_t start, const std::function<bool(size_t)>& isSo,
-              std::vector<Event>* events) {
-  const auto rows = static_cast<size_t>(scene.table.rows());
-  for (size_t first = start, next = 0; first < rows; first = next) {
+// A stretch for each run of rows that are so.
+void findRuns(const Scene& scene, const Column<bool>& isSo, std::vector<Event>* events) {
+  for (size_t first = 0, next = 0; first < isSo.size(); first = next) {
     next = first + 1;
-    if (!isSo(first)) continue;
-    while (next < rows && isSo(next)) ++next;
+    if (!isSo[first]) continue;
+    while (next < isSo.size() && isSo[next]) ++next;
     events->push_back(eventAt(scene, first, next - 1));
   }
+}
+
+// Damage stays in what later frames are predicted from: it lasts from a row that shows it to the
+// next key frame that does not.
+Column<bool> lastingDamage(const Scene& scene, size_t start,
+                           const std::function<bool(size_t)>& isDamaged) {
+  Column<bool> damaged;
+  double until = 0.0;
+  bool lasts = false;
+  for (size_t i = 0; i < scene.table.isKey.size(); ++i) {
+    const bool isShown = i >= start && isDamaged(i);
+    const double now = scene.times.elapsed[i];
+    if (isShown) until = now + LONGEST_DAMAGE;
+    lasts = isShown || (lasts && !scene.table.isKey[i] && !(now >= until));
+    damaged.push_back(lasts);
+  }
+  return damaged;
+}
+
+Column<bool> decodeErrors(const Scene& scene, size_t beginning) {
+  return lastingDamage(scene, beginning, [&](size_t i) { return scene.table.isCorrupt[i]; });
+}
+
+// But for those of frames that are damaged anyway.
+Column<bool> streamErrors(const Scene& scene, size_t beginning) {
+  Column<bool> known;
+  if (scene.tellsDecodeErrors) known = decodeErrors(scene, beginning);
+  return lastingDamage(scene, 0, [&](size_t i) {
+    return scene.table.messages[i] > 0 && !(scene.tellsDecodeErrors && known[i]);
+  });
 }
 
 // How many rows come before the first key frame of a stream that begins in between.
@@ -366,12 +407,10 @@ void findEvents(const Scene& scene, const StreamFindings& stream, std::vector<Ev
       findSceneCuts(scene, events);
       break;
     case EventKind::DECODE_ERROR:
-      findRuns(
-          scene, beginning, [&](size_t i) { return scene.table.isCorrupt[i]; }, events);
+      findRuns(scene, decodeErrors(scene, beginning), events);
       break;
     case EventKind::STREAM_ERROR:
-      findRuns(
-          scene, 0, [&](size_t i) { return scene.table.messages[i] > 0; }, events);
+      findRuns(scene, streamErrors(scene, beginning), events);
       break;
     case EventKind::BEGINNING:
       if (stream.startsMidstream && scene.table.firstFrame == 0)
@@ -399,9 +438,10 @@ std::vector<Event> detectEvents(const FrameTable& table, const Thresholds& thres
   std::vector<Event> events;
   if (table.rows() == 0) return events;
   const Times times = timesOf(table, stream.frameRate);
+  const bool tellsDecodeErrors = thresholds[eventTypeNamed("decode_error")].isEnabled;
   for (size_t i = 0; i < EVENT_TYPES; ++i) {
     if (!thresholds[i].isEnabled) continue;
-    findEvents({table, times, EVENT_RULES[i], thresholds[i]}, stream, &events);
+    findEvents({table, times, EVENT_RULES[i], thresholds[i], tellsDecodeErrors}, stream, &events);
   }
   std::sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
     return std::tie(a.firstFrame, a.type) < std::tie(b.firstFrame, b.type);

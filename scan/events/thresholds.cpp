@@ -31,6 +31,7 @@ constexpr ThresholdKey THRESHOLD_KEYS[] = {
     {"min_s", &Threshold::minSeconds}, {"mad", &Threshold::mad},
     {"least", &Threshold::least},      {"ratio", &Threshold::ratio},
     {"alone", &Threshold::alone},      {"hold_s", &Threshold::holdSeconds},
+    {"lone", &Threshold::lone},
 };
 
 std::string setNumber(const std::string& place, const Json& value, double* number) {
@@ -130,31 +131,31 @@ const std::array<EventRule, EVENT_TYPES> EVENT_RULES = {{
     {"missing_frames", "Missing frames", nullptr, EventKind::MISSING, Direction::ABOVE},
 }};
 
-// enter, leave, min_s, severity, enabled, mad, least, ratio, alone, hold_s. docs/thresholds.md says
-// how they were chosen and what they find.
+// enter, leave, min_s, severity, enabled, mad, least, ratio, alone, hold_s, lone.
+// docs/thresholds.md says how they were chosen and what they find.
 const Thresholds DEFAULT_THRESHOLDS = {{
-    {1.0, 1.0, 0.2, WARN, true, NONE, NONE, NONE, NONE, NONE},       // black
-    {1.0, 1.0, 0.3, FAIL, true, NONE, NONE, NONE, NONE, NONE},       // freeze
-    {0.05, 0.03, 0.3, WARN, true, NONE, NONE, NONE, NONE, NONE},     // letterbox
-    {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE},     // pillarbox
-    {0.027, 0.0135, 0.5, WARN, true, NONE, NONE, NONE, NONE, NONE},  // combing
-    {20.0, 7.0, 0.6, FAIL, true, NONE, NONE, 4.0, 400.0, 0.3},       // block_loss
-    {12.0, 4.8, 0.4, WARN, true, NONE, NONE, 5.0, NONE, NONE},       // slice
-    {0.83, 0.75, 0.9, WARN, true, NONE, NONE, NONE, NONE, NONE},     // flicker
-    {152.0, 146.0, 0.3, WARN, true, 4.0, 25.0, NONE, 190.0, NONE},   // over_exposure
-    {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE},     // under_exposure
-    {15.5, 17.0, 0.3, WARN, true, 4.0, 20.0, NONE, 9.7, NONE},       // low_contrast
-    {0.63, 0.7, 1.0, WARN, true, 6.0, 0.25, NONE, NONE, 0.6},        // blockiness
-    {5.5, 5.0, 1.2, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // blur
-    {3.0, 2.4, 0.3, WARN, true, 6.0, 2.0, NONE, NONE, NONE},         // noise
-    {20.0, NONE, NONE, INFO, true, NONE, NONE, 3.5, NONE, NONE},     // scene_cut
-    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // decode_error
-    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // stream_error
-    {NONE, NONE, NONE, INFO, true, NONE, NONE, NONE, NONE, NONE},    // starts_midstream
-    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE},    // truncation
-    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // size_change
-    {0.5, NONE, NONE, WARN, true, NONE, NONE, 3.0, NONE, NONE},      // timestamp_gap
-    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE},    // missing_frames
+    {1.0, 1.0, 0.2, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},       // black
+    {1.0, 1.0, 0.3, FAIL, true, NONE, NONE, NONE, NONE, NONE, NONE},       // freeze
+    {0.05, 0.03, 0.3, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // letterbox
+    {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // pillarbox
+    {0.027, 0.0135, 0.5, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},  // combing
+    {20.0, 7.0, 0.6, FAIL, true, NONE, NONE, 4.0, 400.0, 0.3, NONE},       // block_loss
+    {12.0, 4.8, 0.4, WARN, true, NONE, NONE, 5.0, NONE, NONE, NONE},       // slice
+    {0.83, 0.75, 0.9, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // flicker
+    {152.0, 146.0, 0.3, WARN, true, 4.0, 25.0, NONE, 190.0, NONE, NONE},   // over_exposure
+    {78.0, 82.0, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // under_exposure
+    {15.5, 17.0, 0.3, WARN, true, 4.0, 20.0, NONE, 9.7, NONE, NONE},       // low_contrast
+    {0.63, 0.7, 1.0, WARN, true, 6.0, 0.25, NONE, NONE, 0.6, NONE},        // blockiness
+    {5.5, 5.0, 1.2, WARN, true, 6.0, 2.0, NONE, NONE, NONE, NONE},         // blur
+    {3.0, 2.4, 0.3, WARN, true, 6.0, 2.0, NONE, NONE, NONE, NONE},         // noise
+    {20.0, NONE, NONE, INFO, true, NONE, NONE, 3.5, NONE, NONE, 0.5},      // scene_cut
+    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE, NONE},    // decode_error
+    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},    // stream_error
+    {NONE, NONE, NONE, INFO, true, NONE, NONE, NONE, NONE, NONE, NONE},    // starts_midstream
+    {NONE, NONE, NONE, FAIL, true, NONE, NONE, NONE, NONE, NONE, NONE},    // truncation
+    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},    // size_change
+    {0.5, NONE, NONE, WARN, true, NONE, NONE, 3.0, NONE, NONE, NONE},      // timestamp_gap
+    {NONE, NONE, NONE, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},    // missing_frames
 }};
 
 size_t eventTypeNamed(std::string_view type) {

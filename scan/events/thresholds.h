@@ -64,6 +64,9 @@ struct Threshold {
   // Some STRETCH types are held against the worst value of the last so many seconds, since what
   // they look for shows in some frames only; 0: against that of the frame.
   double holdSeconds = NONE;
+  // SCENE_CUT: the share of its value that no frame within three to either side reaches; 0: any
+  // may.
+  double lone = NONE;
 };
 
 // In the same order, which is the order of files, too.

@@ -496,7 +496,7 @@ TEST(SceneCut, isOneFrameThatStandsOut) {
   thresholds.at(eventTypeNamed("scene_cut")).enter = 20.0;
   thresholds.at(eventTypeNamed("scene_cut")).ratio = 3.0;
   const std::vector<Event> events = detectEvents(
-      tableOf("temporal_activity", {NONE, 5, 5, 5, 20, 5, 5, 19.9, 5}), thresholds, WHOLE);
+      tableOf("temporal_activity", {NONE, 5, 5, 5, 20, 5, 5, 5, 19.9, 5}), thresholds, WHOLE);
   ASSERT_EQ(stretches(events), "4-4");
   EXPECT_EQ(events[0].severity, Severity::INFO);
   EXPECT_EQ(events[0].peakValue, 20.0);
@@ -537,15 +537,34 @@ TEST(SceneCut, isNotSeenInTheFirstTwoComparisons) {
   };
   EXPECT_EQ(cutsOf({NONE, 90, 5, 5, 5, 5}), "");
   EXPECT_EQ(cutsOf({NONE, 5, 90, 5, 5, 5}), "");
-  EXPECT_EQ(cutsOf({NONE, 5, 5, 90, 5, 5, 90}), "3-3 6-6");
+  EXPECT_EQ(cutsOf({NONE, 5, 5, 90, 5, 5, 5, 90}), "3-3 7-7");
 }
 
 TEST(SceneCut, isNoStepToOrFromBlack) {
   Thresholds thresholds = only("scene_cut");
   thresholds.at(eventTypeNamed("scene_cut")).enter = 20.0;
-  FrameTable table = tableOf("temporal_activity", {NONE, 5, 5, 90, 0, 90, 5, 5, 90});
-  column(&table, "blackout") = {0, 0, 0, 1, 1, 0, 0, 0, 0};
-  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "8-8");
+  FrameTable table = tableOf("temporal_activity", {NONE, 5, 5, 90, 0, 90, 5, 5, 5, 90});
+  column(&table, "blackout") = {0, 0, 0, 1, 1, 0, 0, 0, 0, 0};
+  EXPECT_EQ(stretches(detectEvents(table, thresholds, WHOLE)), "9-9");
+}
+
+// A flash changes the picture twice, what scrolls at every step.
+TEST(SceneCut, isNothingThatAnotherFrameWithinThreeComesNear) {
+  Thresholds thresholds = only("scene_cut");
+  Threshold& threshold = thresholds.at(eventTypeNamed("scene_cut"));
+  threshold.enter = 20.0;
+  threshold.lone = 0.5;
+  const auto cutsOf = [&](const Values& activities) {
+    return stretches(detectEvents(tableOf("temporal_activity", activities), thresholds, WHOLE));
+  };
+  EXPECT_EQ(cutsOf({NONE, 1, 1, 1, 80, 1, 1, 40, 1, 1, 1, 1}), "");
+  EXPECT_EQ(cutsOf({NONE, 1, 1, 1, 80, 1, 1, 39.9, 1, 1, 1, 1}), "4-4");
+  EXPECT_EQ(cutsOf({NONE, 1, 1, 1, 80, 1, 1, 1, 80, 1, 1, 1}), "4-4 8-8");
+  EXPECT_EQ(cutsOf({NONE, 1, 1, 1, 40, 1, 1, 80, 1, 1, 1, 1}), "");
+  // An undefined frame is not near.
+  EXPECT_EQ(cutsOf({NONE, 1, 1, 1, 80, NONE, 1, 1}), "4-4");
+  threshold.lone = 0.0;
+  EXPECT_EQ(cutsOf({NONE, 1, 1, 1, 80, 1, 1, 80, 1, 1, 1, 1}), "4-4 7-7");
 }
 
 TEST(Stretches, mayBeShorterByWhatContainersRound) {
@@ -563,6 +582,7 @@ TEST(Stretches, mayBeShorterByWhatContainersRound) {
 
 TEST(DecodeErrors, areRunsOfDamagedFrames) {
   FrameTable table = emptyTable(6);
+  table.isKey = {true, true, true, true, true, true};
   table.isCorrupt = {true, false, true, true, false, true};
   const std::vector<Event> events = detectEvents(table, only("decode_error"), WHOLE);
   ASSERT_EQ(stretches(events), "0-0 2-3 5-5");
@@ -572,8 +592,45 @@ TEST(DecodeErrors, areRunsOfDamagedFrames) {
   EXPECT_TRUE(std::isnan(events[1].threshold));
 }
 
+TEST(DecodeErrors, lastToTheNextKeyFrameThatIsWhole) {
+  FrameTable table = emptyTable(9);
+  table.isCorrupt = {false, true, false, false, true, false, false, false, false};
+  table.isKey = {true, false, false, false, true, false, false, true, false};
+  EXPECT_EQ(stretches(detectEvents(table, only("decode_error"), WHOLE)), "1-6");
+  // What comes before the first key frame is no damage, and does not last.
+  StreamFindings stream = WHOLE;
+  stream.startsMidstream = true;
+  table.isKey = {false, false, true, false, false, false, false, true, false};
+  EXPECT_EQ(stretches(detectEvents(table, only("decode_error"), stream)), "4-6");
+}
+
+TEST(DecodeErrors, lastForTenSecondsAtMost) {
+  // Frames of a tenth of a second: the damage of frame 1 to frame 100, that of 60 to 159.
+  FrameTable table = emptyTable(200);
+  table.isCorrupt.set(1, true);
+  EXPECT_EQ(stretches(detectEvents(table, only("decode_error"), WHOLE)), "1-100");
+  table.isCorrupt.set(60, true);
+  EXPECT_EQ(stretches(detectEvents(table, only("decode_error"), WHOLE)), "1-159");
+}
+
+TEST(StreamErrors, lastToTheNextKeyFrame_andAreNotToldOfDamagedFrames) {
+  FrameTable table = emptyTable(9);
+  table.isKey = {true, false, false, true, false, false, true, false, false};
+  table.isCorrupt.set(4, true);
+  table.messages = {0, 1, 0, 0, 2, 1, 0, 0, 1};
+  EXPECT_EQ(stretches(detectEvents(table, only("stream_error"), WHOLE)), "1-2 4-5 8-8");
+  Thresholds both = only("stream_error");
+  both.at(eventTypeNamed("decode_error")).isEnabled = true;
+  const std::vector<Event> events = detectEvents(table, both, WHOLE);
+  ASSERT_EQ(stretches(events), "1-2 4-5 8-8");
+  EXPECT_EQ(events[0].type, "stream_error");
+  EXPECT_EQ(events[1].type, "decode_error");
+  EXPECT_EQ(events[2].type, "stream_error");
+}
+
 TEST(StreamErrors, areRunsOfFramesThatSomethingIsSaidAbout) {
   FrameTable table = emptyTable(6);
+  table.isKey = {true, true, true, true, true, true};
   table.messages = {0, 1, 70, 0, 0, 1};
   const std::vector<Event> events = detectEvents(table, only("stream_error"), WHOLE);
   ASSERT_EQ(stretches(events), "1-2 5-5");

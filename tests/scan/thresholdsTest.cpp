@@ -46,7 +46,7 @@ constexpr char DOCUMENTED_THRESHOLDS[] = R"({
                  "severity": "warn"},
   "blur": {"enter": 5.5, "leave": 5, "min_s": 1.2, "mad": 6, "least": 2, "severity": "warn"},
   "noise": {"enter": 3, "leave": 2.4, "min_s": 0.3, "mad": 6, "least": 2, "severity": "warn"},
-  "scene_cut": {"enter": 20, "ratio": 3.5, "severity": "info"},
+  "scene_cut": {"enter": 20, "ratio": 3.5, "lone": 0.5, "severity": "info"},
   "decode_error": {"severity": "fail"},
   "stream_error": {"severity": "warn"},
   "starts_midstream": {"severity": "info"},
@@ -194,6 +194,8 @@ TEST(ReadThresholds, takesLevelsBelowZero_ofStretchesAlone) {
   EXPECT_EQ(thresholds[eventTypeNamed("low_contrast")].alone, -3.0);
   expectError(R"({"scene_cut": {"enter": -1}})", "scene_cut.enter is negative");
   expectError(R"({"scene_cut": {"ratio": -1}})", "scene_cut.ratio is negative");
+  expectError(R"({"scene_cut": {"lone": -1}})", "scene_cut.lone is negative");
+  expectError(R"({"blur": {"lone": 1}})", "blur.lone does not exist");
   expectError(R"({"blur": {"mad": -1}})", "blur.mad is negative");
   expectError(R"({"blur": {"least": -1}})", "blur.least is negative");
 }
