@@ -82,8 +82,9 @@ TEST(Results, ofSomeIndicators_haveTheOthersEmpty) {
   EXPECT_TRUE(indicators["noise"]["mean"].is_null());
   const std::string row = linesOf(fileOf(directory, "a.mp4", "frames.csv"))[3];
   EXPECT_EQ(row.substr(0, 6), "2,1024");
-  EXPECT_EQ(std::count(row.begin(), row.end(), ','), 21);
-  EXPECT_EQ(row.substr(row.size() - 7), ",,,,0\r\n");
+  EXPECT_EQ(std::count(row.begin(), row.end(), ','), 41);
+  // The last four indicators are empty; neither messages nor infinite values; then come measures.
+  EXPECT_NE(row.find(",,,,,0,0,1"), std::string::npos) << row;
 }
 
 TEST(Results, listEveryFrameWithTheValuesOfItsRow) {
