@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "scan/analysis/indicatorTable.h"
+#include "scan/events/signals.h"
 #include "scan/numbers/decimals.h"
 #include "scan/numbers/sortedValues.h"
 #include "scan/numbers/unknown.h"
@@ -15,9 +16,7 @@ namespace {
 
 using Values = Column<double>;
 
-constexpr double STILL_ACTIVITY = 1.0;  // levels; freezing's own limit
-constexpr size_t FLICKER_PERIOD = 8;    // comparisons that one value of flickering is the mean of
-constexpr size_t NEIGHBOURS = 4;        // frames to either side that a scene cut is compared with
+constexpr size_t NEIGHBOURS = 4;  // frames to either side that a scene cut is compared with
 constexpr double CONTAINER_ROUNDING = 1e-3;  // seconds; many containers round times to this
 // A threshold taken from the file's median: a stretch goes on for this share of the way to it.
 constexpr double RELATIVE_LEAVE = 0.75;
@@ -138,37 +137,6 @@ Levels levelsOf(const Scene& scene, const Values& values) {
   return isBeyond(own.enter, relative.enter, direction) ? own : relative;
 }
 
-bool isBlack(const FrameTable& table, size_t row) {
-  static const size_t blackout = indicatorNamed("blackout");
-  return table.values[blackout][row] > 0.0;
-}
-
-// Raises the flag on the still frames that led to it.
-void goBackToFirstStillFrame(const FrameTable& table, Values* flags) {
-  const Values& activity = table.values[indicatorNamed("temporal_activity")];
-  for (size_t i = flags->size(); i-- > 1;) {
-    // Freezing counts from anew at a frame whose predecessor is black.
-    const bool isStill = activity[i - 1] <= STILL_ACTIVITY && (i < 2 || !isBlack(table, i - 2));
-    if ((*flags)[i] > 0.0 && isStill) flags->set(i - 1, (*flags)[i]);
-  }
-}
-
-void spreadOverPeriods(Values* values) {
-  double last = UNKNOWN;  // the value spoken next, going backwards
-  size_t age = 0;
-  size_t spoken = values->size();  // the last row that has a value
-  for (size_t i = values->size(); i-- > 0; ++age) {
-    if (!std::isnan((*values)[i])) {
-      if (std::isnan(last)) spoken = i;
-      last = (*values)[i];
-      age = 0;
-    } else if (age < FLICKER_PERIOD) {
-      values->set(i, last);
-    }
-  }
-  for (size_t i = spoken + 1; i < values->size(); ++i) values->set(i, (*values)[i - 1]);
-}
-
 // The worst value of the last seconds that the threshold names, back to the last undefined one.
 Values worstOfLastSeconds(const Scene& scene, const Values& values) {
   const double seconds = scene.threshold.holdSeconds - CONTAINER_ROUNDING;
@@ -193,21 +161,6 @@ Values worstOfLastSeconds(const Scene& scene, const Values& values) {
   return held;
 }
 
-// The values that stretches are made of.
-Values consideredValues(const FrameTable& table, const EventRule& rule) {
-  const std::string_view indicator = rule.indicator;
-  Values values = table.values[indicatorNamed(indicator)];
-  if (indicator == "freezing") goBackToFirstStillFrame(table, &values);
-  if (indicator == "flickering") {
-    spreadOverPeriods(&values);
-  } else if (indicator != "blackout") {
-    for (size_t i = 0; i < values.size(); ++i) {
-      if (isBlack(table, i)) values.set(i, UNKNOWN);
-    }
-  }
-  return values;
-}
-
 size_t worstRow(const Values& values, size_t first, size_t last, Direction direction) {
   size_t worst = first;
   double worstValue = values[first];
@@ -224,6 +177,7 @@ size_t worstRow(const Values& values, size_t first, size_t last, Direction direc
 // Values may hold for frames before their own: of those that have the worst one, the first that was
 // measured so.
 size_t rowOfValue(const Scene& scene, const Values& own, size_t first, size_t last, size_t worst) {
+  if (scene.rule.signal != Signal::INDICATOR) return worst;
   const Values& measured = scene.table.values[indicatorNamed(scene.rule.indicator)];
   for (size_t i = first; i <= last; ++i) {
     if (own[i] == own[worst] && measured[i] == own[worst]) return i;
@@ -233,7 +187,7 @@ size_t rowOfValue(const Scene& scene, const Values& own, size_t first, size_t la
 
 void findStretches(const Scene& scene, std::vector<Event>* events) {
   const bool isHeld = scene.threshold.holdSeconds > 0.0;
-  const Values own = consideredValues(scene.table, scene.rule);
+  const Values own = signalOf(scene.table, scene.rule);
   const Values held = isHeld ? worstOfLastSeconds(scene, own) : Values{};
   const Values& values = isHeld ? held : own;
   const Levels levels = levelsOf(scene, values);

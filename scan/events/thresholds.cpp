@@ -16,8 +16,8 @@ constexpr Severity WARN = Severity::WARN;
 constexpr Severity FAIL = Severity::FAIL;
 
 constexpr EventRule stretch(const char* type, const char* title, const char* indicator,
-                            Direction direction) {
-  return {type, title, indicator, EventKind::STRETCH, direction};
+                            Direction direction, Signal signal = Signal::INDICATOR) {
+  return {type, title, indicator, EventKind::STRETCH, direction, signal};
 }
 
 // A number that files may set, and where it is kept.
@@ -105,10 +105,12 @@ std::string setAll(const Json& file, Thresholds* thresholds) {
 }  // namespace
 
 const std::array<EventRule, EVENT_TYPES> EVENT_RULES = {{
-    stretch("black", "Black or uniform picture", "blackout", Direction::ABOVE),
+    stretch("black", "Black or uniform picture", "blackout", Direction::ABOVE, Signal::DARKNESS),
     stretch("freeze", "Frozen picture", "freezing", Direction::ABOVE),
-    stretch("letterbox", "Bars above and below", "letterbox", Direction::ABOVE),
-    stretch("pillarbox", "Bar at the side", "pillarbox", Direction::ABOVE),
+    stretch("letterbox", "Bars above and below", "letterbox", Direction::ABOVE,
+            Signal::BARS_ABOVE_AND_BELOW),
+    stretch("pillarbox", "Bars at the sides", "pillarbox", Direction::ABOVE,
+            Signal::BARS_AT_THE_SIDES),
     stretch("combing", "Combed fields", "interlace", Direction::ABOVE),
     stretch("block_loss", "Lost blocks", "block_loss", Direction::ABOVE),
     stretch("slice", "Repeated slices", "slice", Direction::ABOVE),
@@ -134,10 +136,10 @@ const std::array<EventRule, EVENT_TYPES> EVENT_RULES = {{
 // enter, leave, min_s, severity, enabled, mad, least, ratio, alone, hold_s, lone.
 // docs/thresholds.md says how they were chosen and what they find.
 const Thresholds DEFAULT_THRESHOLDS = {{
-    {1.0, 1.0, 0.2, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},       // black
+    {0.955, 0.94, 0.2, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},    // black
     {1.0, 1.0, 0.3, FAIL, true, NONE, NONE, NONE, NONE, NONE, NONE},       // freeze
-    {0.05, 0.03, 0.3, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // letterbox
-    {0.05, 0.03, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // pillarbox
+    {0.03, 0.02, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // letterbox
+    {0.03, 0.02, 1.0, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},     // pillarbox
     {0.027, 0.0135, 0.5, WARN, true, NONE, NONE, NONE, NONE, NONE, NONE},  // combing
     {20.0, 7.0, 0.6, FAIL, true, NONE, NONE, 4.0, 400.0, 0.3, NONE},       // block_loss
     {12.0, 4.8, 0.4, WARN, true, NONE, NONE, 5.0, NONE, NONE, NONE},       // slice

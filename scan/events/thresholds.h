@@ -31,13 +31,22 @@ enum class Direction {
   BELOW,  // low ones
 };
 
+// What a STRETCH is found in; signals.h says more.
+enum class Signal {
+  INDICATOR,  // the rule's own
+  DARKNESS,
+  BARS_ABOVE_AND_BELOW,
+  BARS_AT_THE_SIDES,
+};
+
 // What cannot be changed about a type of event.
 struct EventRule {
   const char* type;       // in files
   const char* title;      // in the reasons of a verdict
-  const char* indicator;  // name in INDICATOR_TABLE; null: it is not found by an indicator
+  const char* indicator;  // name in INDICATOR_TABLE of what shows such an event; null: none does
   EventKind kind;
   Direction direction;
+  Signal signal = Signal::INDICATOR;
 };
 
 // What can. What a type has no use for is NaN, and the user cannot set it.

@@ -96,7 +96,9 @@ void collectThresholds(const Thresholds& thresholds, Page* page) {
     const char* const type = EVENT_RULES[i].type;
     const size_t track = indicatorOfEvent(type);
     const double value = thresholds[i].enter;
-    if (track == INDICATORS || std::isnan(value)) continue;
+    // A track shows the values of its indicator.
+    if (track == INDICATORS || EVENT_RULES[i].signal != Signal::INDICATOR || std::isnan(value))
+      continue;
     std::vector<PageThreshold>& known = page->thresholds[track];
     const bool isKnown =
         std::any_of(known.begin(), known.end(), [&](const PageThreshold& threshold) {

@@ -28,10 +28,10 @@ std::string json(const Thresholds& thresholds) {
 
 // The table of docs/thresholds.md, by hand; a flag is 1.
 constexpr char DOCUMENTED_THRESHOLDS[] = R"({
-  "black": {"enter": 1, "leave": 1, "min_s": 0.2, "severity": "warn"},
+  "black": {"enter": 0.955, "leave": 0.94, "min_s": 0.2, "severity": "warn"},
   "freeze": {"enter": 1, "leave": 1, "min_s": 0.3, "severity": "fail"},
-  "letterbox": {"enter": 0.05, "leave": 0.03, "min_s": 0.3, "severity": "warn"},
-  "pillarbox": {"enter": 0.05, "leave": 0.03, "min_s": 1, "severity": "warn"},
+  "letterbox": {"enter": 0.03, "leave": 0.02, "min_s": 1, "severity": "warn"},
+  "pillarbox": {"enter": 0.03, "leave": 0.02, "min_s": 1, "severity": "warn"},
   "combing": {"enter": 0.027, "leave": 0.0135, "min_s": 0.5, "severity": "warn"},
   "block_loss": {"enter": 20, "leave": 7, "min_s": 0.6, "hold_s": 0.3, "ratio": 4, "alone": 400,
                  "severity": "fail"},
