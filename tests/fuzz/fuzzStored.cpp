@@ -3,6 +3,7 @@
 //
 // The first byte of the input says what the others are (see LLVMFuzzerTestOneInput). Where there
 // are two texts, a zero byte stands between them.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -95,6 +96,15 @@ std::string csvOf(const FrameTable& table) {
   return csv;
 }
 
+// Rows behind the header of files that have as many columns: older ones have fewer.
+std::string withHeader(const std::string& rows) {
+  const std::string header = csvOf({});
+  const std::string first = rows.substr(0, rows.find('\r'));
+  const auto commas = std::count(first.begin(), first.end(), ',');
+  const char* const left = commas == 20 ? ",messages" : commas == 21 ? ",infinite" : "\r";
+  return header.substr(0, header.find(left)) + "\r\n" + rows;
+}
+
 bool areSame(const Column<double>& a, const Column<double>& b) {
   bool isSame = a.size() == b.size();
   for (size_t i = 0; isSame && i < a.size(); ++i) {
@@ -107,8 +117,9 @@ bool areSame(const Column<double>& a, const Column<double>& b) {
 bool areSame(const FrameTable& a, const FrameTable& b) {
   bool isSame = (a.rows() == 0 || a.firstFrame == b.firstFrame) && a.pts == b.pts &&
                 areSame(a.time, b.time) && areSame(a.duration, b.duration) && a.isKey == b.isKey &&
-                a.isCorrupt == b.isCorrupt;
+                a.isCorrupt == b.isCorrupt && a.messages == b.messages && a.infinite == b.infinite;
   for (size_t i = 0; i < INDICATORS; ++i) isSame = isSame && areSame(a.values[i], b.values[i]);
+  for (size_t i = 0; i < MEASURES; ++i) isSame = isSame && areSame(a.measures[i], b.measures[i]);
   return isSame;
 }
 
@@ -136,7 +147,7 @@ void tryFrames(const std::string& csv) {
 // ---- thresholds ---------------------------------------------------------------------------------
 
 // Values around the usual thresholds, with undefined stretches, damaged and black frames, a frame
-// without a time and a gap.
+// without a time and a gap. Here and there slice is infinite, or a measure is missing.
 FrameTable makeTable() {
   constexpr int64_t ROWS = 80;
   FrameTable table;
@@ -152,6 +163,14 @@ FrameTable makeTable() {
       if ((static_cast<size_t>(i) + k) % 23 == 0) row.values[k] = std::nan("");
     }
     row.values[indicatorNamed("blackout")] = i >= 40 && i < 45 ? 1.0 : 0.0;
+    if (i % 13 == 0) {
+      row.values[indicatorNamed("slice")] = std::nan("");
+      row.infinite = SLICE;
+    }
+    for (size_t k = 0; k < MEASURES; ++k) {
+      const double wave = std::sin(static_cast<double>(i) * (0.04 + 0.05 * static_cast<double>(k)));
+      if ((static_cast<size_t>(i) + k) % 17 != 0) row.measures[k] = 0.5 + 0.5 * wave;
+    }
     appendRow(row, &table);
   }
   return table;
@@ -178,7 +197,7 @@ void tryThresholds(const std::string& text) {
   require(areSameBits(thresholds, again), "and are the same");
 
   FrameTable table;
-  const bool hasTable = hasSecond(text) && readTable(csvOf({}) + behindZero(text), &table);
+  const bool hasTable = hasSecond(text) && readTable(withHeader(behindZero(text)), &table);
   requireEvents(hasTable ? table : usual, thresholds);
 }
 
@@ -322,7 +341,7 @@ void tryChanges(const std::string& text) {
   if (changes.is_discarded()) return;
   Json json = stored().json;
   json.merge_patch(changes);
-  tryResult(jsonText(json), hasSecond(text) ? csvOf({}) + behindZero(text) : stored().frames);
+  tryResult(jsonText(json), hasSecond(text) ? withHeader(behindZero(text)) : stored().frames);
 }
 
 }  // namespace
@@ -335,7 +354,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       tryFrames(text);
       return 0;
     case 'r':  // the rows of frames.csv
-      tryFrames(csvOf({}) + text);
+      tryFrames(withHeader(text));
       return 0;
     case 't':  // a file of thresholds, and rows that they are held against
       tryThresholds(text);

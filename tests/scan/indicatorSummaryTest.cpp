@@ -45,3 +45,26 @@ TEST(IndicatorSummary, hasTheValuesOfFewFrames_withoutThoseThatAreUndefined) {
   EXPECT_TRUE(std::isnan(ofPairs[0]));
   EXPECT_EQ(ofPairs[1], 4.0);
 }
+
+TEST(MeasureStatistics, areThoseOfEachColumn) {
+  FrameTable table = emptyTable(4);
+  // Mean 4, deviations -3, -1, 0 and 4: their squares are 26 in all.
+  table.measures[HELD_LINES] = std::vector<double>{1.0, 8.0, 3.0, 4.0};
+  table.measures[GRID_EDGES] = std::vector<double>{UNDEFINED, 0.5, UNDEFINED, 0.25};
+  int steps = 0;
+  const MeasureStatistics statistics = measureStatistics(table, [&] { ++steps; });
+  EXPECT_EQ(steps, MEASURES);
+  const Statistics& held = statistics[HELD_LINES];
+  EXPECT_EQ(held.n, 4);
+  EXPECT_EQ(held.min, 1.0);
+  EXPECT_EQ(held.max, 8.0);
+  EXPECT_EQ(held.mean, 4.0);
+  EXPECT_EQ(held.stdev, std::sqrt(26.0 / 4));
+  EXPECT_EQ(held.p50, 3.5);
+  const Statistics& edges = statistics[GRID_EDGES];
+  EXPECT_EQ(edges.n, 2);
+  EXPECT_EQ(edges.mean, 0.375);
+  // Without values there is nothing to say.
+  EXPECT_EQ(statistics[BRIGHTNESS].n, 0);
+  EXPECT_TRUE(std::isnan(statistics[BRIGHTNESS].mean));
+}

@@ -172,3 +172,28 @@ TEST(MeasuredValues, leaveOutWhatIsNotFinite) {
   EXPECT_EQ(measured(measuredValues(spatial, temporal, ALL, true, LARGE, LARGE)),
             ALL & ~(SLICE | INTERLACE | CONTRAST | FLICKERING));
 }
+
+TEST(MeasuredValues, tellWhatIsAboveAllNumbers) {
+  const auto infiniteOf = [](const FrameResults& spatial, const TemporalResults& temporal,
+                             IndicatorMask mask, bool hasPrevious = true, uint64_t h = LARGE) {
+    IndicatorMask infinite = ALL;  // what it held is forgotten
+    measuredValues(spatial, temporal, mask, hasPrevious, LARGE, h, &infinite);
+    return infinite;
+  };
+  EXPECT_EQ(infiniteOf(someSpatial(), someTemporal, ALL), 0u);
+  // Of these, slice and flickering alone are positive infinity.
+  FrameResults spatial = someSpatial();
+  TemporalResults temporal = someTemporal;
+  spatial.slice = INF;
+  spatial.interlace = -INF;
+  spatial.contrast = std::nan("");
+  temporal.flickering = INF;
+  EXPECT_EQ(infiniteOf(spatial, temporal, ALL), IndicatorMask{SLICE | FLICKERING});
+  // Only of what was measured: requested, with a frame before, and on a frame that is large enough.
+  EXPECT_EQ(infiniteOf(spatial, temporal, ALL & ~IndicatorMask{SLICE}), IndicatorMask{FLICKERING});
+  EXPECT_EQ(infiniteOf(spatial, temporal, 0), 0u);
+  EXPECT_EQ(infiniteOf(spatial, temporal, ALL, false), IndicatorMask{SLICE});
+  EXPECT_EQ(infiniteOf(spatial, temporal, ALL, true, 47), IndicatorMask{FLICKERING});
+  spatial.blockiness = INF;
+  EXPECT_EQ(infiniteOf(spatial, temporal, BLOCKINESS | BLUR), IndicatorMask{BLOCKINESS});
+}

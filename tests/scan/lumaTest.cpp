@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/frames.h"
@@ -219,4 +220,35 @@ TEST(Luma, hasNoPathFromADevice) {
   uint8_t luma = 77;
   EXPECT_FALSE(convertToLuma(picture.get(), &converter, &luma));
   EXPECT_EQ(luma, 77);
+}
+
+TEST(Luma, hasTheLevelsThatThePictureSays) {
+  const auto rangeOf = [](AVPixelFormat format, AVColorRange said) {
+    const FfmpegOwner<AVFrame> picture = noisePicture(format);
+    picture->color_range = said;
+    const LumaRange range = lumaRangeOf(*picture);
+    return std::pair(range.black, range.white);
+  };
+  const std::pair<int, int> video(16, 235);
+  const std::pair<int, int> all(0, 255);
+  // Copied and narrowed levels are those that the stream has.
+  for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_NV12, AV_PIX_FMT_YUV422P10LE}) {
+    EXPECT_EQ(rangeOf(format, AVCOL_RANGE_UNSPECIFIED), video) << format;
+    EXPECT_EQ(rangeOf(format, AVCOL_RANGE_MPEG), video) << format;
+    EXPECT_EQ(rangeOf(format, AVCOL_RANGE_JPEG), all) << format;
+  }
+  // Formats that have all levels by their name, whatever else is said.
+  for (const AVPixelFormat format : {AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_YUVJ444P}) {
+    for (const AVColorRange said : {AVCOL_RANGE_UNSPECIFIED, AVCOL_RANGE_MPEG, AVCOL_RANGE_JPEG}) {
+      EXPECT_EQ(rangeOf(format, said), all) << format << ' ' << said;
+    }
+  }
+  // The scaler makes video levels of these.
+  for (const AVPixelFormat format : {AV_PIX_FMT_GBRP, AV_PIX_FMT_RGB24, AV_PIX_FMT_GRAY8,
+                                     AV_PIX_FMT_GRAY10LE, AV_PIX_FMT_PAL8}) {
+    EXPECT_EQ(lumaPathOf(format), LumaPath::CONVERTED) << format;
+    for (const AVColorRange said : {AVCOL_RANGE_UNSPECIFIED, AVCOL_RANGE_MPEG, AVCOL_RANGE_JPEG}) {
+      EXPECT_EQ(rangeOf(format, said), video) << format << ' ' << said;
+    }
+  }
 }

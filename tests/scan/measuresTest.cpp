@@ -442,15 +442,13 @@ Plane pileOfBlocks(const std::vector<int>& levels) {
   return plane;
 }
 
-// Levels 10, 20, 30 ... in a mixed order, and 255 in each block between.
-Plane pileWithOthersBetween(size_t counted) {
+// `counted` blocks of levels `step`, 2 * `step` ... in a mixed order, and others between them.
+Plane pileWithOthersBetween(size_t counted, size_t step) {
   std::vector<int> levels;
   for (size_t i = 0; i < counted; ++i) {
-    levels.push_back(10 * (1 + static_cast<int>(i * 5 % counted)));
-    levels.push_back(255);
+    if (i > 0) levels.push_back(i % 2 == 0 ? 0 : 255);
+    levels.push_back(static_cast<int>(step * (1 + i * 11 % counted)));
   }
-  levels[levels.size() - 1] = 0;
-  if (counted % 2 == 1) levels.pop_back();
   return pileOfBlocks(levels);
 }
 
@@ -528,21 +526,17 @@ TEST(Measures, haveTheBrightnessOfMoreSamplesThanA32BitSumHolds) {
 }
 
 TEST(Measures, havePercentilesOfEveryOtherBlock) {
-  // Of 21 blocks 10 to 210, 5 hundredths are 1.05, half are 10.5, and 95 hundredths are 19.95.
-  const Plane odd = pileWithOthersBetween(21);
-  EXPECT_EQ(firstValue(LOW_LEVEL, odd), 20.0);
-  EXPECT_EQ(firstValue(MIDDLE_LEVEL, odd), 110.0);
-  EXPECT_EQ(firstValue(HIGH_LEVEL, odd), 200.0);
-  // Of 12 they are 0.6, 6 and 11.4.
-  const Plane even = pileWithOthersBetween(12);
-  EXPECT_EQ(firstValue(LOW_LEVEL, even), 10.0);
-  EXPECT_EQ(firstValue(MIDDLE_LEVEL, even), 60.0);
-  EXPECT_EQ(firstValue(HIGH_LEVEL, even), 120.0);
-  // Of 20 the 95 hundredths are 19, and 5 hundredths are 1.
-  std::vector<int> levels;
-  for (int i = 20; i > 0; --i) levels.insert(levels.end(), {10 * i, 0});
-  EXPECT_EQ(firstValue(HIGH_LEVEL, pileOfBlocks(levels)), 190.0);
-  EXPECT_EQ(firstValue(LOW_LEVEL, pileOfBlocks(levels)), 10.0);
+  const auto expectLevels = [](const Plane& plane, double low, double middle, double high) {
+    EXPECT_EQ(firstValue(LOW_LEVEL, plane), low);
+    EXPECT_EQ(firstValue(MIDDLE_LEVEL, plane), middle);
+    EXPECT_EQ(firstValue(HIGH_LEVEL, plane), high);
+  };
+  expectLevels(pileWithOthersBetween(100, 2), 10, 100, 190);  // the 5th, the 50th, the 95th
+  expectLevels(pileWithOthersBetween(21, 10), 20, 110, 200);  // 1.05, 10.5 and 19.95 of them
+  expectLevels(pileWithOthersBetween(20, 10), 10, 100, 190);  // 1, 10 and 19
+  expectLevels(pileWithOthersBetween(12, 10), 10, 60, 120);   // 0.6, 6 and 11.4
+  // A last block that is between two others does not count.
+  expectLevels(pileOfBlocks({30, 0}), 30, 30, 30);
 }
 
 TEST(Measures, haveEveryOtherBlockInTheOrderOfReading) {
@@ -801,6 +795,18 @@ TEST(Measures, haveStepsOfTheLinesFromTheFifthToTheFourthLast) {
   EXPECT_EQ(nextValue(LINE_STEP, flatPlane(33, 7, 100), plane), 0.0);
 }
 
+TEST(Measures, haveTheStepThatStandsOutMost) {
+  // Two lines of 10 levels a sample, one of which has a level more in one sample.
+  const Plane flat = flatPlane(33, 24, 100);
+  for (const uint64_t most : {6, 16}) {
+    Plane plane = flat;
+    fillPart(0, 6, 33, 10, 110, &plane);
+    fillPart(0, 16, 33, 8, 120, &plane);
+    for (uint64_t y = most; y < 24; ++y) addLevel(1, &plane.at(5, y));
+    EXPECT_EQ(nextValue(LINE_STEP, flat, plane), 321.0 / 32) << most;
+  }
+}
+
 TEST(Measures, haveStepsBeyondThoseOfThreeLinesOnEitherSide) {
   const Plane flat = flatPlane(33, 24, 100);
   for (uint64_t y = 2; y < 23; ++y) {
@@ -909,20 +915,21 @@ TEST(Measures, haveBlocksAsCombed_inWhichTwoColumnsAre) {
 }
 
 TEST(Measures, haveColumnsAsCombed_whoseEvenSamplesAreBothBeyondBothOthers) {
-  const Plane flat = flatPlane(8, 8, 100);
+  const Plane before = flatPlane(8, 8, 200);  // all of it moves
   for (uint64_t line = 0; line < 4; ++line) {
     Plane plane = combedBlock(100, 92, 2);
+    EXPECT_EQ(nextValue(COMBED_BLOCKS, before, plane), 1.0);
     // One sample of one of the columns, a level nearer to the others.
     addLevel(line % 2 == 0 ? -1 : 1, &plane.at(1, line));
-    EXPECT_EQ(nextValue(COMBED_BLOCKS, flat, plane), 0.0) << line;
+    EXPECT_EQ(nextValue(COMBED_BLOCKS, before, plane), 0.0) << line;
     plane = combedBlock(100, 108, 2);
     addLevel(line % 2 == 0 ? 1 : -1, &plane.at(1, line));
-    EXPECT_EQ(nextValue(COMBED_BLOCKS, flat, plane), 0.0) << line;
+    EXPECT_EQ(nextValue(COMBED_BLOCKS, before, plane), 0.0) << line;
   }
   // Lines 4 to 7 count for nothing.
-  Plane below = flat;
+  Plane below = flatPlane(8, 8, 100);
   for (const uint64_t y : {5, 7}) fillLine(y, 200, &below);
-  EXPECT_EQ(nextValue(COMBED_BLOCKS, flat, below), 0.0);
+  EXPECT_EQ(nextValue(COMBED_BLOCKS, before, below), 0.0);
 }
 
 TEST(Measures, haveColumnsAsCombed_thatMoveInTheirMiddle) {
@@ -998,6 +1005,12 @@ TEST(Measures, haveEdgesThatAreTwiceAsStrongAsBefore) {
   EXPECT_EQ(nextValue(GRID_EDGES, withGridEdge(10), withGridEdge(19)), 0.0);
   EXPECT_EQ(nextValue(GRID_EDGES, withGridEdge(11), withGridEdge(20)), 0.0);
   EXPECT_EQ(nextValue(GRID_EDGES, withGridEdge(4), withGridEdge(8)), 0.5);
+  // At most 31 levels of 8 columns are 248, which is twice as much as 4 * 15 + 4 * 16.
+  Plane uneven = withGridEdge(15);
+  fillPart(4, 16, 4, 16, 116, &uneven);
+  EXPECT_EQ(nextValue(GRID_EDGES, uneven, withGridEdge(100)), 0.5);
+  fillPart(0, 16, 1, 16, 116, &uneven);
+  EXPECT_EQ(nextValue(GRID_EDGES, uneven, withGridEdge(100)), 0.0);
   // Before, the line below steps more: a strength of -80 does no harm.
   Plane before = flatPlane(32, 32, 100);
   fillPart(0, 17, 8, 15, 110, &before);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "pageParts.h"
 #include "sample.h"
 #include "scan/files/json.h"
@@ -77,6 +79,35 @@ TEST(ResultJson, hasEveryStatisticUnderItsName) {
             R"({"n":10,"min":1.0,"max":9.0,"mean":4.0,"stdev":2.0,"p1":1.5,"p5":1.75,"p50":3.0,)"
             R"("p95":8.0,"p99":8.5,"overview":[4.0]})");
   EXPECT_EQ(again(json).dump(), json.dump());
+}
+
+TEST(ResultJson, hasTheStatisticsOfEveryMeasure) {
+  ResultRecord record = fullRecord();
+  for (size_t i = 0; i < MEASURES; ++i) record.measures[i].n = static_cast<int64_t>(i);
+  record.measures[LINE_STEP] = {10, 1.0, 9.0, 4.0, 2.0, 1.5, 1.75, 3.0, 8.0, 8.5};
+  const Json json = resultJson(record);
+  EXPECT_EQ(json["measures"].size(), MEASURES);
+  EXPECT_EQ(json["measures"]["line_step"].dump(),
+            R"({"n":10,"min":1.0,"max":9.0,"mean":4.0,"stdev":2.0,"p1":1.5,"p5":1.75,"p50":3.0,)"
+            R"("p95":8.0,"p99":8.5})");
+  EXPECT_EQ(json["measures"]["grid_edges"]["n"], GRID_EDGES);
+  EXPECT_EQ(json["measures"]["grid_edges"]["mean"], nullptr);
+  ResultRecord read;
+  ASSERT_EQ(readRecord(json, &read), "");
+  for (size_t i = 0; i < MEASURES; ++i) EXPECT_EQ(read.measures[i].n, record.measures[i].n) << i;
+  EXPECT_EQ(read.measures[LINE_STEP].p99, 8.5);
+  EXPECT_EQ(again(json).dump(), json.dump());
+}
+
+TEST(ResultJson, hasNoMeasures_whereAnOlderResultHasNone) {
+  Json json = resultJson(fullRecord());
+  json.erase("measures");
+  ResultRecord read;
+  ASSERT_EQ(readRecord(json, &read), "");
+  for (const Statistics& statistics : read.measures) {
+    EXPECT_EQ(statistics.n, 0);
+    EXPECT_TRUE(std::isnan(statistics.mean));
+  }
 }
 
 // The names are those of docs/results.md.
@@ -188,6 +219,7 @@ TEST(ResultJson, comesBack_ofWhatCouldNotBeOpened) {
   EXPECT_TRUE(json["analysis"].is_null());
   EXPECT_FALSE(json["input"].contains("codec"));
   EXPECT_EQ(json["indicators"], Json::object());
+  EXPECT_EQ(json["measures"], Json::object());
 }
 
 TEST(ResultJson, hasNullForWhatIsUnknown) {
