@@ -48,8 +48,12 @@ TEST(IndicatorSummary, hasTheValuesOfFewFrames_withoutThoseThatAreUndefined) {
 
 TEST(MeasureStatistics, areThoseOfEachColumn) {
   FrameTable table = emptyTable(4);
+  for (size_t i = 0; i < MEASURES; ++i) {
+    table.measures[i] = std::vector<double>(4, static_cast<double>(i));
+  }
   // Mean 4, deviations -3, -1, 0 and 4: their squares are 26 in all.
   table.measures[HELD_LINES] = std::vector<double>{1.0, 8.0, 3.0, 4.0};
+  table.measures[BRIGHTNESS] = std::vector<double>(4, UNDEFINED);
   table.measures[GRID_EDGES] = std::vector<double>{UNDEFINED, 0.5, UNDEFINED, 0.25};
   int steps = 0;
   const MeasureStatistics statistics = measureStatistics(table, [&] { ++steps; });
@@ -64,6 +68,10 @@ TEST(MeasureStatistics, areThoseOfEachColumn) {
   const Statistics& edges = statistics[GRID_EDGES];
   EXPECT_EQ(edges.n, 2);
   EXPECT_EQ(edges.mean, 0.375);
+  for (const size_t i : {LOW_LEVEL, MIDDLE_LEVEL, BAR_RIGHT, UNCHANGED_BLOCKS, LINE_STEP}) {
+    EXPECT_EQ(statistics[i].n, 4) << i;
+    EXPECT_EQ(statistics[i].mean, i) << i;
+  }
   // Without values there is nothing to say.
   EXPECT_EQ(statistics[BRIGHTNESS].n, 0);
   EXPECT_TRUE(std::isnan(statistics[BRIGHTNESS].mean));
