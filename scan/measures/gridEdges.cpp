@@ -20,9 +20,11 @@ void findEdges(const uint8_t* line, uint64_t w, uint64_t n, int16_t* edges) {
   ChunkColumns across;
   ChunkColumns above;
   ChunkColumns below;
+  const uint8_t* const up = line - w;
+  const uint8_t* const farUp = up - w;
   for (uint64_t x = 0; x < n * GRID; ++x) {  // vectorised
-    across[x] = countedStep(line[x], line[x - w]);
-    above[x] = countedStep(line[x - w], line[x - 2 * w]);
+    across[x] = countedStep(line[x], up[x]);
+    above[x] = countedStep(up[x], farUp[x]);
     below[x] = countedStep(line[x + w], line[x]);
   }
   ChunkBlocks stepsAcross;
