@@ -4,9 +4,9 @@
 
 namespace {
 
-// 1 where the higher level is at least COMB_DEPTH above the lower one.
-uint8_t isDeep(uint8_t higher, uint8_t lower) {
-  return higher > lower && static_cast<uint8_t>(higher - lower) >= COMB_DEPTH ? 1 : 0;
+// 1 where a is at least COMB_DEPTH above b.
+uint8_t isFarAbove(uint8_t a, uint8_t b) {
+  return a > b && static_cast<uint8_t>(a - b) >= COMB_DEPTH ? 1 : 0;
 }
 
 // Of up to CHUNK_BLOCKS blocks side by side; rows stand w samples apart.
@@ -25,7 +25,7 @@ uint32_t countCombed(const uint8_t* rows, const uint8_t* before, uint64_t w, uin
     const uint8_t second = absoluteDifference(b, before[w + x]);
     const uint8_t third = absoluteDifference(c, before[2 * w + x]);
     const uint8_t change = second > third ? second : third;
-    const uint8_t isCombed = isDeep(lowEven, highOdd) | isDeep(lowOdd, highEven);
+    const uint8_t isCombed = isFarAbove(lowEven, highOdd) | isFarAbove(lowOdd, highEven);
     places[x] = static_cast<uint8_t>(isCombed & (change >= COMB_DEPTH ? 1 : 0));
   }
   ChunkBlocks inBlock;
