@@ -1,16 +1,12 @@
 """What is wrong in a film, made to look like what the field delivers and not like what a detector looks for.
 
 A damage is a function of (film, first, last, level, rng): it changes the frames first to last of the film in place, at
-level 0 (weak), 1 (medium) or 2 (strong), and returns the damaged frames as a list of (first, last), or None where these
-are all of them. `DAMAGES` holds them by name.
+level 0 (weak), 1 (medium) or 2 (strong), and returns the damaged frames as a list of (first, last), or None where all
+of them are. `DAMAGES` holds them by name.
 """
 import numpy
 
 from calibration import clean, films, shooting
-
-
-def spanOf(film, first, last):
-    return slice(first, last + 1)
 
 
 def blank(film, first, last, luma):
@@ -114,7 +110,6 @@ def bars(film, first, last, level, rng, axis):
                 picture[edge] = numpy.clip(value + noise + 0.5, 1, 254)
             for row in (a, picture.shape[0] - b - 1):
                 picture[row] = (picture[row].astype(numpy.int32) + value) // 2
-    return sides
 
 
 def letterbox(film, first, last, level, rng):
@@ -371,22 +366,19 @@ def blocksUpscaled(film, first, last, level, rng):
 
 
 def filtered(film, first, last, kernel):
-    """Convolved with a small kernel, by Fourier transform."""
+    """Convolved with a kernel of odd sides, by Fourier transform; the border is repeated."""
     for plane, part in film.planes():
-        reach = kernel.shape[0] // 2
-        own = kernel if part == 1 else kernel[reach % 2::2, reach % 2::2]
+        reach = numpy.array(kernel.shape) // 2
+        own = kernel if part == 1 else kernel[reach[0] % 2::2, reach[1] % 2::2]
         own = own / own.sum()
-        shape = plane.shape[1] + own.shape[0] - 1, plane.shape[2] + own.shape[1] - 1
+        up, left = own.shape[0] // 2, own.shape[1] // 2
+        height, width = plane.shape[1:]
+        shape = height + 2 * up, width + 2 * left
         spectrum = numpy.fft.rfft2(own, shape)
-        top, left = own.shape[0] // 2, own.shape[1] // 2
-        rows, columns = (own.shape[0] - 1 - top, top), (own.shape[1] - 1 - left, left)
         for n in range(first, last + 1):
-            wide = numpy.pad(plane[n].astype(numpy.float32), (rows[::-1], columns[::-1]), 'edge')
-            spread = numpy.fft.irfft2(numpy.fft.rfft2(wide) * numpy.fft.rfft2(own, wide.shape), wide.shape)
-            height, width = plane.shape[1], plane.shape[2]
-            plane[n] = numpy.clip(spread[own.shape[0] - 1:own.shape[0] - 1 + height,
-                                         own.shape[1] - 1:own.shape[1] - 1 + width] + 0.5, 0, 255)
-        del spectrum
+            wide = numpy.pad(plane[n], ((up, up), (left, left)), 'edge')
+            spread = numpy.fft.irfft2(numpy.fft.rfft2(wide) * spectrum, shape)[2 * up:, 2 * left:]
+            plane[n] = numpy.clip(spread + 0.5, 0, 255)
 
 
 def grid(reach):

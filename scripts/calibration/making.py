@@ -14,6 +14,8 @@ import sys
 import tempfile
 import time
 
+import numpy
+
 from calibration import clean, damages, deliveries, films, sources, streams
 
 STRENGTHS = ('weak', 'medium', 'strong')
@@ -141,15 +143,16 @@ def makeOne(work, recipe):
     film, truth = master(work, content)
     fields = {'key': wanted, 'name': recipe.name(), 'half': content.half, 'source': content.source,
               'material': content.material, 'delivery': recipe.delivery, 'kind': recipe.kind,
-              'strength': recipe.strength, 'fps': content.fps, 'size': content.size, 'truth': [], 'cuts': truth['cuts'],
+              'strength': recipe.strength, 'fps': content.fps, 'size': content.size, 'truth': [], 'error': None, 'cuts': truth['cuts'],
               'also': truth['also']}
     filters = 'null'
     with tempfile.TemporaryDirectory(dir=work) as scratch:
         if recipe.kind in damages.DAMAGES:
             first, last = spanFor(recipe)
+            true = film.y.copy()
             hit = damages.DAMAGES[recipe.kind](film, first, last, recipe.level(), rngFor(recipe))
-            fields['truth'] = [(int(a), int(b)) for a, b in hit] if isinstance(hit, list) and hit and \
-                isinstance(hit[0], tuple) else [(first, last)]
+            fields['truth'] = [(first, last)] if hit is None else [(int(a), int(b)) for a, b in hit]
+            fields['error'] = errorAt(film.y, true, fields['truth'])
         elif recipe.kind == 'missingFrames':
             filters, fields['truth'] = streams.gaps(*spanFor(recipe), recipe.level())
         elif recipe.kind in STREAMS:
@@ -166,6 +169,13 @@ def makeOne(work, recipe):
     fields.update(file=path.name, seconds=len(film) / content.fps, frames=len(film))
     keep(record, fields)
     return time.monotonic() - begun
+
+
+def errorAt(luma, true, intervals):
+    """Mean squared error of the damaged frames, before they are coded."""
+    errors = [numpy.mean((luma[n].astype(numpy.float32) - true[n]) ** 2)
+              for first, last in intervals for n in range(first, last + 1)]
+    return float(numpy.mean(errors)) if errors else 0.0
 
 
 def rngFor(recipe):
@@ -209,8 +219,14 @@ def keepOriginals(work):
 
 
 def sampleOf(contents, step):
-    """All recipes; or every `step`th damaged file, and of clean ones three times as many."""
-    return cleanRecipes(contents)[::max(1, step // 3)] + damagedRecipes(contents)[::step]
+    """All recipes, in an order by chance: what is made first is a fair sample of the rest. Or one in `step` of the
+    damaged files, and three times as many of the clean ones."""
+    clear, damaged = (shuffled(some) for some in (cleanRecipes(contents), damagedRecipes(contents)))
+    return clear[:max(1, 3 * len(clear) // (step + 2))] + damaged[:len(damaged) // step]
+
+
+def shuffled(some):
+    return [some[i] for i in clean.generator('order').permutation(len(some))]
 
 
 def makeNamed(job):
