@@ -22,6 +22,11 @@ test+=' python3-imageio python3-mecavideo planetblupi-common gem-doc'  # for the
 long="$test gcovr opencv-doc mate-backgrounds googletest musl-tools"
 # shellcheck disable=SC2034
 long+=' g++-arm-linux-gnueabihf g++-riscv64-linux-gnu g++-s390x-linux-gnu'
+# For the calibration's photographs and films (scripts/calibration/sources.py): some 500 MB together.
+long+=' python3-numpy fonts-dejavu-core visp-images-data palapeli-data libjs-jquery-slides libjs-jquery-backstretch'
+long+=' labelme-examples psychtoolbox-3-common python-nbsphinx-doc python3-hug-doc lebiniou-data fillets-ng-data'
+long+=' libjxl-testdata hollywood golang-github-disintegration-imaging-dev gnome-mahjongg gnome-tetravex lightsoff'
+long+=' five-or-more openboard-common'
 
 wanted=
 for group in "$@"; do

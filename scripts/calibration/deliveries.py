@@ -15,4 +15,3 @@ def coded(delivery, size, fps):
 
 
 DELIVERIES = ('x264-20', 'x264-30', 'x265', 'mpeg2')
-LOSSLESS = ['-c:v', 'libx264', '-preset', 'ultrafast', '-qp', 0]  # of what is kept to be damaged

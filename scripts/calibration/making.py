@@ -110,23 +110,25 @@ def isMade(record, wanted):
 
 def keep(record, fields):
     """Written last and at once: where it stands, the film stands too."""
-    part = record.with_suffix('.part')
+    part = record.with_name(f'{record.name}-{os.getpid()}.part')
     part.write_text(json.dumps(fields), encoding='utf-8')
     os.replace(part, record)
 
 
 def master(work, content):
-    """The clean film and its truth; kept without loss once it was made."""
+    """The clean film and its truth. What is damaged often is kept as it is in memory: to decode it each time would take
+    longer than to damage it. These files are some 5 GB, and may be deleted."""
     folder = work / 'masters'
     record = folder / f'{content.name}.json'
-    path = folder / f'{content.name}.mkv'
+    path = folder / f'{content.name}.npy'
     if isMade(record, contentKey(content)):
         known = json.loads(record.read_text(encoding='utf-8'))
-        return films.readFilm(['-i', path], content.size, content.fps), known['truth']
+        return films.Film(numpy.load(path), content.size, content.fps), known['truth']
     film, truth = content.make(content.size, content.fps, content.count, clean.generator('make', content.name))
     if content.isDamaged:
-        part = folder / f'{content.name}.part.mkv'
-        films.writeFilm(film, part, deliveries.LOSSLESS)
+        part = folder / f'{content.name}-{os.getpid()}.part'
+        with open(part, 'wb') as file:
+            numpy.save(file, film.frames)
         os.replace(part, path)
         keep(record, {'key': contentKey(content), 'file': path.name, 'truth': truth})
     return film, truth
