@@ -24,7 +24,7 @@ def main():
     parser.add_argument('lumascan', type=pathlib.Path, nargs='?')
     parser.add_argument('--sample', type=int, default=1, metavar='N', help='every Nth damaged clip only')
     parser.add_argument('--jobs', type=int, default=2, help='clips that are made side by side')
-    parser.add_argument('--results', metavar='NAME', help='folder of results in WORK/results, instead of the program\'s own')
+    parser.add_argument('--results', metavar='NAME', help='folder in WORK/results, not the program\'s own')
     parser.add_argument('--verify', action='store_true', help='judge the half that nothing was chosen by')
     parser.add_argument('--peers', action='store_true', help="FFmpeg's detectors on the same files")
     options = parser.parse_args()

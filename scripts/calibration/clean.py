@@ -19,7 +19,8 @@ TEXT = '/usr/share/common-licenses/GPL-3'
 
 def generator(*words):
     """Random numbers that are the same whenever the same thing is made."""
-    return numpy.random.default_rng(int.from_bytes(hashlib.sha1('/'.join(map(str, words)).encode()).digest()[:8], 'big'))
+    digest = hashlib.sha1('/'.join(map(str, words)).encode()).digest()
+    return numpy.random.default_rng(int.from_bytes(digest[:8], 'big'))
 
 
 @dataclasses.dataclass
@@ -185,8 +186,8 @@ def scrolling(size, fps, count, rng, dark):
     speed = rng.uniform(0.5, 3)
     rows = height + int(speed * count) + 8
     paper, ink = ('0x202428', 'white') if dark else ('0xf8f8f0', '0x202020')
-    page = drawnText((width, rows // 2 * 2), paragraphs(int(rng.integers(0, 200)), rows // (fontSize + 6), 70), fontSize,
-                     'x=12:y=4', paper, ink)
+    lines = paragraphs(int(rng.integers(0, 200)), rows // (fontSize + 6), 70)
+    page = drawnText((width, rows // 2 * 2), lines, fontSize, 'x=12:y=4', paper, ink)
     film = films.emptyFilm(count, size, fps)
     place, truth, stopped = 0.0, nothing(), 0
     for n in range(count):
@@ -332,16 +333,14 @@ def contents():
         made.append(Content(name, half, source, material, make, size, fps, int(fps * rng.uniform(9, 14)), isDamaged,
                             words))
 
-    def simple(function, *rest):
-        return lambda size, fps, count, rng: (function(*rest, size, fps, count, rng), nothing())
-
     def composed(function, *rest):
         return lambda size, fps, count, rng: function(*rest, size, fps, count, rng)
 
     for half in ('choose', 'verify'):
         names = [name for name, (own, _) in sources.PHOTOS.items() if own == half]
         for i, name in enumerate(names):
-            speed, look = ('slow', 'medium', 'medium', 'fast')[i % 4], ('plain', 'noisy', 'plain', 'grain', 'plain')[i % 5]
+            speed = ('slow', 'medium', 'medium', 'fast')[i % 4]
+            look = ('plain', 'noisy', 'plain', 'grain', 'plain')[i % 5]
             add(f'{name}-{speed}-{look}', half, name, 'handHeld', lambda size, fps, count, rng, name=name, speed=speed,
                 look=look: (shot(name, size, fps, count, rng, speed, look), nothing()), isDamaged=i % 2 == 0,
                 words=(name, speed, look))
@@ -367,8 +366,8 @@ def contents():
             add(f'{half}-titles-{i}', half, 'text', 'titles', titles)
             add(f'{half}-credits-{i}', half, 'text', 'credits', credits)
         for i, hold in enumerate((2, 3)):
-            add(f'{half}-cartoon-{hold}', half, f'figures of {half}', 'cartoon', lambda size, fps, count, rng, hold=hold:
-                cartoon(size, fps, count, rng, hold), words=(hold,))
+            add(f'{half}-cartoon-{hold}', half, f'figures of {half}', 'cartoon',
+                lambda size, fps, count, rng, hold=hold: cartoon(size, fps, count, rng, hold), words=(hold,))
         for i in range(2):
             name = names[7 * i + 4]
             add(f'{name}-flashes', half, name, 'flashes', composed(flashes, name), words=(name,))

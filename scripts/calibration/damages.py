@@ -185,24 +185,18 @@ def combPulldown(film, first, last, level, rng):
     are woven from neighbours. Behind the damage the film goes on as late as it has become. Weak: half taken out by
     a mixing deinterlacer; strong: of a scene of double speed."""
     before = films.Film(film.frames.copy(), film.size, film.fps)
-    late, woven, group = 0, [], 0
+    late, step = 0, 2 if level == 2 else 1
     for n in range(first, len(film)):
+        place = (n - first) % 5 if n <= last else 0
+        late += place == 4
         at = n - late
         film.frames[n] = before.frames[at]
-        if n > last:
-            continue
-        group = (group + 1) % 5
-        if group in (3, 4):
-            other = at + (2 if level == 2 else 1)
-            weave(film, n, frameOf(before, at - 1 if group == 3 else at), frameOf(before, other - 1 if group == 3 else other))
-            woven.append(n)
+        if place in (2, 3):
+            weave(film, n, frameOf(before, at - 1), frameOf(before, at - 1 + step))
             if level == 0:
                 for plane in (film.y, film.u, film.v):
                     rows = plane[n].astype(numpy.uint16)
                     plane[n] = (2 * rows + numpy.roll(rows, 1, 0) + 1) // 3
-        if group == 4:
-            late += 1
-    return [(first, last)]
 
 
 def combPart(film, first, last, level, rng):
@@ -420,12 +414,11 @@ def motionBlur(film, first, last, level, rng):
 def upscaled(film, first, last, level, rng):
     """A source of a half, a third or a quarter of the size in each direction, scaled up."""
     width, height = film.size
-    small = (max(16, int(side / (2, 3, 4.5)[level]) // 2 * 2) for side in film.size)
-    small = tuple(small)
+    small = [max(16, int(side / (2, 3, 4.5)[level]) // 2 * 2) for side in film.size]
+    scales = f'scale={small[0]}:{small[1]}:flags=area,scale={width}:{height}:flags=bicubic'
     piece = films.part(film, first, last)
     data = films.ffmpeg('-f', 'rawvideo', '-pix_fmt', 'yuv420p', '-s', f'{width}x{height}', '-i', '-', '-vf',
-                        f'scale={small[0]}:{small[1]}:flags=area,scale={width}:{height}:flags=bicubic', '-f', 'rawvideo',
-                        '-', given=piece.frames.tobytes())
+                        scales, '-f', 'rawvideo', '-', given=piece.frames.tobytes())
     film.frames[first:last + 1] = numpy.frombuffer(data, numpy.uint8).reshape(-1, film.frames.shape[1])
 
 

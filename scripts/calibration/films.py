@@ -64,8 +64,8 @@ def readFilm(inputs, size, fps, count=None, filters='null'):
 def writeFilm(film, path, codec, filters='null'):
     """Codes the film; `filters` may drop frames, the others keep their times."""
     width, height = film.size
-    ffmpeg('-f', 'rawvideo', '-pix_fmt', 'yuv420p', '-s', f'{width}x{height}', '-r', film.fps, '-i', '-', '-vf', filters,
-           '-fps_mode', 'passthrough', '-threads', 1, *codec, path, given=film.frames.tobytes())
+    ffmpeg('-f', 'rawvideo', '-pix_fmt', 'yuv420p', '-s', f'{width}x{height}', '-r', film.fps, '-i', '-',
+           '-vf', filters, '-fps_mode', 'passthrough', '-threads', 1, *codec, path, given=film.frames.tobytes())
 
 
 def recoded(film, codec, container, size=None):

@@ -145,10 +145,10 @@ def cutTable(every):
     """True cuts of the films and slides."""
     rows = []
     for material in ('cuts', 'slides'):
+        own = [one for one in every if one.clip.material == material and one.clip.kind == 'clean']
         found = [any(event.type == 'scene_cut' and abs(event.first - cut) <= AT_CUT for event in one.events)
-                 for one in every if one.clip.material == material and one.clip.kind == 'clean' for cut in one.clip.cuts]
-        false = sum(isFalse(one, event) for one in every if one.clip.material == material and one.clip.kind == 'clean'
-                    for event in one.events if event.type == 'scene_cut')
+                 for one in own for cut in one.clip.cuts]
+        false = sum(event.type == 'scene_cut' and isFalse(one, event) for one in own for event in one.events)
         rows.append([material, ratio(found), false])
     table(['scene cuts', 'found', 'false'], rows)
 
@@ -165,10 +165,10 @@ def materialTable(every):
         own = [one for one in clean if material in (one.clip.material, None)]
         false = [event for one in own for event in one.events if isFalse(one, event)]
         minutes = sum(one.seconds for one in own) / 60
-        worse = sum(one.verdict in ('fail', 'attention') for one in own)
-        rows.append([material or 'all', len(own), f'{minutes:.1f}', len(false), f'{len(false) / max(minutes, 1e-9):.2f}',
-                     percent(sum(one.verdict == 'fail' for one in own), len(own)), percent(worse, len(own)),
-                     counted(false)])
+        verdicts = collections.Counter(one.verdict for one in own)
+        rows.append([material or 'all', len(own), f'{minutes:.1f}', len(false),
+                     f'{len(false) / max(minutes, 1e-9):.2f}', percent(verdicts['fail'], len(own)),
+                     percent(verdicts['fail'] + verdicts['attention'], len(own)), counted(false)])
     table(['clean', 'files', 'minutes', 'false', 'a minute', 'fail', 'fail or attention', 'which'], rows)
 
 

@@ -145,8 +145,8 @@ def makeOne(work, recipe):
     film, truth = master(work, content)
     fields = {'key': wanted, 'name': recipe.name(), 'half': content.half, 'source': content.source,
               'material': content.material, 'delivery': recipe.delivery, 'kind': recipe.kind,
-              'strength': recipe.strength, 'fps': content.fps, 'size': content.size, 'truth': [], 'error': None, 'cuts': truth['cuts'],
-              'also': truth['also']}
+              'strength': recipe.strength, 'fps': content.fps, 'size': content.size, 'truth': [], 'error': None,
+              'cuts': truth['cuts'], 'also': truth['also']}
     filters = 'null'
     with tempfile.TemporaryDirectory(dir=work) as scratch:
         if recipe.kind in damages.DAMAGES:

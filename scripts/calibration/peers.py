@@ -14,7 +14,8 @@ BRIDGED = 0.2  # seconds between two stretches that are one
 
 # Filters that have their levels inside: name, filter, settings.
 INSIDE = {
-    'blackdetect': ('blackdetect=d=0.2:{}', ('pix_th=0.06:pic_th=0.98', 'pix_th=0.1:pic_th=0.98', 'pix_th=0.15:pic_th=0.9')),
+    'blackdetect': ('blackdetect=d=0.2:{}', ('pix_th=0.06:pic_th=0.98', 'pix_th=0.1:pic_th=0.98',
+                                                'pix_th=0.15:pic_th=0.9')),
     'freezedetect': ('freezedetect=d=0.3:{}', ('n=-60dB', 'n=-50dB', 'n=-42dB')),
     'cropdetect': ('cropdetect=skip=0:reset=1:round=2:{}', ('limit=0.07', 'limit=0.094', 'limit=0.14')),
     'idet': ('idet={}', ('intl_thres=1.04', 'intl_thres=1.2', 'intl_thres=1.6')),
