@@ -209,15 +209,25 @@ def keepOriginals(work):
     for path, (half, also) in sources.ORIGINALS.items():
         target = work / 'files' / f'original-{path.name}'
         record = work / 'files' / f'original-{path.name}.json'
-        wanted = key(str(path), path.stat().st_size, also)
+        wanted = key(str(path), path.stat().st_size, also, 'still')
         if isMade(record, wanted):
             continue
         shutil.copyfile(path, target)
-        still = path.stem in sources.STILL
+        still = [('freeze', 0, 1 << 30)] if path.stem in sources.STILL else stillIn(path)
         keep(record, {'key': wanted, 'name': target.name, 'file': target.name, 'half': half, 'source': path.name,
                       'material': 'original', 'delivery': 'original', 'kind': 'clean', 'strength': 'none', 'fps': None,
-                      'size': None, 'truth': [], 'cuts': [], 'isCutsKnown': bool(also), 'frames': None, 'seconds': None,
-                      'also': also + ([('freeze', 0, 1 << 30)] if still else [])})
+                      'size': None, 'truth': [], 'cuts': [], 'frames': None, 'seconds': None,
+                      'isCutsKnown': any(kind == 'scene_cut' for kind, *_ in also),
+                      'also': also + still})
+
+
+def stillIn(path):
+    """Where a real film stands still for four frames or more, to the last bit: a freeze is true there."""
+    lines = films.ffmpeg('-i', path, '-map', '0:v:0', '-vf', 'format=gray', '-fps_mode', 'passthrough', '-f',
+                         'framemd5', '-').decode().splitlines()
+    sums = [line.split(',')[-1] for line in lines if not line.startswith('#')]
+    same = [n > 0 and sums[n] == sums[n - 1] for n in range(len(sums))]
+    return [('freeze', first - 1, last) for first, last in streams.runs(same) if last - first >= 2]
 
 
 def sampleOf(contents, step):

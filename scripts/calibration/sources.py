@@ -105,7 +105,7 @@ ORIGINALS = {
     IMAGEIO / 'realshort.mp4': ('choose', []),
     SHARE / 'doc/python3-hug/examples/streaming_movie_server/movie.mp4': ('choose', []),
     SHARE / 'doc/python-nbsphinx/html/www/wikimediacommons/Shepard_Calais_1906_FrenchGP.ogv': ('choose', []),
-    SHARE / 'games/fillets-ng/images/menu/intro.mpg': ('choose', []),
+    SHARE / 'games/fillets-ng/images/menu/intro.mpg': ('choose', [('black', 0, 23), ('black', 2169, 2197)]),
     SHARE / 'hollywood/soundwave.mp4': ('choose', []),
     HELP / 'gnome-mahjongg/figures/hints-video.ogv': ('choose', []),
     HELP / 'gnome-mahjongg/figures/mahjongg-video.ogv': ('choose', []),
