@@ -342,7 +342,7 @@ def contents():
             speed = ('slow', 'medium', 'medium', 'fast')[i % 4]
             look = ('plain', 'noisy', 'plain', 'grain', 'plain')[i % 5]
             add(f'{name}-{speed}-{look}', half, name, 'handHeld', lambda size, fps, count, rng, name=name, speed=speed,
-                look=look: (shot(name, size, fps, count, rng, speed, look), nothing()), isDamaged=i % 2 == 0,
+                look=look: (shot(name, size, fps, count, rng, speed, look), nothing()), isDamaged=i % 5 in (0, 2, 3),
                 words=(name, speed, look))
         for i, look in enumerate(('night', 'fog') * 5):
             name = names[(3 * i + 1) % len(names)]

@@ -21,6 +21,8 @@ from calibration import clean, damages, deliveries, films, sources, streams
 STRENGTHS = ('weak', 'medium', 'strong')
 PER_KIND = 4  # contents for each damage, strength and half
 VERSION = 1  # of all recipes: raised when something changes that the keys do not see
+MOVING = ('combFields', 'combPulldown', 'combPart', 'tear', 'doubledFrames', 'jumps')  # seen where something moves
+LATE = ('combPulldown', 'doubledFrames', 'jumps')  # behind the damage, frames are others than without it
 STREAMS = ('lostMpeg2', 'lostH264', 'lostConcealed', 'missingFrames')
 
 
@@ -53,7 +55,8 @@ def damagedRecipes(contents):
     made = []
     for kind in (*damages.DAMAGES, *STREAMS):
         for half in ('choose', 'verify'):
-            pool = [content for content in contents if content.half == half and content.isDamaged]
+            pool = [content for content in contents if content.half == half and content.isDamaged
+                    and not (kind in MOVING and 'slow' in content.words)]
             order = clean.generator('pool', kind, half).permutation(len(pool))
             for level, strength in enumerate(STRENGTHS):
                 for i in range(PER_KIND):
@@ -154,7 +157,9 @@ def makeOne(work, recipe):
             true = film.y.copy()
             hit = damages.DAMAGES[recipe.kind](film, first, last, recipe.level(), rngFor(recipe))
             fields['truth'] = [(first, last)] if hit is None else [(int(a), int(b)) for a, b in hit]
-            fields['error'] = errorAt(film.y, true, fields['truth'])
+            # Where frames come late, how much moves from one to the next says what can be seen.
+            isLate = recipe.kind in LATE
+            fields['error'] = errorAt(true[1:] if isLate else film.y, true, fields['truth'])
         elif recipe.kind == 'missingFrames':
             filters, fields['truth'] = streams.gaps(*spanFor(recipe), recipe.level())
         elif recipe.kind in STREAMS:
@@ -176,7 +181,7 @@ def makeOne(work, recipe):
 def errorAt(luma, true, intervals):
     """Mean squared error of the damaged frames, before they are coded."""
     errors = [numpy.mean((luma[n].astype(numpy.float32) - true[n]) ** 2)
-              for first, last in intervals for n in range(first, last + 1)]
+              for first, last in intervals for n in range(first, min(last + 1, len(luma)))]
     return float(numpy.mean(errors)) if errors else 0.0
 
 
@@ -241,6 +246,17 @@ def shuffled(some):
     return [some[i] for i in clean.generator('order').permutation(len(some))]
 
 
+def removeStale(work, contents):
+    """What recipes of before have left: it would be measured and judged."""
+    known = {recipe.name() for recipe in (*cleanRecipes(contents), *damagedRecipes(contents))}
+    known |= {f'original-{path.name}' for path in sources.ORIGINALS}
+    for record in (work / 'files').glob('*.json'):
+        fields = json.loads(record.read_text(encoding='utf-8'))
+        if fields['name'] not in known:
+            record.unlink()
+            (work / 'files' / fields['file']).unlink(missing_ok=True)
+
+
 def makeNamed(job):
     """In a process of its own, which finds the recipe by its name: functions made on the way cannot be sent."""
     work, name = job
@@ -259,6 +275,7 @@ def make(work, step=1, jobs=2):
     contents = clean.contents()
     wanted = sampleOf(contents, step)
     RECIPES.update({recipe.name(): recipe for recipe in wanted})
+    removeStale(work, contents)
     keepOriginals(work)
     begun, done = time.monotonic(), 0
     failed = []
