@@ -217,7 +217,7 @@ def keepOriginals(work):
         wanted = key(str(path), path.stat().st_size, also, 'still')
         if isMade(record, wanted):
             continue
-        shutil.copyfile(path, target)
+        shutil.copy2(path, target)  # with its time: results of it stay valid
         still = [('freeze', 0, 1 << 30)] if path.stem in sources.STILL else stillIn(path)
         keep(record, {'key': wanted, 'name': target.name, 'file': target.name, 'half': half, 'source': path.name,
                       'material': 'original', 'delivery': 'original', 'kind': 'clean', 'strength': 'none', 'fps': None,
