@@ -173,20 +173,22 @@ def typesOf(detector):
 
 
 def score(clips, eventsFor, types):
-    """(found, of, false, minutes): damage of these types in all strengths, and cuts where they are meant."""
-    found = of = false = 0
+    """Damage of these types in all strengths, and cuts where they are meant: (found, of, false events, clean minutes,
+    clean files with a false event, clean files)."""
+    found = of = false = falseFiles = cleanFiles = 0
     minutes = sum(one.seconds for one in clips if one.clip.kind == 'clean') / 60
     for one in clips:
         events = [event for event in eventsFor(one) if event.type in types]
         if one.clip.kind == 'clean':
-            false += sum(judging.isFalse(one, event) for event in events)
+            own = sum(judging.isFalse(one, event) for event in events)
+            false, falseFiles, cleanFiles = false + own, falseFiles + bool(own), cleanFiles + 1
             if types == {'scene_cut'}:
                 hits = [any(abs(event.first - cut) <= judging.AT_CUT for event in events) for cut in one.clip.cuts]
                 found, of = found + sum(hits), of + len(hits)
         elif types & matching.finds(one.clip.kind) and judging.isSeen(one.clip):
             isFound = judging.isFound(one, events)
             found, of = found + bool(isFound), of + (isFound is not None)
-    return found, of, false, minutes
+    return found, of, false, minutes, falseFiles, cleanFiles
 
 
 def sizeOf(one):
@@ -215,13 +217,19 @@ def compare(work, every, jobs=2):
         theirs = [(setting, tuple(map(sum, zip(*scores[detector, setting])))) for setting in own]
         below = [one for one in theirs if one[1][2] <= ours[2]]
         near = max(below, key=lambda one: (one[1][2], one[1][0])) if below else min(theirs, key=lambda one: one[1][2])
-        best = max(theirs, key=lambda one: (one[1][0], -one[1][2]))
+        best = max(theirs, key=lambda one: advantage(one[1]))
         rows.append([', '.join(sorted(typesOf(detector))), *told(ours), detector, near[0], *told(near[1]), best[0],
                      *told(best[1])])
     judging.table(['type', 'lumascan', 'false a minute', 'peer', 'at most as false, or least', 'found',
                    'false a minute', 'best found', 'found', 'false a minute'], rows)
 
 
+def advantage(score):
+    """Share of what is found less share of the clean files in which something false is: 0 for what always speaks."""
+    found, of, _, _, falseFiles, cleanFiles = score
+    return found / max(of, 1) - falseFiles / max(cleanFiles, 1)
+
+
 def told(score):
-    found, of, false, minutes = score
+    found, of, false, minutes, *_ = score
     return f'{found}/{of}', f'{false / max(minutes, 1e-9):.2f}'
