@@ -62,10 +62,11 @@ def readFilm(inputs, size, fps, count=None, filters='null'):
 
 
 def writeFilm(film, path, codec, filters='null'):
-    """Codes the film; `filters` may drop frames, the others keep their times."""
+    """Codes the film, each time to the same bytes; `filters` may drop frames, the others keep their times."""
     width, height = film.size
     ffmpeg('-f', 'rawvideo', '-pix_fmt', 'yuv420p', '-s', f'{width}x{height}', '-r', film.fps, '-i', '-',
-           '-vf', filters, '-fps_mode', 'passthrough', '-threads', 1, *codec, path, given=film.frames.tobytes())
+           '-vf', filters, '-fps_mode', 'passthrough', '-threads', 1, '-fflags', '+bitexact', *codec, path,
+           given=film.frames.tobytes())
 
 
 def recoded(film, codec, container, size=None):
