@@ -38,6 +38,10 @@ struct StreamFindings {
 // Where the steps between frames are nearly all the same, a longer one is one in which frames are
 // missing, unless it follows the video's first frame. Their number is the event's value.
 //
+// Damage lasts from the frame that shows it to the next key frame that does not, for ten seconds at
+// most. What is said of frames that are damaged is no event of its own, unless "decode_error" is
+// off.
+//
 // The peak is the first of the worst frames. Events without a value have their first frame there.
 std::vector<Event> detectEvents(const FrameTable& table, const Thresholds& thresholds,
                                 const StreamFindings& stream);
