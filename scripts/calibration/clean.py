@@ -5,6 +5,7 @@ Each Content makes a film and says what is truly in it: where scenes change, whe
 import dataclasses
 import hashlib
 import pathlib
+import tempfile
 import typing
 
 import numpy
@@ -103,14 +104,12 @@ def realFilm(name, size, fps, count):
 def drawnText(size, lines, fontSize, where='x=(w-tw)/2:y=(h-th)/2', paper='black', ink='white'):
     """A still picture with text."""
     text = '\n'.join(lines).replace('\\', '').replace("'", '').replace('%', '')
-    path = pathlib.Path(f'/tmp/calibration-{hashlib.sha1((text + str(size)).encode()).hexdigest()}.txt')
-    path.write_text(text, encoding='utf-8')
-    try:
+    with tempfile.NamedTemporaryFile('w', suffix='.txt', encoding='utf-8') as file:
+        file.write(text)
+        file.flush()
         return films.readFilm(['-f', 'lavfi', '-i', f'color={paper}:s={size[0]}x{size[1]}:r=25:d=0.04'], size, 25, 1,
-                              f'drawtext=fontfile={FONT}:textfile={path}:fontsize={fontSize}:fontcolor={ink}:'
+                              f'drawtext=fontfile={FONT}:textfile={file.name}:fontsize={fontSize}:fontcolor={ink}:'
                               f'line_spacing=6:{where}')
-    finally:
-        path.unlink(missing_ok=True)
 
 
 def overlay(film, picture, x, y, opacity=1.0, first=0, last=None):
