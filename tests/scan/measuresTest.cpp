@@ -469,7 +469,7 @@ Plane stripes(uint64_t w, uint64_t h, int low, int detail) {
 // One block whose lines 0 and 2 are at `even` and lines 1 and 3 at `odd`, in so many columns.
 Plane combedBlock(int even, int odd, uint64_t columns) {
   Plane plane = flatPlane(8, 8, even);
-  for (const uint64_t y : {1, 3}) fillPart(0, y, columns, 1, odd, &plane);
+  for (const uint64_t y : {1U, 3U}) fillPart(0, y, columns, 1, odd, &plane);
   return plane;
 }
 
@@ -571,9 +571,9 @@ TEST(Measures, haveDarkSamplesOfEvenLines) {
   Plane plane = flatPlane(17, 9, 0);
   fillPart(0, 0, 16, 8, 41, &plane);
   EXPECT_EQ(firstValue(DARK_SHARE, plane), 0.0);
-  for (const uint64_t y : {1, 3, 5, 7}) fillPart(0, y, 16, 1, 40, &plane);
+  for (const uint64_t y : {1U, 3U, 5U, 7U}) fillPart(0, y, 16, 1, 40, &plane);
   EXPECT_EQ(firstValue(DARK_SHARE, plane), 0.0);
-  for (const uint64_t y : {0, 2, 4, 6}) plane.at(y * 2, y) = 40;
+  for (const uint64_t y : {0U, 2U, 4U, 6U}) plane.at(y * 2, y) = 40;
   EXPECT_EQ(firstValue(DARK_SHARE, plane), 4.0 / 64);
   EXPECT_EQ(firstValue(DARK_SHARE, flatPlane(8, 8, 24), FULL_RANGE), 1.0);
   EXPECT_EQ(firstValue(DARK_SHARE, flatPlane(8, 8, 25), FULL_RANGE), 0.0);
@@ -597,7 +597,7 @@ TEST(Measures, haveBrightSamplesOfTwoLinesABlock) {
   Plane plane = flatPlane(17, 9, 255);
   fillPart(0, 0, 16, 8, 229, &plane);
   EXPECT_EQ(firstValue(BRIGHT_SHARE, plane), 0.0);
-  for (const uint64_t y : {1, 2, 3, 5, 6, 7}) fillPart(0, y, 16, 1, 230, &plane);
+  for (const uint64_t y : {1U, 2U, 3U, 5U, 6U, 7U}) fillPart(0, y, 16, 1, 230, &plane);
   EXPECT_EQ(firstValue(BRIGHT_SHARE, plane), 0.0);
   plane.at(3, 0) = 230;
   plane.at(15, 4) = 230;
@@ -749,10 +749,10 @@ TEST(Measures, haveLinesOfTheColumnsThatAreSummedOver) {
     addLevel(200, &plane.at(column, 1));
     return firstValue(HELD_LINES, plane) == 0.0;
   };
-  for (const uint64_t w : {33, 127}) {
+  for (const uint64_t w : {33U, 127U}) {
     for (uint64_t x = 0; x < w; ++x) EXPECT_EQ(isSummed(w, x), x < 32) << w << ' ' << x;
   }
-  for (const uint64_t w : {128, 224, 225}) {
+  for (const uint64_t w : {128U, 224U, 225U}) {
     for (uint64_t x = 0; x < w; ++x) {
       const bool isInGroup = (x >= 64 && x < 96) || (x >= 192 && x < 224 && w == 225);
       EXPECT_EQ(isSummed(w, x), isInGroup) << w << ' ' << x;
@@ -798,7 +798,7 @@ TEST(Measures, haveStepsOfTheLinesFromTheFifthToTheFourthLast) {
 TEST(Measures, haveTheStepThatStandsOutMost) {
   // Two lines of 10 levels a sample, one of which has a level more in one sample.
   const Plane flat = flatPlane(33, 24, 100);
-  for (const uint64_t most : {6, 16}) {
+  for (const uint64_t most : {6U, 16U}) {
     Plane plane = flat;
     fillPart(0, 6, 33, 10, 110, &plane);
     fillPart(0, 16, 33, 8, 120, &plane);
@@ -867,12 +867,12 @@ TEST(Measures, haveBlocksThatStayOrChange) {
 TEST(Measures, haveChangesOfEvenLines) {
   const Plane before = flatPlane(17, 9, 100);
   Plane plane = before;
-  for (const uint64_t y : {1, 3, 5, 7, 8}) fillLine(y, 200, &plane);
+  for (const uint64_t y : {1U, 3U, 5U, 7U, 8U}) fillLine(y, 200, &plane);
   fillPart(16, 0, 1, 9, 200, &plane);
   EXPECT_EQ(nextValue(UNCHANGED_BLOCKS, before, plane), 1.0);
   EXPECT_EQ(nextValue(CHANGED_BLOCKS, before, plane), 0.0);
   // A level each in all 32 of the other samples.
-  for (const uint64_t y : {0, 2, 4, 6}) fillPart(0, y, 8, 1, 101, &plane);
+  for (const uint64_t y : {0U, 2U, 4U, 6U}) fillPart(0, y, 8, 1, 101, &plane);
   EXPECT_EQ(nextValue(UNCHANGED_BLOCKS, before, plane), 0.5);
   EXPECT_EQ(nextValue(CHANGED_BLOCKS, before, plane), 0.5);
 }
@@ -907,7 +907,7 @@ TEST(Measures, haveBlocksAsCombed_inWhichTwoColumnsAre) {
   }
   // Of two such columns one is below, one above.
   Plane plane = flat;
-  for (const uint64_t y : {1, 3}) {
+  for (const uint64_t y : {1U, 3U}) {
     plane.at(0, y) = 92;
     plane.at(7, y) = 108;
   }
@@ -928,7 +928,7 @@ TEST(Measures, haveColumnsAsCombed_whoseEvenSamplesAreBothBeyondBothOthers) {
   }
   // Lines 4 to 7 count for nothing.
   Plane below = flatPlane(8, 8, 100);
-  for (const uint64_t y : {5, 7}) fillLine(y, 200, &below);
+  for (const uint64_t y : {5U, 7U}) fillLine(y, 200, &below);
   EXPECT_EQ(nextValue(COMBED_BLOCKS, before, below), 0.0);
 }
 
@@ -938,7 +938,7 @@ TEST(Measures, haveColumnsAsCombed_thatMoveInTheirMiddle) {
   for (uint64_t line = 0; line < 4; ++line) {
     for (const int by : {-8, -7, 7, 8}) {
       Plane before = plane;
-      for (const uint64_t x : {0, 1}) addLevel(by, &before.at(x, line));
+      for (const uint64_t x : {0U, 1U}) addLevel(by, &before.at(x, line));
       const bool isMoving = (line == 1 || line == 2) && std::abs(by) == 8;
       EXPECT_EQ(nextValue(COMBED_BLOCKS, before, plane), isMoving ? 1.0 : 0.0) << line << ' ' << by;
     }
@@ -982,7 +982,7 @@ TEST(Measures, haveEdgesOnTheGridAlone) {
 TEST(Measures, haveEdgesBeyondTheLinesBesideThem) {
   // 8 columns of 20 across, and one line above or below 11 or 12: 9 or 8 times 8 remain.
   const Plane flat = flatPlane(16, 32, 100);
-  for (const uint64_t beside : {15, 17}) {
+  for (const uint64_t beside : {15U, 17U}) {
     for (const auto& [step, edges] : {std::pair(12, 1.0), {13, 0.0}}) {
       Plane plane = flat;
       fillPart(0, 16, 16, 16, 120, &plane);
