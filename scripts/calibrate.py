@@ -5,7 +5,8 @@ usage: calibrate.py make    WORK [--sample N]              makes what is missing
        calibrate.py measure WORK LUMASCAN                  analyses it
        calibrate.py judge   WORK LUMASCAN [--verify] [--peers]   what was found, and what is false, as tables
 
-docs/thresholds.md says what is made and what is counted; scripts/setup.sh's group `long` installs what is needed.
+calibration/damages.py says what is made, calibration/matching.py what counts as found; scripts/setup.sh's group `long`
+installs what is needed.
 Python is Debian's own, which has Debian's numpy.
 """
 import argparse
